@@ -1,0 +1,68 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""smbd with guest shares and one for the user, as root or as anybody."""
+
+import os
+
+from .bed import USER, accepts_tcp
+
+_GUEST_SHARES = ["pub", "Mixed Case"] + [f"s{number:02}" for number in range(1, 21)]
+
+
+def _configuration(bed, address, ports):
+    own = bed.make_folder("smb")
+    lines = ["[global]",
+             "  server role = standalone server",
+             f"  interfaces = {address}/8" + (" 10.77.0.2/24" if "netbios" in bed.running else ""),
+             "  bind interfaces only = yes",
+             f"  smb ports = {ports}",
+             "  disable netbios = yes",
+             "  disable spoolss = yes",
+             "  load printers = no",
+             "  printing = bsd",
+             "  printcap name = /dev/null",
+             f"  log file = {own}/smbd.log",
+             f"  passdb backend = smbpasswd:{own}/private/smbpasswd",
+             "  map to guest = Bad User",
+             "  guest account = nobody",
+             "  usershare max shares = 0"]
+    for option, folder in (("private dir", "private"), ("lock directory", "lock"),
+                           ("state directory", "state"), ("cache directory", "cache"),
+                           ("pid directory", "pid"), ("ncalrpc dir", "ncalrpc")):
+        lines.append(f"  {option} = {bed.make_folder('smb', folder)}")
+    for name in _GUEST_SHARES:
+        lines += [f"[{name}]", f"  path = {bed.make_share(f'shares/{name}', name)}",
+                  "  guest ok = yes", "  read only = no"]
+    lines += ["[priv]", f"  path = {bed.make_share('shares/priv', 'priv')}",
+              f"  valid users = {USER}", "  read only = no"]
+    return bed.write("smb/smb.conf", "\n".join(lines) + "\n")
+
+
+def _wrapped(bed):
+    """Users that only smbd sees. All carry our own number: what we may read, they may read."""
+    uid, gid = os.geteuid(), os.getegid()
+    home = bed.session["HOME"]
+    users = [f"{name}:x:{uid}:{gid}::{home}:/bin/false" for name in (USER, "nobody")]
+    groups = [f"{USER}:x:{gid}:", "nogroup:x:65534:"]
+    environment = bed.environment(session=False)
+    preload = "libnss_wrapper.so"
+    if uid != 0:
+        preload += ":libuid_wrapper.so"
+        environment.update(UID_WRAPPER="1", UID_WRAPPER_ROOT="1")
+    environment.update(
+        LD_PRELOAD=preload,
+        NSS_WRAPPER_PASSWD=bed.write("smb/passwd", "\n".join(["root:x:0:0::/:/bin/false"] + users) + "\n"),
+        NSS_WRAPPER_GROUP=bed.write("smb/group", "\n".join(["root:x:0:"] + groups) + "\n"))
+    return environment
+
+
+def start(bed, address, port):
+    configuration = _configuration(bed, address, "445 139" if port == 445 else port)
+    environment = _wrapped(bed)
+    password = bed.password()
+    bed.run_tool(["smbpasswd", "-c", configuration, "-a", "-s", USER],
+                 text=f"{password}\n{password}\n", environment=environment)
+    bed.export(SMB_ROOT=bed.path("shares"), SMB_PUB=bed.path("shares", "pub"),
+               SMB_PRIV=bed.path("shares", "priv"), SMB_MIXED=bed.path("shares", "Mixed Case"))
+    bed.start("smb", ["smbd", "--foreground", "--no-process-group", "-s", configuration],
+              environment=environment)
+    return lambda: accepts_tcp(address, port)

@@ -1,0 +1,141 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Two processes keep a run: the inner one does everything, the outer one watches it.
+
+Both are subreapers, so whichever of them is killed, the other still has every
+process of the run below it and can clean up. The outer one judges the result.
+"""
+
+import os
+import signal
+import subprocess
+import sys
+
+from . import processes
+from .bed import Bed, Failure
+from .servers import start_servers
+
+_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT)
+
+EXIT_BROKEN = 70  # the bed could not be made, or something was left behind
+EXIT_TIMEOUT = 124
+
+
+class _Stopped(Exception):
+    def __init__(self, number):
+        super().__init__(number)
+        self.number = number
+
+
+def _say(text):
+    print(f"testbed: {text}", file=sys.stderr, flush=True)
+
+
+def _raise_stopped(number, _frame):
+    raise _Stopped(number)
+
+
+def _listen(handler):
+    for number in _SIGNALS + (signal.SIGALRM,):
+        signal.signal(number, handler)
+
+
+def _run_command(bed, command):
+    """Waits for the command and for nothing else. Returns the exit code a shell would give."""
+    try:
+        child = subprocess.Popen(command, env=bed.environment())
+    except OSError as error:
+        _say(f"cannot run {command[0]}: {error.strerror}")
+        return 127
+    try:
+        # Orphans of the command are ours to collect; they must not end the wait.
+        while True:
+            pid, status = os.waitpid(-1, 0)
+            for server in bed.running.values():
+                if server.pid == pid:
+                    server.returncode = os.waitstatus_to_exitcode(status)
+            if pid == child.pid:
+                code = child.returncode = os.waitstatus_to_exitcode(status)
+                return 128 - code if code < 0 else code
+    except _Stopped as stop:
+        _listen(signal.SIG_IGN)
+        child.send_signal(signal.SIGTERM if stop.number == signal.SIGALRM else stop.number)
+        try:
+            child.wait(5)
+        except subprocess.TimeoutExpired:
+            child.kill()
+        raise
+
+
+def _inner(bed, options):
+    code = EXIT_BROKEN
+    try:
+        if options.timeout:
+            signal.alarm(options.timeout)
+        bed.furnish()
+        start_servers(bed, options)
+        bed.start_bus()
+        bed.save_exports()
+        code = _run_command(bed, options.command)
+    except _Stopped as stop:
+        if stop.number == signal.SIGALRM:
+            _say(f"stopped after {options.timeout} s")
+            code = EXIT_TIMEOUT
+        else:
+            code = 128 + stop.number
+    except Failure as failure:
+        _say(str(failure))
+    finally:
+        _listen(signal.SIG_IGN)
+        if code != 0 and options.logs:
+            for name in bed.running:
+                _say(f"log of {name}:\n{bed.log_of(name)}")
+        bed.close()
+    return code
+
+
+def run(options):
+    """Makes the bed, runs the command in it, takes everything away. Returns the exit code."""
+    if options.netns:
+        processes.enter_private_network()
+    processes.become_subreaper()
+    bed = Bed(options.netns)
+    outer = os.getpid()
+    # Held back until both sides have their handlers.
+    signal.pthread_sigmask(signal.SIG_BLOCK, _SIGNALS)
+    inner = os.fork()
+    if inner == 0:
+        code = EXIT_BROKEN
+        try:
+            _listen(_raise_stopped)
+            processes.become_subreaper()
+            processes.die_with_parent(signal.SIGTERM)
+            signal.pthread_sigmask(signal.SIG_UNBLOCK, _SIGNALS)
+            if os.getppid() != outer:
+                raise _Stopped(signal.SIGTERM)
+            code = _inner(bed, options)
+        except _Stopped as stop:
+            bed.close()
+            code = 128 + stop.number
+        finally:
+            sys.stdout.flush()
+            sys.stderr.flush()
+            os._exit(code)
+
+    def forward(number, _frame):
+        # A terminal signals both of us; the second one finds the inner process closing, deaf.
+        processes.send([inner], number)
+
+    _listen(forward)
+    signal.pthread_sigmask(signal.SIG_UNBLOCK, _SIGNALS)
+    code = os.waitstatus_to_exitcode(os.waitpid(inner, 0)[1])
+    if code < 0:
+        _say(f"the inner process was killed by signal {-code}")
+        code = 128 - code
+    bed.close()
+    left = bed.what_is_left()
+    if left:
+        for line in left:
+            _say(f"LEFT BEHIND: {line}")
+        return EXIT_BROKEN
+    _say("nothing left behind")
+    return code
