@@ -5,18 +5,22 @@ import os
 import socket
 
 from .bed import Failure
-from . import ftp, smb, webdav
+from . import afp, ftp, names, smb, webdav
 
 # name: (start function, loopback address and port inside a namespace)
 # Without a namespace every server takes a free high port of 127.0.0.1.
 _SERVERS = {
+    "avahi": (names.start_avahi, None),
+    "dns": (names.start_dns, None),
+    "netbios": (names.start_netbios, None),
     "smb": (smb.start, ("127.0.0.2", 445)),
     "dav": (webdav.start_dav, ("127.0.0.3", 80)),
     "davs": (webdav.start_davs, ("127.0.0.4", 443)),
     "ftp": (ftp.start, ("127.0.0.5", 21)),
+    "afp": (afp.start, ("127.0.0.6", 548)),
     "apache": (webdav.start_apache, ("127.0.0.7", 80)),
 }
-_NAMESPACE_ONLY = ()
+_NAMESPACE_ONLY = ("afp", "dns", "netbios", "avahi")
 
 NAMES = tuple(_SERVERS)
 

@@ -20,7 +20,7 @@ def _configuration(bed, address, ports):
              "  load printers = no",
              "  printing = bsd",
              "  printcap name = /dev/null",
-             f"  log file = {own}/smbd.log",
+             f"  log file = {bed.path('log', 'smb.log')}",
              f"  passdb backend = smbpasswd:{own}/private/smbpasswd",
              "  map to guest = Bad User",
              "  guest account = nobody",
