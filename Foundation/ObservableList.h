@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Foundation/Observable.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace quorrel {
+
+/// An observable list that several threads touch. Readers work on a snapshot, so that a list may change under a walk.
+///
+/// Any thread. Every change notifies as `Property` does, under the list's key.
+template <typename T>
+class ObservableList final {
+public:
+    ObservableList(const Observable& object, const char* key)
+        : m_object(object)
+        , m_key(key) { }
+    ObservableList(const ObservableList&) = delete;
+    ObservableList& operator=(const ObservableList&) = delete;
+
+    [[nodiscard]] std::vector<T> snapshot() const {
+        const std::lock_guard lock(m_object.valueMutex());
+        return m_items;
+    }
+
+    [[nodiscard]] std::size_t count() const {
+        const std::lock_guard lock(m_object.valueMutex());
+        return m_items.size();
+    }
+
+    void append(T item) {
+        change([&](std::vector<T>& items) { items.push_back(std::move(item)); });
+    }
+
+    /// Removes every item that is equal; the list is announced as changed in any case.
+    void remove(const T& item) {
+        change([&](std::vector<T>& items) { std::erase(items, item); });
+    }
+
+    void removeAll() { replace({}); }
+
+    /// Puts a whole new content in place, with one announcement.
+    void replace(std::vector<T> items) {
+        change([&](std::vector<T>& current) { std::swap(current, items); });
+    }
+
+    /// Puts a new content in place without an announcement, for an owner that announces a larger change itself.
+    void replaceUnannounced(std::vector<T> items) {
+        const std::lock_guard lock(m_object.valueMutex());
+        std::swap(m_items, items);
+    }
+
+private:
+    template <typename Edit>
+    void change(Edit edit) {
+        m_object.willChangeValueForKey(m_key);
+        {
+            const std::lock_guard lock(m_object.valueMutex());
+            edit(m_items);
+        }
+        m_object.didChangeValueForKey(m_key);
+    }
+
+    const Observable& m_object;
+    const char* m_key;
+    std::vector<T> m_items;
+};
+
+} // namespace quorrel

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorrel {
+
+/// A list of texts with its printed form, for tests of whether some text occurs anywhere in the list as printed.
+///
+/// The form is "(", then each item on a line of its own behind four spaces, with commas between, then ")". An item of
+/// letters, digits and underscores stands bare, any other in double quotes. It grows with each item, so that a long
+/// list is never printed anew. A value type: one thread at a time.
+class PrintedList final {
+public:
+    void append(std::string item);
+    /// Removes the first item that is equal; false when there is none.
+    bool removeFirst(std::string_view item);
+
+    [[nodiscard]] const std::vector<std::string>& items() const { return m_items; }
+    [[nodiscard]] std::string printed() const;
+    [[nodiscard]] bool printedFormContains(std::string_view text) const;
+
+private:
+    std::vector<std::string> m_items;
+    std::string m_printed = "(\n)"; // always closed
+};
+
+} // namespace quorrel

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Foundation/Text.h"
+
+#include <cstddef>
+
+namespace quorrel::Text {
+
+namespace {
+
+void appendEscape(std::string& result, unsigned char byte) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    result += "\\x";
+    result += digits[byte >> 4];
+    result += digits[byte & 15];
+}
+
+/// The length of the well-formed UTF-8 sequence that starts there, 0 when there is none.
+std::size_t sequenceLength(std::string_view text, std::size_t start) {
+    const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    const auto lead = byte(start);
+    std::size_t length = lead < 0x80  ? 1
+        : lead >= 0xC2 && lead < 0xE0 ? 2
+        : (lead & 0xF0) == 0xE0       ? 3
+        : lead >= 0xF0 && lead < 0xF5 ? 4
+                                      : 0;
+    if (length == 0 || start + length > text.size())
+        return 0;
+    for (std::size_t index = 1; index < length; ++index)
+        if ((byte(start + index) & 0xC0) != 0x80)
+            return 0;
+    if (length < 3)
+        return length;
+    const auto second = byte(start + 1);
+    const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
+    const bool outside = (lead == 0xED && second > 0x9F) || (lead == 0xF4 && second > 0x8F);
+    return overlong || outside ? 0 : length;
+}
+
+template <typename Show>
+std::string filledWith(std::string_view format, std::initializer_list<std::string> values, Show show) {
+    std::string result;
+    const auto* next = values.begin();
+    for (std::size_t index = 0; index < format.size(); ++index) {
+        const char sign = format[index] == '%' && index + 1 < format.size() ? format[index + 1] : '\0';
+        if (sign == '@' || sign == 'd' || sign == 'i') {
+            if (next != values.end())
+                result += show(*next++);
+            ++index;
+        } else if (sign == '%') {
+            result += '%';
+            ++index;
+        } else {
+            result += format[index];
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+std::string filled(std::string_view format, std::initializer_list<std::string> values) {
+    return filledWith(format, values, [](const std::string& value) { return value; });
+}
+
+std::string filledEscaped(std::string_view format, std::initializer_list<std::string> values) {
+    return filledWith(format, values, [](const std::string& value) { return escapedControls(value); });
+}
+
+std::string escapedControls(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t index = 0; index < text.size();) {
+        const auto length = sequenceLength(text, index);
+        const auto byte = static_cast<unsigned char>(text[index]);
+        const bool control = length == 1 && (byte < 0x20 || byte == 0x7F) && byte != '\n' && byte != '\t';
+        const bool upperControl = length == 2 && byte == 0xC2 && static_cast<unsigned char>(text[index + 1]) < 0xA0;
+        const auto taken = length == 0 ? 1 : length;
+        if (length == 0 || control || upperControl)
+            for (std::size_t each = 0; each < taken; ++each)
+                appendEscape(result, static_cast<unsigned char>(text[index + each]));
+        else
+            result.append(text.substr(index, taken));
+        index += taken;
+    }
+    return result;
+}
+
+std::string fromASCII(std::string_view bytes) {
+    std::string result;
+    result.reserve(bytes.size());
+    for (const char byte : bytes)
+        if (static_cast<unsigned char>(byte) < 0x80)
+            result += byte;
+        else
+            result += "\xEF\xBF\xBD";
+    return result;
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string result(text);
+    for (char& letter : result)
+        if (letter >= 'A' && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    return result;
+}
+
+std::string lastPathComponent(std::string_view path) {
+    const auto end = path.find_last_not_of('/');
+    if (end == std::string_view::npos)
+        return {};
+    const auto trimmed = path.substr(0, end + 1);
+    const auto slash = trimmed.rfind('/');
+    return std::string(slash == std::string_view::npos ? trimmed : trimmed.substr(slash + 1));
+}
+
+} // namespace quorrel::Text

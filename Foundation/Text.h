@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace quorrel::Text {
+
+/// The format with its places ("%@", "%d", "%i") filled in order; "%%" is a percent sign. A place without a value is
+/// left empty, a value without a place is not shown.
+[[nodiscard]] std::string filled(std::string_view format, std::initializer_list<std::string> values);
+
+/// The text with its control characters, save line feed and tab, written as escapes, so that a name from the network
+/// can neither move a terminal's cursor nor hide in a log. Bytes that are not UTF-8 are written as escapes too.
+[[nodiscard]] std::string escapedControls(std::string_view text);
+
+/// As `filled`, each value escaped by `escapedControls` first.
+[[nodiscard]] std::string filledEscaped(std::string_view format, std::initializer_list<std::string> values);
+
+/// Decodes bytes as ASCII: others become U+FFFD.
+[[nodiscard]] std::string fromASCII(std::string_view bytes);
+
+/// ASCII letters in lower case, all else as it is.
+[[nodiscard]] std::string lowerCase(std::string_view text);
+
+/// What stands behind the last slash, trailing slashes aside; empty for a text of slashes alone.
+[[nodiscard]] std::string lastPathComponent(std::string_view path);
+
+} // namespace quorrel::Text

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+namespace quorrel {
+
+/// Ends another thread's sleep early. Any thread; stays signalled until it is reset.
+class WakeSignal final {
+public:
+    void signal();
+    void reset();
+    [[nodiscard]] bool isSignalled() const;
+    /// Blocks until signalled, at most so long; whether it was signalled.
+    bool waitFor(std::chrono::duration<double> duration);
+
+private:
+    mutable std::mutex m_mutex;
+    std::condition_variable m_signalled;
+    bool m_isSignalled = false;
+};
+
+} // namespace quorrel
