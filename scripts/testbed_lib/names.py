@@ -75,7 +75,8 @@ def start_netbios(bed):
                            ("pid directory", "pid"), ("ncalrpc dir", "ncalrpc")):
         lines.append(f"  {option} = {bed.make_folder('nmb', folder)}")
     configuration = bed.write("nmb/smb.conf", "\n".join(lines) + "\n")
-    bed.start("netbios", ["nmbd", "--foreground", "--no-process-group", "-s", configuration])
+    bed.start("netbios", ["nmbd", "--foreground", "--no-process-group", "-s", configuration,
+                          "--log-basename", bed.path("log")])
     bed.export(NETBIOS_NAME=_NETBIOS_NAME, NETBIOS_ADDRESS=_NETBIOS_ADDRESS,
                NETBIOS_PID=bed.running["netbios"].pid)
 

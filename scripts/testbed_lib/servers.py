@@ -1,11 +1,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Which servers there are, where each listens, and what each needs."""
 
-import os
 import socket
 
 from .bed import Failure
-from . import afp, ftp, names, smb, webdav
+from . import afp, ftp, names, processes, smb, webdav
 
 # name: (start function, loopback address and port inside a namespace)
 # Without a namespace every server takes a free high port of 127.0.0.1.
@@ -22,6 +21,8 @@ _SERVERS = {
 }
 _NAMESPACE_ONLY = ("afp", "dns", "netbios", "avahi")
 
+_ROOT_ONLY = ("afp", "apache", "avahi", "dns", "netbios")
+
 NAMES = tuple(_SERVERS)
 
 
@@ -30,8 +31,10 @@ def check(wanted, netns):
     unknown = [name for name in wanted if name not in _SERVERS]
     if unknown:
         return f"unknown server {', '.join(unknown)}; there are {', '.join(NAMES)}"
-    if netns and os.geteuid() != 0:
-        return "--netns needs root"
+    if netns and not processes.is_real_root():
+        needy = [name for name in wanted if name in _ROOT_ONLY]
+        if needy:
+            return f"{', '.join(needy)}: possible with --netns for root only"
     if not netns:
         needy = [name for name in wanted if name in _NAMESPACE_ONLY]
         if needy:

@@ -3,6 +3,7 @@
 
 import os
 
+from . import processes
 from .bed import USER, accepts_tcp
 
 _GUEST_SHARES = ["pub", "Mixed Case"] + [f"s{number:02}" for number in range(1, 21)]
@@ -45,7 +46,7 @@ def _wrapped(bed):
     groups = [f"{USER}:x:{gid}:", "nogroup:x:65534:"]
     environment = bed.environment(session=False)
     preload = "libnss_wrapper.so"
-    if uid != 0:
+    if not processes.is_real_root():
         preload += ":libuid_wrapper.so"
         environment.update(UID_WRAPPER="1", UID_WRAPPER_ROOT="1")
     environment.update(
@@ -63,6 +64,7 @@ def start(bed, address, port):
                  text=f"{password}\n{password}\n", environment=environment)
     bed.export(SMB_ROOT=bed.path("shares"), SMB_PUB=bed.path("shares", "pub"),
                SMB_PRIV=bed.path("shares", "priv"), SMB_MIXED=bed.path("shares", "Mixed Case"))
-    bed.start("smb", ["smbd", "--foreground", "--no-process-group", "-s", configuration],
+    bed.start("smb", ["smbd", "--foreground", "--no-process-group", "-s", configuration,
+                      "--log-basename", bed.path("log")],
               environment=environment)
     return lambda: accepts_tcp(address, port)

@@ -96,7 +96,11 @@ def _inner(bed, options):
 def run(options):
     """Makes the bed, runs the command in it, takes everything away. Returns the exit code."""
     if options.netns:
-        processes.enter_private_network()
+        try:
+            processes.enter_private_network()
+        except OSError as error:
+            _say(f"no network namespace to be had: {error}")
+            return EXIT_BROKEN
     processes.become_subreaper()
     bed = Bed(options.netns)
     outer = os.getpid()
