@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Tests/Fakes/FakePreferencesStore.h"
+
+#include <utility>
+
+namespace quorrel {
+
+FakePreferencesStore::FakePreferencesStore(PreferenceValues values)
+    : m_values(std::move(values)) { }
+
+PreferenceValues FakePreferencesStore::load() {
+    return values();
+}
+
+bool FakePreferencesStore::save(const PreferenceValues& values) {
+    const std::lock_guard lock(m_mutex);
+    if (m_savesFail)
+        return false;
+    m_values = values;
+    ++m_saves;
+    return true;
+}
+
+void FakePreferencesStore::setValues(PreferenceValues values) {
+    const std::lock_guard lock(m_mutex);
+    m_values = std::move(values);
+}
+
+void FakePreferencesStore::failSaves(bool fails) {
+    const std::lock_guard lock(m_mutex);
+    m_savesFail = fails;
+}
+
+PreferenceValues FakePreferencesStore::values() const {
+    const std::lock_guard lock(m_mutex);
+    return m_values;
+}
+
+int FakePreferencesStore::saveCount() const {
+    const std::lock_guard lock(m_mutex);
+    return m_saves;
+}
+
+} // namespace quorrel

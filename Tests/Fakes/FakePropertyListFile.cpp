@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Tests/Fakes/FakePropertyListFile.h"
+
+#include <utility>
+
+namespace quorrel {
+
+PropertyListReadResult FakePropertyListFile::read(const std::string& path) {
+    using Outcome = PropertyListReadResult::Outcome;
+    const std::lock_guard lock(m_mutex);
+    if (const auto broken = m_unreadable.find(path); broken != m_unreadable.end())
+        return { Outcome::Unreadable, std::nullopt, broken->second };
+    const auto found = m_files.find(path);
+    if (found == m_files.end())
+        return { Outcome::Missing, std::nullopt, "No such file or directory" };
+    if (!found->second.root)
+        return { Outcome::Malformed, std::nullopt, found->second.reason };
+    return { Outcome::Read, found->second.root, {} };
+}
+
+std::optional<std::string> FakePropertyListFile::write(const std::string& path, const PropertyValue& root) {
+    const std::lock_guard lock(m_mutex);
+    if (m_writeFailure)
+        return m_writeFailure;
+    m_files[path] = { root, {} };
+    ++m_writes;
+    return std::nullopt;
+}
+
+std::optional<std::string> FakePropertyListFile::keepDamaged(const std::string& path) {
+    const std::lock_guard lock(m_mutex);
+    if (m_keepFailure)
+        return m_keepFailure;
+    auto file = m_files.extract(path);
+    if (file.empty())
+        return std::nullopt;
+    std::string name = path + ".damaged";
+    for (int number = 2; m_files.contains(name); ++number)
+        name = path + ".damaged-" + std::to_string(number);
+    file.key() = name;
+    m_files.insert(std::move(file));
+    return std::nullopt;
+}
+
+void FakePropertyListFile::put(const std::string& path, PropertyValue root) {
+    const std::lock_guard lock(m_mutex);
+    m_files[path] = { std::move(root), {} };
+}
+
+void FakePropertyListFile::putMalformed(const std::string& path, std::string reason) {
+    const std::lock_guard lock(m_mutex);
+    m_files[path] = { std::nullopt, std::move(reason) };
+}
+
+void FakePropertyListFile::failReads(const std::string& path, std::optional<std::string> reason) {
+    const std::lock_guard lock(m_mutex);
+    if (reason)
+        m_unreadable[path] = std::move(*reason);
+    else
+        m_unreadable.erase(path);
+}
+
+void FakePropertyListFile::failWrites(std::optional<std::string> reason) {
+    const std::lock_guard lock(m_mutex);
+    m_writeFailure = std::move(reason);
+}
+
+void FakePropertyListFile::failKeepDamaged(std::optional<std::string> reason) {
+    const std::lock_guard lock(m_mutex);
+    m_keepFailure = std::move(reason);
+}
+
+std::optional<PropertyValue> FakePropertyListFile::content(const std::string& path) const {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_files.find(path);
+    return found == m_files.end() ? std::nullopt : found->second.root;
+}
+
+bool FakePropertyListFile::exists(const std::string& path) const {
+    const std::lock_guard lock(m_mutex);
+    return m_files.contains(path);
+}
+
+int FakePropertyListFile::writeCount() const {
+    const std::lock_guard lock(m_mutex);
+    return m_writes;
+}
+
+} // namespace quorrel
