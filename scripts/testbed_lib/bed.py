@@ -79,7 +79,7 @@ class Bed:
         self.session["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.path('run', 'bus')}"
         self.make_folder("log")
         self.export(DIR=self.directory, USER=USER, NETNS="1" if self.netns else "0",
-                    PASSWORD_FILE=self.write("password", secrets.token_urlsafe(18) + "\n"))
+                    PASSWORD_FILE=self.write("password", secrets.token_hex(16) + "\n"))
 
     def password(self):
         with open(self.path("password"), encoding="utf-8") as file:
@@ -104,17 +104,17 @@ class Bed:
 
     # ---- what runs in it -----------------------------------------------
 
-    def start(self, name, command, environment=None, **more):
+    def start(self, name, command, environment=None):
         """Starts a daemon in a session of its own, so that its group can be signalled as a whole."""
-        with open(self.path("log", f"{name}.log"), "ab") as log:
-            try:
-                process = subprocess.Popen(
-                    command, env=environment or self.environment(session=False),
-                    stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
-                    preexec_fn=lambda: processes.die_with_parent(signal.SIGTERM), **more)
-            except FileNotFoundError as error:
-                raise Failure(f"{name}: {error.filename} is missing; "
-                              "scripts/install-packages test installs it") from error
+        environment = environment or self.environment(session=False)
+        # For a restart, which is made by another process.
+        self.write(self.path("log", f"{name}.json"), json.dumps({"command": command, "environment": environment}))
+        try:
+            process = spawn(command, environment, self.path("log", f"{name}.log"),
+                            preexec_fn=lambda: processes.die_with_parent(signal.SIGTERM))
+        except FileNotFoundError as error:
+            raise Failure(f"{name}: {error.filename} is missing; "
+                          "scripts/install-packages test installs it") from error
         self.running[name] = process
         return process
 
@@ -190,6 +190,13 @@ class Bed:
         if os.path.lexists(self.directory):
             lines.append(f"directory {self.directory}")
         return lines
+
+
+def spawn(command, environment, log_file, **more):
+    """A daemon in a session of its own, writing to a log."""
+    with open(log_file, "ab") as log:
+        return subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
+                                start_new_session=True, **more)
 
 
 def accepts_unix(place):

@@ -78,7 +78,7 @@ def enter_private_network():
 
 
 def _stat_of(pid):
-    """(parent, state, name) of a process, or None once it is gone."""
+    """(parent, state, name, group) of a process, or None once it is gone."""
     try:
         with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
             text = file.read()
@@ -86,7 +86,7 @@ def _stat_of(pid):
         return None
     name = text[text.index("(") + 1:text.rindex(")")]
     fields = text[text.rindex(")") + 2:].split()
-    return int(fields[1]), fields[0], name
+    return int(fields[1]), fields[0], name, int(fields[2])
 
 
 def _all_pids():
@@ -101,7 +101,7 @@ def descendants(root=None):
         found = _stat_of(pid)
         if found is None:
             continue
-        parent, state, name = found
+        parent, state, name, _ = found
         children.setdefault(parent, []).append(pid)
         if state not in "ZX":
             names[pid] = name
@@ -112,6 +112,12 @@ def descendants(root=None):
             if pid in names:
                 result[pid] = names[pid]
     return result
+
+
+def group_alive(group):
+    """Whether a process group has a member that is not a zombie."""
+    found = [_stat_of(pid) for pid in _all_pids()]
+    return any(entry is not None and entry[3] == group and entry[1] not in "ZX" for entry in found)
 
 
 def strangers_with(variable, value):
