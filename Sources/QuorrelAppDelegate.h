@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Foundation/ListController.h"
+#include "Foundation/Menu.h"
+#include "Foundation/NotificationCenter.h"
+#include "Foundation/ObservableList.h"
+#include "Foundation/OperationQueue.h"
+#include "Foundation/PreferencesStore.h"
+#include "Foundation/TextList.h"
+#include "Sources/CatalogueContext.h"
+#include "Sources/ControllerEnvironment.h"
+#include "Sources/ControllerParts.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorrel {
+
+class BonjourResolver;
+class HostDefinition;
+class PasswordWindowController;
+class ServiceDefinition;
+class SharePointDefinition;
+
+/// The one controller: it owns the catalogue, the operation queue and whatever watches the world, and takes every
+/// decision. Main thread only, save for `bonjourServices`, which scans append to.
+class QuorrelAppDelegate final : public Observable {
+public:
+    using HostPointer = std::shared_ptr<HostDefinition>;
+    using SharePointPointer = std::shared_ptr<SharePointDefinition>;
+
+    explicit QuorrelAppDelegate(const ControllerEnvironment& environment);
+    /// Waits for operations that run; a program that must not wait ends its process instead.
+    ~QuorrelAppDelegate();
+
+    // Life
+    void awakeFromNib();
+    void registerHotKeys() { }
+    void applicationDidFinishLaunching();
+    /// Cancels and unregisters; waits for nothing and saves nothing.
+    void applicationWillTerminate();
+    /// What records of the catalogue are made with.
+    [[nodiscard]] const CatalogueContextPointer& catalogueContext() const { return m_context; }
+
+    // The catalogue file
+    /// The folder's path, whether or not it could be created.
+    [[nodiscard]] std::string applicationSupportFolder();
+    void loadHostsArray();
+    void saveHostsArray();
+
+    // Preferences
+    void observeValueForKeyPath(std::string_view keyPath, const std::optional<PreferenceValue>& newValue);
+
+    // Reconciliation
+    void bonjourServiceNotigficationUpdate(const Notification& notification);
+    void diskNotigficationUpdate(const Notification& notification);
+    void networkReachabilityChanged(const Notification& notification);
+    void saveNotigfication(const Notification& notification);
+    void sendSaveNotification();
+
+    // Commands. A null share point is allowed.
+    void mount(const SharePointPointer& sharePoint);
+    void mountSharePoint(const SharePointPointer& sharePoint);
+    void unmount(const SharePointPointer& sharePoint);
+    void mountAll();
+    void mountAllListItem();
+    void unmountAllListItem();
+    void mountMenuItem(const MenuItem& item);
+    void unmountMenuItem(const MenuItem& item);
+    void mountThisHostMenuItem(const MenuItem& item);
+    void unmountThisHostMenuItem(const MenuItem& item);
+    void mountThisHostListItem();
+    void unmountThisHostListItem();
+    void mountSelectedListItem();
+    void unmountSelectedListItem();
+    void mountFavroiteItem(const MenuItem& item);
+    void browseMount() { }
+
+    // Menus
+    void makeMountpopMenu();
+    void makeFavroitesMenu();
+
+    // Windows
+    /// Returns when the prompt, if one was needed, is closed.
+    void getHostPassword(const SharePointPointer& sharePoint);
+    void showHostPasswordWindow(const SharePointPointer& sharePoint);
+
+    [[nodiscard]] OperationQueue& opQueue() { return *m_opQueue; }
+
+    ObservableList<HostPointer> hosts { *this, "hosts" };
+    TextList bonjourServices { *this, "bonjourServices" }; ///< names of servers seen
+    const std::vector<SortDescriptor> sharePointListSortDescriptors { { "sharePoint", SortOrder::Ascending } };
+    const std::vector<SortDescriptor> hostsListSortDescriptors { { "displayName", SortOrder::Ascending } };
+    ListController<SharePointPointer> mountsArrayController;
+    ListController<HostPointer> hostsArrayController;
+    Menu popMenu;
+    Menu mountMenu;
+    Menu unmountMenu;
+
+private:
+    void registerForNotifications();
+    void observePreferences();
+    void startBrowsers();
+    void startScans();
+    void startReachability();
+    [[nodiscard]] std::unique_ptr<ServiceBrowser> startBrowser(std::string_view serviceName);
+    /// At once on the main thread, later when called from another; not at all once the controller is gone.
+    void onMainThread(std::function<void()> task);
+
+    [[nodiscard]] std::string catalogueFile();
+    void watchModel(const HostPointer& host);
+
+    [[nodiscard]] HostPointer firstHostNamed(const std::string& displayName) const;
+    void serviceAppeared(const std::string& name, const OptionalText& type);
+    void serviceLeft(const std::string& name);
+
+    /// The one way into a mount, for which `mount` and `mountSharePoint` are two names.
+    void startMount(const SharePointPointer& sharePoint);
+    void startResolver(const std::shared_ptr<ServiceDefinition>& service);
+    void queueMount(const SharePointPointer& sharePoint);
+    void queueUnmount(const SharePointPointer& sharePoint);
+    void mountManually(const HostPointer& host);
+    void unmountAllOf(const HostPointer& host);
+    void cancelQueueIfBusy();
+    [[nodiscard]] std::vector<HostPointer> hostsOfMenu(const MenuItem& item) const;
+
+    const ControllerEnvironment m_environment;
+    const CatalogueContextPointer m_context;
+    std::unique_ptr<PasswordWindowController> m_passwordWindowController;
+    std::unique_ptr<ServiceBrowser> m_AFP_Scanner;
+    std::unique_ptr<ServiceBrowser> m_SMB_Scanner;
+    std::unique_ptr<ServiceBrowser> m_HTTP_Scanner;
+    std::unique_ptr<ServiceBrowser> m_FTP_Scanner;
+    std::shared_ptr<Operation> m_shellSBMScanner;
+    std::shared_ptr<Operation> m_hostFileScanner;
+    std::vector<std::unique_ptr<BonjourResolver>> m_resolverArray; // only grows
+    std::vector<std::unique_ptr<DeviceModelMonitor>> m_monitorsArray;
+    std::optional<OperationQueue> m_opQueue;
+    std::unique_ptr<VolumeMonitor> m_diskMonitor;
+    std::unique_ptr<StatusItem> m_statusBarItem;
+    std::unique_ptr<HostReachability> m_sharedReachabilityObject;
+    bool m_reachable = false;
+
+    enum class CatalogueFile { NotLookedAt, Replaceable, Damaged };
+    CatalogueFile m_catalogueFile = CatalogueFile::NotLookedAt; // whether a save may replace what is on the disk
+
+    std::vector<Subscription> m_notificationSubscriptions;
+    std::vector<Subscription> m_preferenceSubscriptions;
+    Subscription m_hostsSubscription;
+    std::shared_ptr<QuorrelAppDelegate*> m_self; // what tasks that were posted to the main thread hold weakly
+};
+
+} // namespace quorrel
