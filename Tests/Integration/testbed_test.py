@@ -14,10 +14,10 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__
 TESTBED = os.path.join(ROOT, "scripts", "testbed")
 CLEAN = "testbed: nothing left behind"
 
-# Mounts a guest share, leaves an orphan in a session of its own, tells where we are, stays.
+# Mounts a guest share, leaves an orphan without the run's environment, tells where we are, stays.
 BUSY = """
 gio mount -a "smb://127.0.0.1:$QTB_SMB_PORT/pub" || exit 9
-setsid sleep 300 &
+setsid env -i tail -f /dev/null "$QTB_PASSWORD_FILE" >/dev/null 2>&1 &
 printf '%s\\n%s\\n' "$QTB_DIR" "$PPID" > "$1.new"
 mv "$1.new" "$1"
 exec sleep 300
