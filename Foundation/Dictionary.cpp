@@ -5,6 +5,12 @@
 
 namespace quorrel {
 
+Dictionary Dictionary::withDistinctKeys(std::vector<Entry> entries) {
+    Dictionary dictionary;
+    dictionary.m_entries = std::move(entries);
+    return dictionary;
+}
+
 void Dictionary::set(std::string key, std::optional<PropertyValue> value) {
     const auto found
         = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& entry) { return entry.first == key; });

@@ -18,6 +18,9 @@ class Dictionary final {
 public:
     using Entry = std::pair<std::string, PropertyValue>;
 
+    /// Takes many entries at once, in time proportional to their number. REQUIRES: no key twice.
+    [[nodiscard]] static Dictionary withDistinctKeys(std::vector<Entry> entries);
+
     /// Storing an absent value removes the key.
     void set(std::string key, std::optional<PropertyValue> value);
 

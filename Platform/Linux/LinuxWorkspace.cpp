@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/LinuxWorkspace.h"
+
+#include "Platform/Linux/HostnameService.h"
+#include "Platform/Linux/ModelTypes.h"
+#include "Platform/Linux/OwnerOnlyFile.h"
+
+#include <array>
+#include <climits>
+#include <cstddef>
+#include <utility>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quorrel {
+
+namespace {
+
+constexpr Seconds nameDeadline { 0.5 };
+constexpr std::size_t largestMachineInfo = std::size_t { 64 } << 10U;
+constexpr std::size_t largestImage = std::size_t { 16 } << 20U;
+
+std::string askForName(const LinuxWorkspace::Places& places) {
+    if (auto name = prettyHostname(places.systemBus, nameDeadline))
+        return *name;
+    const auto machineInfo = OwnerOnlyFile::read(places.machineInfo, largestMachineInfo);
+    if (auto name = shellAssignment(machineInfo.bytes, "PRETTY_HOSTNAME"); name && !name->empty())
+        return *name;
+    std::array<char, HOST_NAME_MAX + 1> name {};
+    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "localhost";
+}
+
+std::optional<std::string> orAbsent(std::string_view text) {
+    return text.empty() ? std::nullopt : std::optional<std::string>(text);
+}
+
+} // namespace
+
+LinuxWorkspace::LinuxWorkspace(Places places)
+    : m_places(std::move(places)) { }
+
+std::string LinuxWorkspace::computerName() const {
+    std::call_once(m_nameAsked, [this] { m_name = askForName(m_places); });
+    return m_name;
+}
+
+std::optional<std::string> LinuxWorkspace::applicationSupportDirectory() const {
+    if (!m_places.data || OwnerOnlyFile::createFolders(*m_places.data))
+        return std::nullopt;
+    return m_places.data;
+}
+
+std::string LinuxWorkspace::temporaryDirectory() const {
+    return m_places.temporary;
+}
+
+bool LinuxWorkspace::exists(const std::string& path) const {
+    struct stat status { };
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+bool LinuxWorkspace::createDirectory(const std::string& path) {
+    return ::mkdir(path.c_str(), S_IRWXU) == 0;
+}
+
+std::string LinuxWorkspace::typeIdentifierForModelCode(const std::string& modelCode) const {
+    return typeIdentifierForModel(modelCode);
+}
+
+std::optional<TypeDeclaration> LinuxWorkspace::typeDeclaration(const std::string& identifier) const {
+    const auto* type = modelType(identifier);
+    if (!type)
+        return std::nullopt;
+    return TypeDeclaration { orAbsent(type->iconFile), orAbsent(type->conformsTo), m_places.icons };
+}
+
+std::optional<Image> LinuxWorkspace::imageAtPath(const std::string& path) const {
+    const auto file = OwnerOnlyFile::read(path, largestImage);
+    const bool isPNG = file.bytes.starts_with("\x89PNG\r\n");
+    const bool isSVG = file.bytes.find("<svg") != std::string::npos;
+    return isPNG || isSVG ? std::optional(Image { path }) : std::nullopt;
+}
+
+std::optional<Image> LinuxWorkspace::systemIcon(SystemIcon icon) const {
+    const auto* file = icon == SystemIcon::MusicPlayer ? "music-player.svg"
+        : icon == SystemIcon::Phone                    ? "phone.svg"
+                                                       : "server.svg";
+    return imageAtPath(m_places.icons + "/Contents/Resources/" + file);
+}
+
+} // namespace quorrel

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Workspace.h"
+
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace quorrel {
+
+/// A freedesktop desktop. Any thread.
+class LinuxWorkspace final : public Workspace {
+public:
+    struct Places final {
+        std::optional<std::string> data; ///< the user's folder for applications' data
+        std::string temporary;
+        std::string icons; ///< icon files are in "Contents/Resources/" below it
+        std::string systemBus; ///< the system message bus's address
+        std::string machineInfo = "/etc/machine-info";
+    };
+
+    explicit LinuxWorkspace(Places places);
+
+    /// Asked for once and then kept: of the hostname service, which is given half a second, of the machine-info file,
+    /// of the kernel.
+    [[nodiscard]] std::string computerName() const override;
+    /// Created with all above it when it is missing; absent also when that failed.
+    [[nodiscard]] std::optional<std::string> applicationSupportDirectory() const override;
+    [[nodiscard]] std::string temporaryDirectory() const override;
+    [[nodiscard]] bool exists(const std::string& path) const override;
+    bool createDirectory(const std::string& path) override;
+    [[nodiscard]] std::string typeIdentifierForModelCode(const std::string& modelCode) const override;
+    [[nodiscard]] std::optional<TypeDeclaration> typeDeclaration(const std::string& identifier) const override;
+    /// PNG and SVG.
+    [[nodiscard]] std::optional<Image> imageAtPath(const std::string& path) const override;
+    [[nodiscard]] std::optional<Image> systemIcon(SystemIcon icon) const override;
+
+private:
+    const Places m_places;
+    mutable std::once_flag m_nameAsked;
+    mutable std::string m_name;
+};
+
+} // namespace quorrel

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/OwnerOnlyFile.h"
+
+#include "Platform/Linux/FileDescriptor.h"
+#include "Platform/Linux/SystemError.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quorrel::OwnerOnlyFile {
+
+namespace {
+
+constexpr mode_t ownerFile = S_IRUSR | S_IWUSR;
+constexpr mode_t ownerFolder = S_IRWXU;
+
+std::string folderOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// Where a symbolic link leads, so that replacing the file does not replace the link.
+std::string behindLinks(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_symlink(path, error))
+        return path;
+    auto target = std::filesystem::weakly_canonical(path, error);
+    return error ? path : target.string();
+}
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR)
+            return false;
+        if (written > 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+/// A new file beside the path; its name ends so that no other program takes it for the file itself.
+FileDescriptor createBeside(const std::string& path, std::string& name) {
+    constexpr int attempts = 100;
+    for (int number = 0; number < attempts; ++number) {
+        name = path + "." + std::to_string(getpid()) + "-" + std::to_string(number) + ".new";
+        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, ownerFile);
+        if (descriptor >= 0 || errno != EEXIST)
+            return FileDescriptor(descriptor);
+    }
+    return FileDescriptor();
+}
+
+/// Some file systems cannot flush a folder; there the rename alone has to do.
+bool flushFolder(const std::string& path) {
+    const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen())
+        return errno == EACCES;
+    return ::fsync(folder.get()) == 0 || errno == EINVAL || errno == EROFS;
+}
+
+/// Renames unless something has the new name; returns the error number.
+int renameToFree(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    struct stat status { }; // a file system without that kind of rename
+    if (::lstat(to.c_str(), &status) == 0)
+        return EEXIST;
+    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+} // namespace
+
+Content read(const std::string& path, std::size_t largest) {
+    // Without O_NONBLOCK, opening a pipe would wait for somebody to write.
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file.isOpen()) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR;
+        return { missing ? Content::Outcome::Missing : Content::Outcome::Unreadable, {}, systemErrorText(errno) };
+    }
+    struct stat status { };
+    if (::fstat(file.get(), &status) != 0)
+        return { Content::Outcome::Unreadable, {}, systemErrorText(errno) };
+    if (!S_ISREG(status.st_mode))
+        return { Content::Outcome::Unreadable, {}, "It is not a regular file" };
+    Content content { Content::Outcome::Read, {}, {} };
+    std::array<char, 65536> buffer {};
+    for (;;) {
+        const auto count = ::read(file.get(), buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return { Content::Outcome::Unreadable, {}, systemErrorText(errno) };
+        if (count == 0)
+            return content;
+        content.bytes.append(buffer.data(), static_cast<std::size_t>(count));
+        if (content.bytes.size() > largest)
+            return { Content::Outcome::Unreadable, {}, "It is too large" };
+    }
+}
+
+std::optional<std::string> replace(const std::string& path, std::string_view bytes) {
+    const std::string target = behindLinks(path);
+    std::string name;
+    FileDescriptor file = createBeside(target, name);
+    if (!file.isOpen())
+        return systemErrorText(errno);
+    // The umask can only have taken rights away, even the owner's own.
+    bool done = ::fchmod(file.get(), ownerFile) == 0 && writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
+    done = done && ::rename(name.c_str(), target.c_str()) == 0;
+    if (!done) {
+        const int error = errno;
+        ::unlink(name.c_str());
+        return systemErrorText(error);
+    }
+    file.close();
+    if (!flushFolder(folderOf(target)))
+        return systemErrorText(errno);
+    return std::nullopt;
+}
+
+std::optional<std::string> keepDamaged(const std::string& path) {
+    for (int number = 1; number < INT_MAX; ++number) {
+        const auto name = path + ".damaged" + (number == 1 ? std::string() : "-" + std::to_string(number));
+        const int error = renameToFree(path, name);
+        if (error == 0 || error == ENOENT)
+            return std::nullopt;
+        if (error != EEXIST)
+            return systemErrorText(error);
+    }
+    return systemErrorText(EEXIST);
+}
+
+std::optional<std::string> createFolders(const std::string& path) {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        const auto part = path.substr(0, end);
+        if (::mkdir(part.c_str(), ownerFolder) != 0 && errno != EEXIST) {
+            // A folder above may be one that this user can pass but not write.
+            const int error = errno;
+            struct stat status { };
+            if (::stat(part.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+                return systemErrorText(error);
+        }
+        if (end == std::string::npos)
+            break;
+    }
+    struct stat status { };
+    if (::stat(path.c_str(), &status) != 0)
+        return systemErrorText(errno);
+    return S_ISDIR(status.st_mode) ? std::nullopt : std::optional(systemErrorText(ENOTDIR));
+}
+
+} // namespace quorrel::OwnerOnlyFile

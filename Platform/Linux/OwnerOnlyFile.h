@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Whole files that only their owner may read. Any thread, one call at a time for one path. Each call returns why it
+/// failed, if it did.
+namespace quorrel::OwnerOnlyFile {
+
+struct Content final {
+    enum class Outcome { Read, Missing, Unreadable };
+    Outcome outcome = Outcome::Missing;
+    std::string bytes;
+    std::string reason;
+};
+
+/// Reads a regular file of at most so many bytes; anything else is unreadable.
+[[nodiscard]] Content read(const std::string& path, std::size_t largest);
+
+/// Writes beside the old file, readable by the owner alone from the first byte on and whatever the umask, flushes to
+/// disk, and puts the new file in place, behind a symbolic link if there is one. After a failure the old file is whole
+/// and nothing is left beside it.
+[[nodiscard]] std::optional<std::string> replace(const std::string& path, std::string_view bytes);
+
+/// Moves what is there to the first free name of PATH.damaged, PATH.damaged-2 and so on; nothing there is no failure.
+[[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path);
+
+/// Creates the folder and what is missing above it, each for the owner alone. One that is there stays as it is.
+[[nodiscard]] std::optional<std::string> createFolders(const std::string& path);
+
+} // namespace quorrel::OwnerOnlyFile

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/StandardPaths.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <vector>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace quorrel {
+
+namespace {
+
+/// A variable that does not name an absolute path is to be taken as not set.
+std::optional<std::string> folder(const char* variable) {
+    const char* value = std::getenv(variable);
+    if (!value || *value != '/')
+        return std::nullopt;
+    std::string path(value);
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+std::string homeFromAccounts() {
+    constexpr std::size_t largest = 1U << 20U;
+    for (std::vector<char> buffer(1024); buffer.size() <= largest; buffer.resize(buffer.size() * 2)) {
+        passwd entry {};
+        passwd* found = nullptr;
+        const int error = getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found);
+        if (error == ERANGE)
+            continue;
+        return found && found->pw_dir && *found->pw_dir == '/' ? found->pw_dir : "/";
+    }
+    return "/";
+}
+
+} // namespace
+
+StandardPaths StandardPaths::fromEnvironment() {
+    StandardPaths paths;
+    const auto home = folder("HOME");
+    paths.home = home ? *home : homeFromAccounts();
+    const std::string below = paths.home == "/" ? std::string() : paths.home;
+    paths.data = folder("XDG_DATA_HOME").value_or(below + "/.local/share");
+    paths.config = folder("XDG_CONFIG_HOME").value_or(below + "/.config");
+    paths.state = folder("XDG_STATE_HOME").value_or(below + "/.local/state");
+    paths.cache = folder("XDG_CACHE_HOME").value_or(below + "/.cache");
+    paths.runtime = folder("XDG_RUNTIME_DIR");
+    paths.temporary = folder("TMPDIR").value_or("/tmp");
+    const char* bus = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    paths.systemBus = bus && *bus ? bus : "unix:path=/run/dbus/system_bus_socket";
+    return paths;
+}
+
+} // namespace quorrel

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace quorrel {
+
+/// The user's folders as the environment names them. Read once by the entry point, before any thread starts; all else
+/// is handed what it needs.
+struct StandardPaths final {
+    std::string home; ///< the root folder when the user has none
+    std::string data; ///< applications' data
+    std::string config;
+    std::string state; ///< logs and the like
+    std::string cache;
+    std::optional<std::string> runtime; ///< present only when the session has one
+    std::string temporary;
+    std::string systemBus; ///< the system message bus's address
+
+    [[nodiscard]] static StandardPaths fromEnvironment();
+
+    [[nodiscard]] std::string preferencesFile() const { return config + "/Quorrel/Quorrel.conf"; }
+    [[nodiscard]] std::string logFile() const { return state + "/Quorrel/Quorrel.log"; }
+    [[nodiscard]] std::string volumesFolder() const { return home + "/Volumes"; }
+};
+
+} // namespace quorrel
