@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Foundation/Log.h"
+#include "Platform/ChildProcess.h"
+#include "Platform/DNSServiceDiscovery.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorrel {
+
+class HostDefinition;
+class ServiceDefinition;
+class SharePointDefinition;
+
+/// What resolvers need of the world; it must outlive them. The paths are those of the two lookup tools.
+struct ResolverEnvironment final {
+    DNSServiceDiscovery& discovery;
+    ChildProcess& childProcess;
+    Log& log;
+    std::string nslookupPath = "/usr/bin/nslookup";
+    std::string nmblookupPath = "/usr/bin/nmblookup";
+};
+
+/// Finds out the name to connect to and the IPv4 addresses of one service's host, and writes them into the host's
+/// record; whoever waits for them reads the host's `resolved` and `resolving`.
+///
+/// Main thread only. One resolver serves one resolution, which it ends when it is destroyed. The records are not kept
+/// alive by it.
+class BonjourResolver final : public NetServiceDelegate {
+public:
+    explicit BonjourResolver(ResolverEnvironment& environment);
+    BonjourResolver(const BonjourResolver&) = delete;
+    BonjourResolver& operator=(const BonjourResolver&) = delete;
+    ~BonjourResolver() override;
+
+    /// Chooses the way by the service's protocol. Lookups by tools are over when it returns; a resolution by DNS-SD
+    /// goes on behind it for up to five seconds, with `resolving` set. A null service is ignored, and so is a host
+    /// that is being resolved already.
+    void resolve(
+        const std::shared_ptr<ServiceDefinition>& service, const std::shared_ptr<SharePointDefinition>& sharePoint);
+
+    /// The IPv4 addresses of a resolved service in dotted decimal; absent when it reported no addresses of any kind.
+    [[nodiscard]] static std::optional<std::vector<std::string>> getIPV4FromService(const NetService& service);
+
+    void netServiceDidNotResolve(NetService& service, const std::string& error) override;
+    void netServiceDidStop(NetService& service) override;
+    void netServiceDidResolveAddress(NetService& service) override;
+    void netServiceWillResolve(NetService& service) override;
+
+private:
+    void startBonjour(HostDefinition& host, ServiceDefinition& service);
+    /// Each sets the host's fields when it finds the host; whether it did.
+    bool lookUpInDNS(HostDefinition& host);
+    bool lookUpInNetBIOS(HostDefinition& host);
+
+    ResolverEnvironment& m_environment;
+    std::weak_ptr<ServiceDefinition> m_serviceRef;
+    std::weak_ptr<SharePointDefinition> m_sharePointRef;
+    std::unique_ptr<NetService> m_bonjourService;
+};
+
+} // namespace quorrel
