@@ -10,7 +10,12 @@ _USER_NUMBER = 1000
 
 
 def _source():
-    source = os.environ.get("QUORREL_AFP_ROOT", "/var/cache/quorrel-tests/afp-root")
+    return os.environ.get("QUORREL_AFP_ROOT", "/var/cache/quorrel-tests/afp-root")
+
+
+def prepare():
+    """Makes the root where it is missing; to be called where the network still reaches a mirror."""
+    source = _source()
     if not os.path.exists(os.path.join(source, ".complete")):
         maker = os.path.join(os.path.dirname(__file__), "..", "make-afp-root")
         done = subprocess.run([maker, source], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
@@ -18,7 +23,6 @@ def _source():
         if done.returncode != 0:
             raise Failure(f"there is no root for the AFP server at {source}, and scripts/make-afp-root "
                           f"cannot make it here:\n{done.stderr.strip()}")
-    return source
 
 
 def _append(place, line):

@@ -57,6 +57,12 @@ def _place(name, options):
     return "127.0.0.1", _free_port("127.0.0.1")
 
 
+def prepare_servers(options):
+    """What has to be done before the run leaves the machine's network."""
+    if "afp" in options.servers:
+        afp.prepare()
+
+
 def start_servers(bed, options):
     """Starts what was asked for and returns when each answers."""
     wanted = [name for name in NAMES if name in options.servers]

@@ -12,7 +12,7 @@ import sys
 
 from . import processes
 from .bed import Bed, Failure
-from .servers import start_servers
+from .servers import prepare_servers, start_servers
 
 _SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT)
 
@@ -30,13 +30,15 @@ def _say(text):
     print(f"testbed: {text}", file=sys.stderr, flush=True)
 
 
-def _raise_stopped(number, _frame):
-    raise _Stopped(number)
-
-
 def _listen(handler):
     for number in _SIGNALS + (signal.SIGALRM,):
         signal.signal(number, handler)
+
+
+def _raise_stopped(number, _frame):
+    # Once: from here on everything is bounded, and a second signal must not break into the cleaning.
+    _listen(signal.SIG_IGN)
+    raise _Stopped(number)
 
 
 def _run_command(bed, command):
@@ -57,7 +59,6 @@ def _run_command(bed, command):
                 code = child.returncode = os.waitstatus_to_exitcode(status)
                 return 128 - code if code < 0 else code
     except _Stopped as stop:
-        _listen(signal.SIG_IGN)
         child.send_signal(signal.SIGTERM if stop.number == signal.SIGALRM else stop.number)
         try:
             child.wait(5)
@@ -97,9 +98,13 @@ def run(options):
     """Makes the bed, runs the command in it, takes everything away. Returns the exit code."""
     if options.netns:
         try:
+            prepare_servers(options)
             processes.enter_private_network()
         except OSError as error:
             _say(f"no network namespace to be had: {error}")
+            return EXIT_BROKEN
+        except Failure as failure:
+            _say(str(failure))
             return EXIT_BROKEN
     processes.become_subreaper()
     bed = Bed(options.netns)
