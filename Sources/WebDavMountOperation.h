@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Sources/MounterDifferences.h"
+#include "Sources/MounterOf.h"
+
+namespace quorrel {
+
+/// Mounts folders of WebDAV servers, plain and secure.
+using WebDavMountOperation = MounterOf<webDavDifferences>;
+
+} // namespace quorrel
