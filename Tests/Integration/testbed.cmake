@@ -2,7 +2,7 @@
 
 set(TESTBED ${CMAKE_SOURCE_DIR}/scripts/testbed)
 
-# Everything but AFP and the name services runs for any user; those take root.
+# AFP and the name services need NETNS.
 # quorrel_integration_test(NAME SERVERS smb,dav [NETNS] SOURCES ... LINK ...)
 # adds one GoogleTest executable that runs as a whole inside a test bed of its own.
 function(quorrel_integration_test name)

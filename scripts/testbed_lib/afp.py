@@ -4,25 +4,24 @@
 import os
 import subprocess
 
+from . import processes
 from .bed import USER, Failure, accepts_tcp
 
 _USER_NUMBER = 1000
-
-
-def _source():
-    return os.environ.get("QUORREL_AFP_ROOT", "/var/cache/quorrel-tests/afp-root")
+_MAKER = os.path.join(os.path.dirname(__file__), "..", "make-afp-root")
 
 
 def prepare():
-    """Makes the root where it is missing; to be called where the network still reaches a mirror."""
-    source = _source()
-    if not os.path.exists(os.path.join(source, ".complete")):
-        maker = os.path.join(os.path.dirname(__file__), "..", "make-afp-root")
-        done = subprocess.run([maker, source], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                              stderr=subprocess.PIPE, text=True, timeout=600, check=False)
-        if done.returncode != 0:
-            raise Failure(f"there is no root for the AFP server at {source}, and scripts/make-afp-root "
-                          f"cannot make it here:\n{done.stderr.strip()}")
+    """Makes the root where it is missing; to be called where the network still reaches a mirror.
+
+    Returns its place.
+    """
+    place = subprocess.run([_MAKER, "--where"], capture_output=True, text=True, timeout=10, check=True).stdout.strip()
+    done = subprocess.run([_MAKER], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                          text=True, timeout=600, check=False)
+    if done.returncode != 0:
+        raise Failure(f"scripts/make-afp-root cannot make the AFP server's root:\n{done.stderr.strip()}")
+    return place
 
 
 def _append(place, line):
@@ -44,16 +43,17 @@ def _give(place, number):
             os.chown(os.path.join(folder, name), number, number)
 
 
-def start(bed, address, port):
+def start(bed, address, port, source):
     root = bed.path("afp")
     # A copy, as the server keeps its databases in there and the password is this run's.
-    bed.run_tool(["cp", "-a", "--reflink=auto", _source(), root])
+    bed.run_tool(["cp", "-a", "--reflink=auto", source, root])
     # /tmp may forbid device files; the mount namespace is ours alone.
-    bed.run_tool(["mount", "--bind", "/dev", f"{root}/dev"])
+    bed.run_tool(["mount", "--rbind", "/dev", f"{root}/dev"])
     _add_user(bed, root)
     public = bed.make_share("afp/srv/public", "Public")
     private = bed.make_share("afp/srv/private", "Private")
-    _give(private, _USER_NUMBER)
+    if processes.is_real_root():
+        _give(private, _USER_NUMBER)
     bed.write("afp/etc/afp.conf", "\n".join([
         "[Global]",
         f"afp listen = {address}",
@@ -66,5 +66,6 @@ def start(bed, address, port):
         "[Public]", "path = /srv/public", "cnid scheme = last",
         "[Private]", "path = /srv/private", f"valid users = {USER}", "cnid scheme = last"]) + "\n")
     bed.export(AFP_PUBLIC=public, AFP_PRIVATE=private)
-    bed.start("afp", ["chroot", root, "/usr/sbin/afpd", "-d", "-F", "/etc/afp.conf"])
+    bed.start("afp", ["chroot", root, "/usr/sbin/afpd", "-d", "-F", "/etc/afp.conf"],
+              environment=bed.root_environment())
     return lambda: accepts_tcp(address, port)

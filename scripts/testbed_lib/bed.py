@@ -99,6 +99,30 @@ class Bed:
         result.update(self.exports)
         return result
 
+    def root_environment(self, users=()):
+        """For daemons that take themselves for root and change users.
+
+        Where there is but one user to be had, those calls are made to succeed without effect.
+        `users` are names that only this daemon sees, as users and as groups; all carry our own
+        numbers: what we may read, they may read.
+        """
+        result = self.environment(session=False)
+        preload = []
+        if not processes.is_real_root():
+            preload.append("libuid_wrapper.so")
+            result.update(UID_WRAPPER="1", UID_WRAPPER_ROOT="1")
+        if users:
+            preload.append("libnss_wrapper.so")
+            uid, gid = os.geteuid(), os.getegid()
+            people = ["root:x:0:0::/:/bin/false"] + [f"{name}:x:{uid}:{gid}::/:/bin/false" for name in users]
+            groups = ["root:x:0:"] + [f"{name}:x:{gid}:" for name in users]
+            name = f"users-{users[0]}"
+            result.update(NSS_WRAPPER_PASSWD=self.write(f"{name}.passwd", "\n".join(people) + "\n"),
+                          NSS_WRAPPER_GROUP=self.write(f"{name}.group", "\n".join(groups) + "\n"))
+        if preload:
+            result["LD_PRELOAD"] = ":".join(preload)
+        return result
+
     def save_exports(self):
         self.write("testbed.json", json.dumps(self.exports, indent=2, sort_keys=True) + "\n")
 

@@ -53,7 +53,7 @@ def start_dns(bed):
              "host-record=cellar.local,127.0.0.2"]
     configuration = bed.write("dnsmasq.conf", "\n".join(lines) + "\n")
     bed.start("dns", ["dnsmasq", "--keep-in-foreground", f"--conf-file={configuration}",
-                      "--pid-file=", "--log-facility=-"])
+                      "--pid-file=", "--log-facility=-"], environment=bed.root_environment())
     bed.export(DNS_HOST=_DNS_ADDRESS, DNS_PID=bed.running["dns"].pid)
     return _dns_answers
 
@@ -149,7 +149,8 @@ def start_avahi(bed):
     bed.run_tool(["mount", "--bind", services, "/etc/avahi/services"])
     bed.run_tool(["mount", "--bind", hosts, "/etc/avahi/hosts"])
     bed.start("avahi", ["avahi-daemon", "--file", configuration, "--no-drop-root", "--no-chroot",
-                        "--no-rlimits"])
+                        "--no-rlimits"],
+              environment=bed.root_environment(("avahi", "netdev")))
     bed.export(AVAHI_AFP="Attic", AVAHI_SMB="Cellar", AVAHI_PID=bed.running["avahi"].pid,
                AVAHI_CONFIG=configuration)
     return lambda: bed.log_of("avahi").count("successfully established") >= 2

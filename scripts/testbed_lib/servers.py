@@ -4,7 +4,7 @@
 import socket
 
 from .bed import Failure
-from . import afp, ftp, names, processes, smb, webdav
+from . import afp, ftp, names, smb, webdav
 
 # name: (start function, loopback address and port inside a namespace)
 # Without a namespace every server takes a free high port of 127.0.0.1.
@@ -21,8 +21,6 @@ _SERVERS = {
 }
 _NAMESPACE_ONLY = ("afp", "dns", "netbios", "avahi")
 
-_ROOT_ONLY = ("afp", "apache", "avahi", "dns", "netbios")
-
 NAMES = tuple(_SERVERS)
 
 
@@ -31,10 +29,6 @@ def check(wanted, netns):
     unknown = [name for name in wanted if name not in _SERVERS]
     if unknown:
         return f"unknown server {', '.join(unknown)}; there are {', '.join(NAMES)}"
-    if netns and not processes.is_real_root():
-        needy = [name for name in wanted if name in _ROOT_ONLY]
-        if needy:
-            return f"{', '.join(needy)}: possible with --netns for root only"
     if not netns:
         needy = [name for name in wanted if name in _NAMESPACE_ONLY]
         if needy:
@@ -60,7 +54,7 @@ def _place(name, options):
 def prepare_servers(options):
     """What has to be done before the run leaves the machine's network."""
     if "afp" in options.servers:
-        afp.prepare()
+        options.afp_source = afp.prepare()
 
 
 def start_servers(bed, options):
@@ -76,7 +70,8 @@ def start_servers(bed, options):
         address, port = _place(name, options)
         key = name.upper()
         bed.export(**{f"{key}_HOST": address, f"{key}_PORT": port})
-        waits.append((name, start(bed, address, port)))
+        more = (options.afp_source,) if name == "afp" else ()
+        waits.append((name, start(bed, address, port, *more)))
         bed.export(**{f"{key}_PID": bed.running[name].pid})
     # All of them come up side by side; only now is each waited for.
     for name, answers in waits:

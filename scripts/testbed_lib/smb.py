@@ -1,9 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """smbd with guest shares and one for the user, as root or as anybody."""
 
-import os
-
-from . import processes
 from .bed import USER, accepts_tcp
 
 _GUEST_SHARES = ["pub", "Mixed Case"] + [f"s{number:02}" for number in range(1, 21)]
@@ -38,27 +35,9 @@ def _configuration(bed, address, ports):
     return bed.write("smb/smb.conf", "\n".join(lines) + "\n")
 
 
-def _wrapped(bed):
-    """Users that only smbd sees. All carry our own number: what we may read, they may read."""
-    uid, gid = os.geteuid(), os.getegid()
-    home = bed.session["HOME"]
-    users = [f"{name}:x:{uid}:{gid}::{home}:/bin/false" for name in (USER, "nobody")]
-    groups = [f"{USER}:x:{gid}:", "nogroup:x:65534:"]
-    environment = bed.environment(session=False)
-    preload = "libnss_wrapper.so"
-    if not processes.is_real_root():
-        preload += ":libuid_wrapper.so"
-        environment.update(UID_WRAPPER="1", UID_WRAPPER_ROOT="1")
-    environment.update(
-        LD_PRELOAD=preload,
-        NSS_WRAPPER_PASSWD=bed.write("smb/passwd", "\n".join(["root:x:0:0::/:/bin/false"] + users) + "\n"),
-        NSS_WRAPPER_GROUP=bed.write("smb/group", "\n".join(["root:x:0:"] + groups) + "\n"))
-    return environment
-
-
 def start(bed, address, port):
     configuration = _configuration(bed, address, "445 139" if port == 445 else port)
-    environment = _wrapped(bed)
+    environment = bed.root_environment((USER, "nobody"))
     password = bed.password()
     bed.run_tool(["smbpasswd", "-c", configuration, "-a", "-s", USER],
                  text=f"{password}\n{password}\n", environment=environment)

@@ -7,6 +7,7 @@ import os
 import shutil
 import ssl
 
+from . import processes
 from .bed import USER
 
 _MODULES = "/usr/lib/apache2/modules"
@@ -65,7 +66,7 @@ def start_apache(bed, address, port):
     root = bed.make_share("apache/share", "apache")
     bed.make_folder("apache/locks", mode=0o777)
     users = _password_file(bed, "apache")
-    if os.geteuid() == 0:
+    if processes.is_real_root():
         # The workers run as nobody and must be able to walk in, though not to look around.
         os.chmod(bed.directory, 0o711)
         shutil.chown(users, "nobody", "nogroup")
@@ -76,12 +77,19 @@ def start_apache(bed, address, port):
               f"PidFile {own}/pid", f"ErrorLog {own}/error.log", f"DocumentRoot {own}",
               "StartServers 1", "ServerLimit 1", "ThreadsPerChild 16", "MaxRequestWorkers 16",
               f"DavLockDB {own}/locks/db"]
-    if os.geteuid() == 0:
+    command = []
+    if processes.is_real_root():
         lines += ["User nobody", "Group nogroup"]
+    elif os.geteuid() == 0:
+        # It refuses to be root and knows no other user here: it becomes an ordinary user of a
+        # namespace below ours, and ordinary users may have low ports in a network that is ours alone.
+        with open("/proc/sys/net/ipv4/ip_unprivileged_port_start", "w", encoding="ascii") as file:
+            file.write("0")
+        command = ["unshare", "--user", "--map-user=65534", "--map-group=65534"]
     lines += ['BrowserMatch "^gvfs/1" redirect-carefully', "<Directory />", "  Require all denied", "</Directory>",
               "<Location /share>", "  Dav On", "  AuthType Basic", "  AuthName testbed",
               f"  AuthUserFile {users}", "  Require valid-user", "</Location>"]
     configuration = bed.write("apache/apache.conf", "\n".join(lines) + "\n")
     bed.export(APACHE_ROOT=root)
-    bed.start("apache", ["apache2", "-DFOREGROUND", "-f", configuration])
+    bed.start("apache", command + ["apache2", "-DFOREGROUND", "-f", configuration])
     return _answers(address, port, path="/share/")
