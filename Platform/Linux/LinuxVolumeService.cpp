@@ -1,0 +1,346 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/LinuxVolumeService.h"
+
+#include "Platform/Linux/BoundedLoop.h"
+#include "Platform/Linux/FoundVolume.h"
+#include "Platform/Linux/GvfsLocation.h"
+#include "Platform/Linux/GvfsMount.h"
+#include "Platform/Linux/MountAttempt.h"
+#include "Platform/Linux/MountTracker.h"
+#include "Platform/Linux/PendingBackEnds.h"
+#include "Platform/Linux/ProcessTable.h"
+#include "Platform/Linux/VolumeUsers.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+constexpr std::int32_t noSuchVolume = -35;
+constexpr int mostRounds = 4;
+constexpr Seconds answerLimit { 5 }; // for a volume that is mounted already to show that it lives
+constexpr Seconds fuseLimit { 2 }; // gvfs shows its mounts as files a moment after a session's first mount
+constexpr Seconds lookAgain { 0.02 };
+constexpr Seconds cleanupTime { 2 };
+constexpr Seconds hastyCleanupTime { 0.3 };
+constexpr Seconds quickUnmountLimit { 4 };
+
+/// What stands for a mount as long as it lives, also among the volumes in it.
+std::string identityOf(const GvfsMount& mount) {
+    return mount.fusePath.empty() ? mount.busName : mount.fusePath;
+}
+
+/// Whether an error is the server's word on the file that was asked for, and not on itself.
+bool isAboutTheFile(const GError* error) {
+    return error && error->domain == G_IO_ERROR
+        && (error->code == G_IO_ERROR_NOT_FOUND || error->code == G_IO_ERROR_NOT_DIRECTORY
+            || error->code == G_IO_ERROR_PERMISSION_DENIED || error->code == G_IO_ERROR_NOT_SUPPORTED
+            || error->code == G_IO_ERROR_BUSY);
+}
+
+} // namespace
+
+struct LinuxVolumeService::Place final {
+    GvfsMount mount;
+    std::string within;
+
+    [[nodiscard]] std::string readablePath() const { return mount.readablePath(within); }
+};
+
+LinuxVolumeService::LinuxVolumeService(Log& log, const Preferences& preferences, const Settings& settings)
+    : m_log(log)
+    , m_preferences(preferences)
+    , m_settings(settings)
+    , m_links(settings.homeDirectory, settings.runtimeDirectory + "/gvfs") { }
+
+LinuxVolumeService::~LinuxVolumeService() = default;
+
+void LinuxVolumeService::interrupt() {
+    m_interrupted.signal();
+}
+
+MountReply LinuxVolumeService::mountServerVolume(const MountRequest& request) {
+    if (m_interrupted.isSignalled())
+        return { VolumeStatus::notResponding, 0 };
+    const auto parsed = GvfsLocation::fromRequest(request);
+    if (!parsed.location) {
+        m_log.lineAlways("Cannot mount: %@", { parsed.reason });
+        return { parsed.status, 0 };
+    }
+    BoundedLoop loop(m_settings.mountDeadline, m_interrupted);
+    return mount(loop, *parsed.location, request.volumeName);
+}
+
+MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& location, const std::string& volumeName) {
+    MountTracker tracker(loop);
+    if (std::string reason; !tracker.connect(reason)) {
+        m_log.lineAlways("Cannot mount %@ without a session bus: %@", { location.printable, reason });
+        return { VolumeStatus::cannotBeMounted, 0 };
+    }
+    removeStaleLinks(tracker);
+    for (int round = 0; round < mostRounds && !loop.isOver(); ++round) {
+        const auto failure = attempt(loop, tracker, location);
+        if (failure && !failure->isAlreadyMounted()) {
+            m_log.lineAlways("Cannot mount %@: %@", { location.printable, failure->reason() });
+            // AFP's program can fall over its own feet; the next one mostly does not.
+            if (failure->isDeadBackEnd() && location.scheme == "afp" && round == 0)
+                continue;
+            return { failure->status(), 0 };
+        }
+        const auto place = find(loop, tracker, location);
+        if (!place)
+            continue; // taken away by somebody, right after it was there
+        const auto status = check(loop, tracker, *place, location, !failure);
+        if (status && *status != VolumeStatus::success)
+            return { *status, 0 };
+        if (!status)
+            continue;
+        if (const auto reply = enter(*place, location, volumeName))
+            return *reply;
+        loop.pause(lookAgain); // another call of ours takes the mount away just now
+    }
+    m_log.lineAlways("Cannot mount %@: it did not stay mounted", { location.printable });
+    return { loop.isOver() ? VolumeStatus::notResponding : VolumeStatus::ioError, 0 };
+}
+
+std::optional<MountFailure> LinuxVolumeService::attempt(
+    BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) {
+    PendingBackEnds::Trace trace { location.backEndName(), ProcessTable::nowTicks(), {} };
+    std::optional<MountFailure> failure;
+    {
+        MountAttempt attempt(loop, m_log, location, m_preferences.texts("trustedCertificates"));
+        failure = attempt.run();
+        trace.addresses = attempt.addresses();
+    }
+    if (failure && failure->end != MountFailure::End::Answered) {
+        loop.grantForCleanup(failure->end == MountFailure::End::Interrupted ? hastyCleanupTime : cleanupTime);
+        if (PendingBackEnds(loop, tracker).endPending(trace))
+            m_log.line("Ended the program that still waited for %@", { location.printable });
+    } else if (failure && failure->domain == G_IO_ERROR
+        && (failure->code == G_IO_ERROR_NOT_MOUNTED || failure->code == G_IO_ERROR_NOT_SUPPORTED)
+        && !tracker.supports(location)) {
+        m_log.lineAlways("The desktop's gvfs cannot mount %@ at all", { location.scheme });
+    }
+    return failure;
+}
+
+std::optional<LinuxVolumeService::Place> LinuxVolumeService::find(
+    BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) {
+    std::optional<Place> place;
+    for (int turn = 0; turn < fuseLimit / lookAgain && !loop.isOver(); ++turn) {
+        place.reset();
+        const auto mounts = tracker.mounts();
+        if (!mounts)
+            return std::nullopt;
+        // A deeper mount of the same server is the one that gvfs itself would use.
+        for (const auto& mount : *mounts)
+            if (auto within = mount.pathWithin(location);
+                within && (!place || mount.prefix.size() > place->mount.prefix.size()))
+                place = Place { mount, std::move(*within) };
+        if (!place || !place->mount.fusePath.empty())
+            return place;
+        loop.pause(lookAgain);
+    }
+    return place;
+}
+
+std::optional<std::int32_t> LinuxVolumeService::check(
+    BoundedLoop& loop, MountTracker& tracker, const Place& place, const GvfsLocation& location, bool isFresh) {
+    // An FTP server is mounted whatever folder was asked for; all others have said by now whether the share is there.
+    if (isFresh && !(place.mount.isFTP() && !place.within.empty()))
+        return VolumeStatus::success;
+    const auto limit = std::min(answerLimit, loop.remaining() / 2);
+    const auto reply = tracker.queryInfo(place.mount, place.within, limit);
+    if (reply.value)
+        return VolumeStatus::success;
+    if (loop.isInterrupted())
+        return VolumeStatus::notResponding;
+    if (isAboutTheFile(reply.error.get())) {
+        if (reply.error->code != G_IO_ERROR_NOT_FOUND && reply.error->code != G_IO_ERROR_NOT_DIRECTORY)
+            return VolumeStatus::success;
+        m_log.lineAlways("Cannot mount %@: %@", { location.printable, reply.reason() });
+        if (isFresh && unmountWhole(loop, tracker, place.mount) != VolumeStatus::success)
+            m_log.line("The mount made for %@ stays", { location.printable });
+        return VolumeStatus::notFound;
+    }
+    m_log.lineAlways("%@ is mounted but does not answer: %@", { location.printable, reply.reason() });
+    const auto users = VolumeUsers::below(identityOf(place.mount));
+    // Who is silent may only be slow: that is not worth somebody's open files.
+    if (reply.isTimedOut() && !users.empty()) {
+        m_log.lineAlways("It stays, as it is in use by %@", { VolumeUsers::printed(users) });
+        return VolumeStatus::notResponding;
+    }
+    if (!PendingBackEnds(loop, tracker).endMounted(place.mount))
+        return VolumeStatus::notResponding;
+    return std::nullopt;
+}
+
+std::optional<MountReply> LinuxVolumeService::enter(
+    const Place& place, const GvfsLocation& location, const std::string& volumeName) {
+    const auto path = place.readablePath();
+    const auto identity = path.empty() ? location.uri : path;
+    MountedVolume volume;
+    volume.scheme = location.scheme;
+    volume.host = location.host;
+    volume.port = location.port;
+    volume.user = location.loginName();
+    volume.path = location.joinedPath();
+    volume.volumeName = volumeName;
+    // Counted first and linked then: from here on nobody takes the mount away under the link.
+    const auto reference = m_references.enter(identity, identityOf(place.mount), volume);
+    if (!reference)
+        return std::nullopt;
+    if (path.empty()) {
+        m_log.lineAlways("%@ is mounted but has no path: gvfs shows no files here", { location.printable });
+        return MountReply { VolumeStatus::success, *reference };
+    }
+    std::string reason;
+    if (const auto link = m_links.add(volumeName, path, reason); !link.empty()) {
+        volume.location = m_links.pathOf(link);
+        return MountReply { VolumeStatus::success,
+            m_references.enter(identity, identityOf(place.mount), volume).value_or(*reference) };
+    }
+    m_log.lineAlways("There is no link to %@: %@", { location.printable, reason });
+    return MountReply { VolumeStatus::success, *reference };
+}
+
+std::int32_t LinuxVolumeService::unmountVolume(std::int16_t volumeReference) {
+    if (m_interrupted.isSignalled())
+        return VolumeStatus::notResponding;
+    const auto entry = m_references.find(volumeReference);
+    if (!entry) {
+        m_log.lineAlways("Cannot unmount: no volume has the reference %@", { std::to_string(volumeReference) });
+        return noSuchVolume;
+    }
+    BoundedLoop loop(m_settings.unmountDeadline, m_interrupted);
+    MountTracker tracker(loop);
+    if (std::string reason; !tracker.connect(reason)) {
+        m_log.lineAlways("Cannot unmount %@ without a session bus: %@", { entry->description.volumeName, reason });
+        return VolumeStatus::cannotBeMounted;
+    }
+    return unmountEntry(loop, tracker, *entry);
+}
+
+std::int32_t LinuxVolumeService::unmountEntry(
+    BoundedLoop& loop, MountTracker& tracker, const VolumeReferences::Entry& entry) {
+    const auto mounts = tracker.mounts();
+    if (!mounts) {
+        m_log.lineAlways("Cannot unmount %@: gvfs does not answer", { entry.description.volumeName });
+        return VolumeStatus::notResponding;
+    }
+    const auto mount = std::find_if(mounts->begin(), mounts->end(), [&](const GvfsMount& one) {
+        return one.covers(entry.identity) || FoundVolume::isDescribedBy(entry.description, one);
+    });
+    if (mount == mounts->end()) {
+        m_log.lineAlways("Cannot unmount %@: it is gone already", { entry.description.volumeName });
+        drop(entry);
+        return noSuchVolume;
+    }
+    const bool goesWhole = !sharesMount(entry, *mount)
+        && m_references.beginRemoval(entry.description.volumeReference, identityOf(*mount));
+    const auto users = VolumeUsers::below(goesWhole ? identityOf(*mount) : entry.identity);
+    std::int32_t status = VolumeStatus::success;
+    if (!users.empty()) {
+        m_log.lineAlways(
+            "Cannot unmount %@: in use by %@", { entry.description.volumeName, VolumeUsers::printed(users) });
+        status = VolumeStatus::filesOpen;
+    } else if (goesWhole) {
+        status = unmountWhole(loop, tracker, *mount);
+    }
+    if (status == VolumeStatus::success)
+        drop(entry);
+    if (goesWhole)
+        m_references.endRemoval(identityOf(*mount));
+    return status;
+}
+
+std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& tracker, const GvfsMount& mount) {
+    const auto what = mount.type + " of " + mount.host;
+    // AFP's program now and then waits for itself. Nobody uses the volume any more, so it need not be waited for long.
+    const auto reply
+        = tracker.unmount(mount, mount.isAFP() ? std::min(quickUnmountLimit, loop.remaining() / 2) : loop.remaining());
+    if (reply.value || reply.isFromNobody())
+        return VolumeStatus::success;
+    if (reply.error) {
+        m_log.lineAlways("Cannot unmount the %@: %@", { what, reply.reason() });
+        return reply.error->domain == G_IO_ERROR && reply.error->code == G_IO_ERROR_BUSY ? VolumeStatus::filesOpen
+                                                                                         : VolumeStatus::ioError;
+    }
+    m_log.lineAlways("The %@ does not answer while it is being unmounted", { what });
+    if (!mount.isAFP())
+        return VolumeStatus::notResponding; // gvfs completes it when the server comes back
+    if (loop.isOver())
+        loop.grantForCleanup(loop.isInterrupted() ? hastyCleanupTime : cleanupTime);
+    return PendingBackEnds(loop, tracker).endMounted(mount) ? VolumeStatus::success : VolumeStatus::notResponding;
+}
+
+bool LinuxVolumeService::sharesMount(const VolumeReferences::Entry& entry, const GvfsMount& mount) const {
+    const auto links = m_links.links();
+    return std::any_of(links.begin(), links.end(),
+        [&](const VolumeLinks::Link& link) { return link.target != entry.identity && mount.covers(link.target); });
+}
+
+void LinuxVolumeService::drop(const VolumeReferences::Entry& entry) {
+    m_links.removeLinksTo(entry.identity);
+    m_references.forget(entry.description.volumeReference);
+}
+
+void LinuxVolumeService::removeStaleLinks(MountTracker& tracker) {
+    // First the links and then the mounts: a link that is there has its mount, unless that is gone.
+    auto stale = m_links.links();
+    // Looked at twice: between the two looks another call may have mounted the volume again.
+    for (int look = 0; look < 2 && !stale.empty(); ++look) {
+        const auto mounts = tracker.mounts();
+        if (!mounts)
+            return;
+        std::erase_if(stale, [&](const VolumeLinks::Link& link) {
+            return std::any_of(
+                mounts->begin(), mounts->end(), [&](const GvfsMount& mount) { return mount.covers(link.target); });
+        });
+    }
+    for (const auto& link : stale) {
+        m_links.removeLinksTo(link.target);
+        if (const auto entry = m_references.find(link.target))
+            m_references.forget(entry->description.volumeReference);
+    }
+}
+
+std::vector<MountedVolume> LinuxVolumeService::mountedVolumes() {
+    std::vector<MountedVolume> result;
+    if (m_interrupted.isSignalled())
+        return result;
+    BoundedLoop loop(m_settings.listDeadline, m_interrupted);
+    MountTracker tracker(loop);
+    if (std::string reason; !tracker.connect(reason)) {
+        m_log.lineAlways("Cannot list the volumes without a session bus: %@", { reason });
+        return result;
+    }
+    removeStaleLinks(tracker);
+    const auto links = m_links.links();
+    if (links.empty())
+        return result;
+    const auto mounts = tracker.mounts();
+    if (!mounts) {
+        m_log.lineAlways("Cannot list the volumes: gvfs does not answer");
+        return result;
+    }
+    for (const auto& link : links) {
+        const auto mount = std::find_if(
+            mounts->begin(), mounts->end(), [&](const GvfsMount& one) { return one.covers(link.target); });
+        if (mount == mounts->end())
+            continue;
+        const auto known = m_references.find(link.target);
+        auto volume = known ? known->description : FoundVolume::describe(*mount, link.target, link.name);
+        volume.location = m_links.pathOf(link.name);
+        const auto reference = m_references.enter(link.target, identityOf(*mount), volume);
+        if (!reference)
+            continue; // on its way out
+        volume.volumeReference = *reference;
+        result.push_back(std::move(volume));
+    }
+    return result;
+}
+
+} // namespace quorrel

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Foundation/Clock.h"
+#include "Foundation/Log.h"
+#include "Foundation/Preferences.h"
+#include "Platform/Linux/InterruptEvent.h"
+#include "Platform/Linux/VolumeLinks.h"
+#include "Platform/Linux/VolumeReferences.h"
+#include "Platform/VolumeService.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorrel {
+
+class BoundedLoop;
+class MountTracker;
+struct GvfsLocation;
+struct GvfsMount;
+struct MountFailure;
+
+/// Server volumes through GIO and gvfs, with a link for each in the user's folder of volumes.
+///
+/// Any thread; every call works in a context of its own on its caller's thread. What is mounted is never remembered but
+/// asked of gvfs anew, since any program may mount and unmount; only the numbers of the volumes are kept. Several
+/// volumes may lie in one mount of gvfs: it goes together with the last of them. Reasons of failures go to the log.
+class LinuxVolumeService final : public VolumeService {
+public:
+    struct Settings final {
+        std::string homeDirectory;
+        std::string runtimeDirectory; ///< of the session; gvfs shows its mounts in "gvfs" in there
+        Seconds mountDeadline { 60 };
+        Seconds unmountDeadline { 20 };
+        Seconds listDeadline { 2 };
+    };
+
+    /// The preference "trustedCertificates" lists the SHA-256 fingerprints of certificates that the user trusts.
+    /// The log and the preferences must outlive the service.
+    LinuxVolumeService(Log& log, const Preferences& preferences, const Settings& settings);
+    ~LinuxVolumeService() override;
+
+    [[nodiscard]] MountReply mountServerVolume(const MountRequest& request) override;
+    [[nodiscard]] std::int32_t unmountVolume(std::int16_t volumeReference) override;
+    [[nodiscard]] std::vector<MountedVolume> mountedVolumes() override;
+    void interrupt() override;
+
+private:
+    /// Where a location was found among gvfs's mounts.
+    struct Place;
+
+    [[nodiscard]] MountReply mount(BoundedLoop& loop, const GvfsLocation& location, const std::string& volumeName);
+    [[nodiscard]] std::optional<MountFailure> attempt(
+        BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
+    [[nodiscard]] std::optional<Place> find(BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
+    /// Whether the location is really there. Absent means that what hindered it is gone and the mount may be repeated.
+    [[nodiscard]] std::optional<std::int32_t> check(
+        BoundedLoop& loop, MountTracker& tracker, const Place& place, const GvfsLocation& location, bool isFresh);
+    [[nodiscard]] std::optional<MountReply> enter(
+        const Place& place, const GvfsLocation& location, const std::string& volumeName);
+
+    [[nodiscard]] std::int32_t unmountWhole(BoundedLoop& loop, MountTracker& tracker, const GvfsMount& mount);
+    [[nodiscard]] std::int32_t unmountEntry(
+        BoundedLoop& loop, MountTracker& tracker, const VolumeReferences::Entry& entry);
+    [[nodiscard]] bool sharesMount(const VolumeReferences::Entry& entry, const GvfsMount& mount) const;
+    void drop(const VolumeReferences::Entry& entry);
+    /// Removes the links of volumes that are gone.
+    void removeStaleLinks(MountTracker& tracker);
+
+    Log& m_log;
+    const Preferences& m_preferences;
+    const Settings m_settings;
+    InterruptEvent m_interrupted;
+    VolumeLinks m_links;
+    VolumeReferences m_references;
+};
+
+} // namespace quorrel

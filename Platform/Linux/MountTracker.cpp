@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/MountTracker.h"
+
+#include <cstdlib>
+
+namespace quorrel {
+
+namespace {
+
+constexpr auto daemonName = "org.gtk.vfs.Daemon";
+constexpr auto trackerPath = "/org/gtk/vfs/mounttracker";
+constexpr auto trackerInterface = "org.gtk.vfs.MountTracker";
+constexpr auto mountInterface = "org.gtk.vfs.Mount";
+constexpr Seconds shortCall { 5 };
+
+std::string textOf(GVariant* value) {
+    if (g_variant_is_of_type(value, G_VARIANT_TYPE_BYTESTRING))
+        return g_variant_get_bytestring(value);
+    return g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) ? g_variant_get_string(value, nullptr) : std::string();
+}
+
+std::string trimmedSlashes(std::string text) {
+    while (text.ends_with('/'))
+        text.pop_back();
+    text.erase(0, std::min(text.find_first_not_of('/'), text.size()));
+    return text;
+}
+
+void readItem(const std::string& key, const std::string& value, GvfsMount& mount) {
+    if (key == "type")
+        mount.type = value;
+    else if (key == "host" || key == "server")
+        mount.host = value;
+    else if (key == "share" || key == "volume")
+        mount.share = value;
+    else if (key == "user")
+        mount.user = value;
+    else if (key == "domain")
+        mount.domain = value;
+    else if (key == "port")
+        mount.port = std::atoi(value.c_str());
+    else if (key == "ssl")
+        mount.isSecure = value == "true";
+}
+
+/// An address of the longer kind stands in brackets in some of the lists.
+std::string withoutBrackets(const std::string& host) {
+    return host.size() > 2 && host.front() == '[' && host.back() == ']' ? host.substr(1, host.size() - 2) : host;
+}
+
+GvfsMount readMount(GVariant* entry) {
+    GvfsMount mount;
+    const auto child = [entry](gsize index) { return GlibPointer<GVariant>(g_variant_get_child_value(entry, index)); };
+    mount.busName = textOf(child(0).get());
+    mount.objectPath = g_variant_get_string(child(1).get(), nullptr);
+    mount.fusePath = textOf(child(9).get());
+    const auto spec = child(10);
+    mount.prefix = trimmedSlashes(textOf(GlibPointer<GVariant>(g_variant_get_child_value(spec.get(), 0)).get()));
+    const GlibPointer<GVariant> items(g_variant_get_child_value(spec.get(), 1));
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, items.get());
+    const gchar* key = nullptr;
+    GVariant* value = nullptr;
+    while (g_variant_iter_next(&iterator, "{&sv}", &key, &value)) {
+        const GlibPointer<GVariant> owned(value);
+        readItem(key, textOf(value), mount);
+    }
+    mount.host = withoutBrackets(mount.host);
+    return mount;
+}
+
+} // namespace
+
+bool TrackerReply::isFromNobody() const {
+    if (!error || error->domain != G_DBUS_ERROR)
+        return false;
+    return error->code == G_DBUS_ERROR_SERVICE_UNKNOWN || error->code == G_DBUS_ERROR_NAME_HAS_NO_OWNER
+        || error->code == G_DBUS_ERROR_NO_REPLY || error->code == G_DBUS_ERROR_DISCONNECTED
+        || error->code == G_DBUS_ERROR_UNKNOWN_METHOD || error->code == G_DBUS_ERROR_UNKNOWN_OBJECT;
+}
+
+std::string TrackerReply::reason() const {
+    return error ? std::string(error->message) : std::string("no answer in time");
+}
+
+bool MountTracker::connect(std::string& reason) {
+    const auto result = m_loop.await([](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
+        g_bus_get(G_BUS_TYPE_SESSION, cancellable, callback, data);
+    });
+    if (!result) {
+        reason = "the session bus does not answer";
+        return false;
+    }
+    GError* error = nullptr;
+    m_connection.reset(g_bus_get_finish(result.get(), &error));
+    const GlibPointer<GError> owned(error);
+    if (!m_connection) {
+        reason = error->message;
+        return false;
+    }
+    // The shared connection would end the whole process together with the bus.
+    g_dbus_connection_set_exit_on_close(m_connection.get(), FALSE);
+    return true;
+}
+
+TrackerReply MountTracker::call(const char* busName, const char* path, const char* interface, const char* method,
+    GVariant* parameters, Seconds limit) {
+    TrackerReply reply;
+    const GlibPointer<GVariant> owned(parameters ? g_variant_ref_sink(parameters) : nullptr);
+    if (!m_connection)
+        return reply;
+    const auto result = m_loop.await(
+        [&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
+            g_dbus_connection_call(m_connection.get(), busName, path, interface, method, parameters, nullptr,
+                G_DBUS_CALL_FLAGS_NONE, G_MAXINT, cancellable, callback, data);
+        },
+        limit);
+    if (!result)
+        return reply;
+    GError* error = nullptr;
+    reply.value.reset(g_dbus_connection_call_finish(m_connection.get(), result.get(), &error));
+    if (error)
+        g_dbus_error_strip_remote_error(error);
+    reply.error.reset(error);
+    return reply;
+}
+
+std::optional<std::vector<GvfsMount>> MountTracker::mounts() {
+    const auto reply = call(daemonName, trackerPath, trackerInterface, "ListMounts", nullptr, shortCall);
+    if (!reply.value || !g_variant_is_of_type(reply.value.get(), G_VARIANT_TYPE("(a(sossssssbay(aya{sv})ay))")))
+        return std::nullopt;
+    std::vector<GvfsMount> result;
+    const GlibPointer<GVariant> list(g_variant_get_child_value(reply.value.get(), 0));
+    for (gsize index = 0; index < g_variant_n_children(list.get()); ++index)
+        result.push_back(readMount(GlibPointer<GVariant>(g_variant_get_child_value(list.get(), index)).get()));
+    return result;
+}
+
+bool MountTracker::supports(const GvfsLocation& location) {
+    const auto reply = call(daemonName, trackerPath, trackerInterface, "ListMountTypes", nullptr, shortCall);
+    if (!reply.value || !g_variant_is_of_type(reply.value.get(), G_VARIANT_TYPE("(as)")))
+        return true;
+    const std::string wanted = location.scheme == "smb" ? "smb-share"
+        : location.scheme == "afp"                      ? "afp-volume"
+        : location.scheme == "ftp"                      ? "ftp"
+                                                        : "dav";
+    const GlibPointer<GVariant> list(g_variant_get_child_value(reply.value.get(), 0));
+    for (gsize index = 0; index < g_variant_n_children(list.get()); ++index)
+        if (textOf(GlibPointer<GVariant>(g_variant_get_child_value(list.get(), index)).get()) == wanted)
+            return true;
+    return false;
+}
+
+TrackerReply MountTracker::queryInfo(const GvfsMount& mount, const std::string& relativePath, Seconds limit) {
+    std::string path = "/" + mount.prefix;
+    if (!relativePath.empty())
+        path += (path.size() > 1 ? "/" : "") + relativePath;
+    return call(mount.busName.c_str(), mount.objectPath.c_str(), mountInterface, "QueryInfo",
+        g_variant_new("(^aysus)", path.c_str(), "standard::type", 0U, ""), limit);
+}
+
+TrackerReply MountTracker::unmount(const GvfsMount& mount, Seconds limit) {
+    return call(mount.busName.c_str(), mount.objectPath.c_str(), mountInterface, "Unmount",
+        g_variant_new("(sou)", "", "/", 0U), limit);
+}
+
+std::optional<pid_t> MountTracker::processOf(const std::string& busName) {
+    const auto reply = call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetConnectionUnixProcessID", g_variant_new("(s)", busName.c_str()), shortCall);
+    if (!reply.value)
+        return std::nullopt;
+    guint32 process = 0;
+    g_variant_get(reply.value.get(), "(u)", &process);
+    return static_cast<pid_t>(process);
+}
+
+std::optional<pid_t> MountTracker::daemonProcess() {
+    return processOf(daemonName);
+}
+
+} // namespace quorrel

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/PendingBackEnds.h"
+
+#include <algorithm>
+#include <csignal>
+#include <set>
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+constexpr Seconds endingLimit { 1 };
+constexpr Seconds lookAgain { 0.02 };
+
+} // namespace
+
+std::optional<ProcessEntry> PendingBackEnds::choose(const Trace& trace, std::vector<ProcessEntry> pending,
+    const std::function<std::vector<std::string>(pid_t)>& remoteAddresses) {
+    std::erase_if(pending, [&](const ProcessEntry& process) { return process.startTicks < trace.notBefore; });
+    std::sort(pending.begin(), pending.end(), [](const ProcessEntry& left, const ProcessEntry& right) {
+        return std::pair(left.startTicks, left.identifier) < std::pair(right.startTicks, right.identifier);
+    });
+    const ProcessEntry* unconnected = nullptr;
+    for (const auto& process : pending) {
+        const auto remotes = remoteAddresses(process.identifier);
+        const auto isOurs = [&](const std::string& remote) {
+            return std::find(trace.addresses.begin(), trace.addresses.end(), remote) != trace.addresses.end();
+        };
+        if (std::any_of(remotes.begin(), remotes.end(), isOurs))
+            return process;
+        // One that talks to nobody may still be resolving our name; one that talks to another server is not ours,
+        // unless our own addresses never became known.
+        if (!unconnected && (remotes.empty() || trace.addresses.empty()))
+            unconnected = &process;
+    }
+    return unconnected ? std::optional(*unconnected) : std::nullopt;
+}
+
+std::vector<ProcessEntry> PendingBackEnds::pendingProcesses(const std::string& name) {
+    const auto daemon = m_tracker.daemonProcess();
+    const auto mounts = m_tracker.mounts();
+    std::vector<ProcessEntry> result;
+    if (!daemon || !mounts)
+        return result;
+    for (const pid_t identifier : ProcessTable::identifiers()) {
+        const auto process = ProcessTable::entry(identifier);
+        if (process && process->parent == *daemon && process->name == name)
+            result.push_back(*process);
+    }
+    if (result.empty())
+        return result;
+    std::set<pid_t> mounted;
+    for (const auto& mount : *mounts) {
+        const auto owner = m_tracker.processOf(mount.busName);
+        if (owner)
+            mounted.insert(*owner);
+    }
+    std::erase_if(result, [&](const ProcessEntry& process) { return mounted.contains(process.identifier); });
+    return result;
+}
+
+bool PendingBackEnds::endPending(const Trace& trace) {
+    const auto process = choose(trace, pendingProcesses(trace.name), ProcessTable::remoteAddresses);
+    return process && terminate(process->identifier);
+}
+
+bool PendingBackEnds::terminate(pid_t process) {
+    if (kill(process, SIGTERM) != 0)
+        return false;
+    // A stopped or stuck one does not heed that.
+    for (const int signal : { 0, SIGKILL }) {
+        if (signal != 0)
+            kill(process, signal);
+        for (int turn = 0; turn < endingLimit / lookAgain && !m_loop.isOver(); ++turn) {
+            if (!ProcessTable::entry(process))
+                return true;
+            m_loop.pause(lookAgain);
+        }
+    }
+    return !ProcessTable::entry(process);
+}
+
+bool PendingBackEnds::endMounted(const GvfsMount& mount) {
+    const auto process = m_tracker.processOf(mount.busName);
+    if (process && !terminate(*process))
+        return false;
+    for (int turn = 0; turn < endingLimit / lookAgain && !m_loop.isOver(); ++turn) {
+        const auto mounts = m_tracker.mounts();
+        if (mounts && std::none_of(mounts->begin(), mounts->end(), [&](const GvfsMount& one) {
+                return one.busName == mount.busName && one.objectPath == mount.objectPath;
+            }))
+            return true;
+        m_loop.pause(lookAgain);
+    }
+    return false;
+}
+
+} // namespace quorrel
