@@ -110,6 +110,8 @@ GObjectPointer<GAsyncResult> BoundedLoop::await(const Start& start, Seconds limi
     auto pending = begin(start);
     if (!waitUntil([&] { return pending.isDone(); }, limit))
         return nullptr;
+    // Cancelled now, a result that is there already would turn into an error when it is read.
+    pending.m_cancellable.reset();
     return std::move(pending.m_answer->result);
 }
 

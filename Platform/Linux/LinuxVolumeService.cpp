@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/LinuxVolumeService.h"
 
+#include "Platform/Linux/BackEndProcesses.h"
 #include "Platform/Linux/BoundedLoop.h"
 #include "Platform/Linux/FoundVolume.h"
 #include "Platform/Linux/GvfsLocation.h"
 #include "Platform/Linux/GvfsMount.h"
 #include "Platform/Linux/MountAttempt.h"
 #include "Platform/Linux/MountTracker.h"
-#include "Platform/Linux/PendingBackEnds.h"
 #include "Platform/Linux/ProcessTable.h"
 #include "Platform/Linux/VolumeUsers.h"
 
@@ -107,7 +107,7 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
 
 std::optional<MountFailure> LinuxVolumeService::attempt(
     BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) {
-    PendingBackEnds::Trace trace { location.backEndName(), ProcessTable::nowTicks(), {} };
+    BackEndProcesses::Trace trace { location.backEndName(), ProcessTable::nowTicks(), {} };
     std::optional<MountFailure> failure;
     {
         MountAttempt attempt(loop, m_log, location, m_preferences.texts("trustedCertificates"));
@@ -116,12 +116,15 @@ std::optional<MountFailure> LinuxVolumeService::attempt(
     }
     if (failure && failure->end != MountFailure::End::Answered) {
         loop.grantForCleanup(failure->end == MountFailure::End::Interrupted ? hastyCleanupTime : cleanupTime);
-        if (PendingBackEnds(loop, tracker).endPending(trace))
+        if (BackEndProcesses(loop, tracker).endPending(trace))
             m_log.line("Ended the program that still waited for %@", { location.printable });
     } else if (failure && failure->domain == G_IO_ERROR
         && (failure->code == G_IO_ERROR_NOT_MOUNTED || failure->code == G_IO_ERROR_NOT_SUPPORTED)
         && !tracker.supports(location)) {
         m_log.lineAlways("The desktop's gvfs cannot mount %@ at all", { location.scheme });
+    } else if (failure && failure->certificateRefused) {
+        if (const auto place = find(loop, tracker, location))
+            static_cast<void>(unmountWhole(loop, tracker, place->mount));
     }
     return failure;
 }
@@ -172,7 +175,7 @@ std::optional<std::int32_t> LinuxVolumeService::check(
         m_log.lineAlways("It stays, as it is in use by %@", { VolumeUsers::printed(users) });
         return VolumeStatus::notResponding;
     }
-    if (!PendingBackEnds(loop, tracker).endMounted(place.mount))
+    if (!BackEndProcesses(loop, tracker).endMounted(place.mount))
         return VolumeStatus::notResponding;
     return std::nullopt;
 }
@@ -258,9 +261,12 @@ std::int32_t LinuxVolumeService::unmountEntry(
 
 std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& tracker, const GvfsMount& mount) {
     const auto what = mount.type + " of " + mount.host;
+    const auto process = tracker.processOf(mount.busName);
     // AFP's program now and then waits for itself. Nobody uses the volume any more, so it need not be waited for long.
     const auto reply
         = tracker.unmount(mount, mount.isAFP() ? std::min(quickUnmountLimit, loop.remaining() / 2) : loop.remaining());
+    if (reply.value && process)
+        BackEndProcesses(loop, tracker).endIdle(*process, mount.busName);
     if (reply.value || reply.isFromNobody())
         return VolumeStatus::success;
     if (reply.error) {
@@ -273,7 +279,7 @@ std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& t
         return VolumeStatus::notResponding; // gvfs completes it when the server comes back
     if (loop.isOver())
         loop.grantForCleanup(loop.isInterrupted() ? hastyCleanupTime : cleanupTime);
-    return PendingBackEnds(loop, tracker).endMounted(mount) ? VolumeStatus::success : VolumeStatus::notResponding;
+    return BackEndProcesses(loop, tracker).endMounted(mount) ? VolumeStatus::success : VolumeStatus::notResponding;
 }
 
 bool LinuxVolumeService::sharesMount(const VolumeReferences::Entry& entry, const GvfsMount& mount) const {

@@ -44,8 +44,13 @@ std::optional<MountFailure> MountAttempt::run() {
     GError* error = nullptr;
     const bool isMounted = g_file_mount_enclosing_volume_finish(file.get(), mount.result(), &error);
     const GlibPointer<GError> owned(error);
-    if (isMounted)
+    if (isMounted && !m_failure.certificateRefused)
         return std::nullopt;
+    if (isMounted) {
+        // It was told not to. The caller sees a refusal, and takes the mount away.
+        m_failure.message = "mounted in spite of a refused certificate";
+        return m_failure;
+    }
     m_failure.domain = error->domain;
     m_failure.code = error->code;
     m_failure.message = error->message;
@@ -126,7 +131,9 @@ void MountAttempt::answerQuestion() {
         return;
     }
     m_failure.certificateRefused = true;
-    g_mount_operation_reply(m_operation.get(), G_MOUNT_OPERATION_ABORTED);
+    // "No" must be said: a question that is only aborted lets the mount go on.
+    g_mount_operation_set_choice(m_operation.get(), 1);
+    g_mount_operation_reply(m_operation.get(), G_MOUNT_OPERATION_HANDLED);
 }
 
 bool MountAttempt::mayTrust(const std::string& question) {

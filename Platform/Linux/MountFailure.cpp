@@ -3,7 +3,6 @@
 
 #include "Platform/VolumeService.h"
 
-
 #include <cerrno>
 #include <cstring>
 #include <string_view>
@@ -138,7 +137,7 @@ std::string MountFailure::reason() const {
         text += " (the server's name is unknown)";
     else if (verdict == PortProbe::Verdict::NotResponding)
         text += " (no address of the server accepts a connection)";
-    return text + " [" + g_quark_to_string(domain) + " " + std::to_string(code) + "]";
+    return domain == 0 ? text : text + " [" + g_quark_to_string(domain) + " " + std::to_string(code) + "]";
 }
 
 } // namespace quorrel

@@ -43,15 +43,9 @@ PortProbe::Verdict PortProbe::verdict() {
 void PortProbe::takeAddresses() {
     m_isResolved = true;
     const GObjectPointer<GResolver> resolver(g_resolver_get_default());
-    GError* error = nullptr;
-    GList* addresses = g_resolver_lookup_by_name_finish(resolver.get(), m_lookup.result(), &error);
-    const GlibPointer<GError> owned(error);
+    GList* addresses = g_resolver_lookup_by_name_finish(resolver.get(), m_lookup.result(), nullptr);
     if (!addresses) {
-        // A name server that is out of reach says nothing about the name.
-        const bool isKnownMissing
-            = error && error->domain == G_RESOLVER_ERROR && error->code == G_RESOLVER_ERROR_NOT_FOUND;
-        m_verdict = isKnownMissing ? Verdict::Unresolvable : Verdict::Unknown;
-        m_isResolved = isKnownMissing;
+        m_verdict = Verdict::Unresolvable;
         m_lookup = {};
         return;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Platform/Linux/PendingBackEnds.h"
+#include "Platform/Linux/BackEndProcesses.h"
 
 #include <algorithm>
 #include <csignal>
@@ -11,11 +11,11 @@ namespace quorrel {
 namespace {
 
 constexpr Seconds endingLimit { 1 };
-constexpr Seconds lookAgain { 0.02 };
+constexpr Seconds lookAgain { 0.002 };
 
 } // namespace
 
-std::optional<ProcessEntry> PendingBackEnds::choose(const Trace& trace, std::vector<ProcessEntry> pending,
+std::optional<ProcessEntry> BackEndProcesses::choose(const Trace& trace, std::vector<ProcessEntry> pending,
     const std::function<std::vector<std::string>(pid_t)>& remoteAddresses) {
     std::erase_if(pending, [&](const ProcessEntry& process) { return process.startTicks < trace.notBefore; });
     std::sort(pending.begin(), pending.end(), [](const ProcessEntry& left, const ProcessEntry& right) {
@@ -37,7 +37,7 @@ std::optional<ProcessEntry> PendingBackEnds::choose(const Trace& trace, std::vec
     return unconnected ? std::optional(*unconnected) : std::nullopt;
 }
 
-std::vector<ProcessEntry> PendingBackEnds::pendingProcesses(const std::string& name) {
+std::vector<ProcessEntry> BackEndProcesses::pendingProcesses(const std::string& name) {
     const auto daemon = m_tracker.daemonProcess();
     const auto mounts = m_tracker.mounts();
     std::vector<ProcessEntry> result;
@@ -60,12 +60,12 @@ std::vector<ProcessEntry> PendingBackEnds::pendingProcesses(const std::string& n
     return result;
 }
 
-bool PendingBackEnds::endPending(const Trace& trace) {
+bool BackEndProcesses::endPending(const Trace& trace) {
     const auto process = choose(trace, pendingProcesses(trace.name), ProcessTable::remoteAddresses);
     return process && terminate(process->identifier);
 }
 
-bool PendingBackEnds::terminate(pid_t process) {
+bool BackEndProcesses::terminate(pid_t process) {
     if (kill(process, SIGTERM) != 0)
         return false;
     // A stopped or stuck one does not heed that.
@@ -81,7 +81,16 @@ bool PendingBackEnds::terminate(pid_t process) {
     return !ProcessTable::entry(process);
 }
 
-bool PendingBackEnds::endMounted(const GvfsMount& mount) {
+void BackEndProcesses::endIdle(pid_t process, const std::string& busName) {
+    const auto entry = ProcessTable::entry(process);
+    const auto mounts = m_tracker.mounts();
+    if (!entry || !entry->name.starts_with("gvfsd-") || !mounts)
+        return;
+    if (std::none_of(mounts->begin(), mounts->end(), [&](const GvfsMount& mount) { return mount.busName == busName; }))
+        static_cast<void>(terminate(process));
+}
+
+bool BackEndProcesses::endMounted(const GvfsMount& mount) {
     const auto process = m_tracker.processOf(mount.busName);
     if (process && !terminate(*process))
         return false;

@@ -14,13 +14,13 @@
 
 namespace quorrel {
 
-/// Ends processes of gvfs that stand in the way.
+/// Ends processes of gvfs that stand in the way: one process serves one mount.
 ///
 /// A mount that is given up leaves its process behind, which goes on waiting for the server; every later mount of that
 /// location joins it and waits as well, without being asked anything. Lives within one bounded loop, on its thread.
-class PendingBackEnds final {
+class BackEndProcesses final {
 public:
-    explicit PendingBackEnds(BoundedLoop& loop, MountTracker& tracker)
+    explicit BackEndProcesses(BoundedLoop& loop, MountTracker& tracker)
         : m_loop(loop)
         , m_tracker(tracker) { }
 
@@ -40,6 +40,10 @@ public:
 
     /// Ends the process behind a mount that does not answer any more. True when it is off the list afterwards.
     bool endMounted(const GvfsMount& mount);
+
+    /// Ends a process that has unmounted all it had. It would go by itself after a second, and until then the paths of
+    /// a volume that is mounted again give errors.
+    void endIdle(pid_t process, const std::string& busName);
 
 private:
     /// Children of the daemon by that name which have not mounted anything.
