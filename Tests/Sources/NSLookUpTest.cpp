@@ -164,13 +164,11 @@ TEST_F(NSLookUpTest, anEmptyNameStartsNothing) {
     EXPECT_THAT(childProcess.calls(), IsEmpty());
 }
 
-TEST_F(NSLookUpTest, aToolThatCannotBeStartedFailsWithItsReasonInTheLog) {
+TEST_F(NSLookUpTest, aToolThatCannotBeStartedFailsLikeOneThatPrintsNothing) {
     childProcess.setFailure(nslookup, "No such file or directory");
     EXPECT_FALSE(tool.lookup("fileserver"));
     EXPECT_EQ(tool.IP4(), std::nullopt);
-    EXPECT_THAT(sink.texts(),
-        ElementsAre("Resolving fileserver with nsLookup",
-            "/usr/bin/nslookup could not be started: No such file or directory", "\n"));
+    EXPECT_THAT(sink.texts(), ElementsAre("Resolving fileserver with nsLookup", "\n"));
 }
 
 TEST_F(NSLookUpTest, servesOneLookupOnly) {
