@@ -5,6 +5,8 @@
 #include <avahi-client/lookup.h>
 #include <avahi-common/error.h>
 
+#include <glib.h>
+
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -17,6 +19,11 @@ std::string withoutFinalDot(std::string text) {
     if (text.ends_with('.'))
         text.pop_back();
     return text;
+}
+
+/// Without a null byte, too.
+bool isUTF8(const std::string& text) {
+    return g_utf8_validate_len(text.data(), text.size(), nullptr);
 }
 
 SocketAddress socketAddress(const AvahiAddress& address, std::uint16_t port) {
@@ -76,6 +83,9 @@ void AvahiNetService::resolveWithTimeout(Seconds timeout) {
 }
 
 std::optional<std::string> AvahiNetService::startResolver() {
+    // The D-Bus library ends the process over a text that is not UTF-8, and cuts one at a null byte.
+    if (!isUTF8(m_name) || !isUTF8(m_type) || !isUTF8(m_domain))
+        return avahi_strerror(AVAHI_ERR_INVALID_SERVICE_NAME);
     auto* client = m_connection.client();
     if (!client)
         return m_connection.failure();
