@@ -45,7 +45,7 @@ HostDefinition::HostDefinition(CatalogueContextPointer context)
 
 std::shared_ptr<HostDefinition> HostDefinition::initWithName(const std::string& name, CatalogueContextPointer context) {
     auto host = std::make_shared<HostDefinition>(std::move(context));
-    host->m_hasLists.assign(true);
+    host->m_hasLists = true;
     host->displayName.set(name);
     host->automatically.set(true);
     return host;
@@ -56,7 +56,7 @@ std::shared_ptr<HostDefinition> HostDefinition::initWithDictionary(
     auto host = std::make_shared<HostDefinition>(std::move(context));
     if (!dictionary)
         return host;
-    host->m_hasLists.assign(true);
+    host->m_hasLists = true;
     host->loadDictionary(*dictionary);
     return host;
 }
@@ -88,6 +88,10 @@ bool HostDefinition::passwordIsEmpty() const {
 
 bool HostDefinition::isNameIP() const {
     return Globals::isIPAddress(displayName.get());
+}
+
+bool HostDefinition::hasLists() const {
+    return m_hasLists || services.count() > 0 || sharePoints.count() > 0;
 }
 
 void HostDefinition::setComputerModel(const OptionalText& modelCode) {
@@ -146,7 +150,7 @@ void HostDefinition::loadDictionary(const Dictionary& dictionary) {
     hostName.set(dictionary.text("hostName"));
     domain.set(dictionary.text("domain"));
     automatically.set(dictionary.flag("automatically").value_or(true));
-    m_hasLists.assign(true);
+    m_hasLists = true;
     const auto self = shared_from_this();
     forEachDictionary(dictionary.array("services"),
         [&](const Dictionary& each) { services.append(ServiceDefinition::initWithDictionary(self, each)); });

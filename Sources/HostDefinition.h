@@ -7,6 +7,7 @@
 #include "Foundation/Property.h"
 #include "Sources/CatalogueContext.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,7 +45,7 @@ public:
     [[nodiscard]] bool passwordIsEmpty() const;
     [[nodiscard]] bool isNameIP() const;
     /// False for a host made without a dictionary, until something is put into its lists.
-    [[nodiscard]] bool hasLists() const { return m_hasLists.get(); }
+    [[nodiscard]] bool hasLists() const;
 
     /// Sets the icon for the model code, then the code.
     void setComputerModel(const OptionalText& modelCode);
@@ -85,7 +86,7 @@ private:
     [[nodiscard]] std::string countText(std::size_t count, std::string_view singular, std::string_view plural) const;
 
     const CatalogueContextPointer m_context;
-    Property<bool, HostDefinition> m_hasLists { *this, "hasLists" };
+    std::atomic<bool> m_hasLists = false;
 };
 
 } // namespace quorrel
