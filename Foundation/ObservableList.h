@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -39,7 +40,13 @@ public:
 
     /// Removes every item that is equal; the list is announced as changed in any case.
     void remove(const T& item) {
-        change([&](std::vector<T>& items) { std::erase(items, item); });
+        std::vector<T> removed; // destroyed after the lock is gone
+        change([&](std::vector<T>& items) {
+            const auto end
+                = std::stable_partition(items.begin(), items.end(), [&](const T& each) { return !(each == item); });
+            removed.assign(std::make_move_iterator(end), std::make_move_iterator(items.end()));
+            items.erase(end, items.end());
+        });
     }
 
     void removeAll() { replace({}); }

@@ -7,7 +7,8 @@ namespace quorrel {
 
 /// A unit of work for an operation queue. `main` runs once, on a worker thread, and may block it.
 ///
-/// `cancel` only sets a flag: an operation that has started runs to its end unless it looks at it.
+/// `cancel` only sets a flag: one that waits is then never started, one that has started runs to its end unless it
+/// looks at it.
 class Operation {
 public:
     Operation() = default;

@@ -58,7 +58,8 @@ void OperationQueue::State::work() {
             waiting.pop_front();
             running.push_back(operation);
         }
-        run(*operation);
+        if (!operation->isCancelled())
+            run(*operation);
         bool idle = false;
         {
             const std::lock_guard lock(mutex);

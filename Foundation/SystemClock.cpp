@@ -20,7 +20,7 @@ Clock::Time SystemClock::now() const {
 }
 
 Seconds SystemClock::sleep(Seconds duration, WakeSignal* wake) {
-    if (duration <= Seconds::zero())
+    if (!(duration > Seconds::zero())) // nor for what is not a number
         return Seconds::zero();
     const auto start = std::chrono::steady_clock::now();
     const auto bounded = std::min(duration, longestSleep);
