@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Foundation/MainThreadQueue.h"
 
+#include <iterator>
 #include <utility>
 
 namespace quorrel {
@@ -31,10 +32,28 @@ void MainThreadQueue::runPending() {
         const std::lock_guard lock(m_mutex);
         tasks.swap(m_tasks);
     }
-    for (auto& task : tasks) {
-        task();
-        task = nullptr;
+    try {
+        while (!tasks.empty()) {
+            const Task task = std::move(tasks.front());
+            tasks.pop_front();
+            task();
+        }
+    } catch (...) {
+        putBack(std::move(tasks));
+        throw;
     }
+}
+
+void MainThreadQueue::putBack(std::deque<Task> tasks) {
+    Task waker;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_tasks.empty() && !tasks.empty())
+            waker = m_waker;
+        m_tasks.insert(m_tasks.begin(), std::make_move_iterator(tasks.begin()), std::make_move_iterator(tasks.end()));
+    }
+    if (waker)
+        waker();
 }
 
 } // namespace quorrel

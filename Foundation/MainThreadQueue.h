@@ -24,12 +24,15 @@ public:
     /// a batch. Set it before other threads post.
     void setWaker(Task waker);
 
-    /// Runs what is there now, on the main thread; tasks posted meanwhile wait for the next turn.
+    /// Runs what is there now, on the main thread; tasks posted meanwhile wait for the next turn. What a task throws
+    /// leaves this call, and the tasks behind it wait for the next turn.
     void runPending();
 
     [[nodiscard]] bool isMainThread() const { return std::this_thread::get_id() == m_mainThread; }
 
 private:
+    void putBack(std::deque<Task> tasks);
+
     const std::thread::id m_mainThread;
     std::mutex m_mutex;
     std::deque<Task> m_tasks;

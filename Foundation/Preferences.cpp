@@ -41,16 +41,20 @@ std::vector<std::string> Preferences::texts(std::string_view key) const {
 }
 
 bool Preferences::set(std::string key, std::optional<PreferenceValue> value) {
-    PreferenceValues all;
+    bool saved = true;
     {
-        const std::lock_guard lock(m_mutex);
-        if (value)
-            m_values[key] = *value;
-        else
-            m_values.erase(key);
-        all = m_values;
+        const std::lock_guard storeLock(m_storeMutex);
+        PreferenceValues all;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (value)
+                m_values[key] = *value;
+            else
+                m_values.erase(key);
+            all = m_values;
+        }
+        saved = !m_store || m_store->save(all);
     }
-    const bool saved = !m_store || m_store->save(all);
     m_observers.notify(key, value);
     return saved;
 }
@@ -58,9 +62,10 @@ bool Preferences::set(std::string key, std::optional<PreferenceValue> value) {
 void Preferences::reload() {
     if (!m_store)
         return;
-    auto fresh = m_store->load();
     std::set<std::string> changed;
     {
+        const std::lock_guard storeLock(m_storeMutex);
+        auto fresh = m_store->load();
         const std::lock_guard lock(m_mutex);
         for (const auto& [key, value] : fresh)
             if (const auto old = m_values.find(key); old == m_values.end() || old->second != value)

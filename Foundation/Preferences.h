@@ -44,6 +44,7 @@ public:
 
 private:
     const std::shared_ptr<PreferencesStore> m_store;
+    std::mutex m_storeMutex; ///< held from a change of the values until the store has it: saves must not overtake
     mutable std::mutex m_mutex;
     PreferenceValues m_values;
     ObserverList<const std::string&, const std::optional<PreferenceValue>&> m_observers;

@@ -18,7 +18,8 @@ public:
     virtual ~PreferencesStore() = default;
 
     [[nodiscard]] virtual PreferenceValues load() = 0;
-    /// Replaces all that is stored; false when it could not be written, and the old values are then still there.
+    /// Stores what differs from the values last loaded or saved; what another process stored meanwhile under other keys
+    /// stays. False when it could not be written, and the old values are then still there.
     [[nodiscard]] virtual bool save(const PreferenceValues& values) = 0;
 };
 

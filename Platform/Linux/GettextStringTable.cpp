@@ -17,11 +17,11 @@ GettextStringTable::GettextStringTable(const std::string& folder) {
 }
 
 std::string GettextStringTable::text(std::string_view key) const {
-    if (key.empty())
-        return {}; // under the empty key is the table's own header
+    // Under the empty key is the table's own header, and a zero byte would end the key early.
+    if (key.empty() || key.find('\0') != std::string_view::npos)
+        return std::string(key);
     const std::string terminated(key);
-    const char* text = dgettext(tableName, terminated.c_str());
-    return text == terminated.c_str() ? terminated : std::string(text);
+    return dgettext(tableName, terminated.c_str());
 }
 
 } // namespace quorrel

@@ -30,13 +30,18 @@ std::string folderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-/// Where a symbolic link leads, so that replacing the file does not replace the link.
+/// Where symbolic links lead, also to nothing yet, so that replacing the file does not replace the link.
 std::string behindLinks(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::is_symlink(path, error))
-        return path;
-    auto target = std::filesystem::weakly_canonical(path, error);
-    return error ? path : target.string();
+    constexpr int longestChain = 40;
+    std::filesystem::path target(path);
+    for (int steps = 0; steps < longestChain; ++steps) {
+        std::error_code error;
+        const auto next = std::filesystem::read_symlink(target, error);
+        if (error)
+            break;
+        target = target.parent_path() / next; // an absolute one replaces the whole
+    }
+    return target.string();
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {

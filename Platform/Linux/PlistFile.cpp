@@ -4,12 +4,13 @@
 #include "Platform/Linux/BinaryPlistBounds.h"
 #include "Platform/Linux/OwnerOnlyFile.h"
 #include "Platform/Linux/PlistTree.h"
+#include "Platform/Linux/XMLPlistBounds.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 
-#include <clocale>
+#include <locale.h>
 #include <plist/plist.h>
 
 namespace quorrel {
@@ -78,9 +79,10 @@ PropertyListReadResult PlistFile::parse(std::string_view bytes) {
         bytes.remove_prefix(byteOrderMark.size());
     if (bytes.size() > largestFile)
         return malformed("It is too large");
-    if (isBinaryPlist(bytes))
-        if (const auto refusal = binaryPlistRefusal(bytes, deepestPlist))
-            return malformed(*refusal);
+    const auto refusal
+        = isBinaryPlist(bytes) ? binaryPlistRefusal(bytes, deepestPlist) : xmlPlistRefusal(bytes, deepestPlist);
+    if (refusal)
+        return malformed(*refusal);
     const PlainNumbers plainNumbers;
     plist_t root = nullptr;
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);

@@ -200,49 +200,6 @@ std::optional<PropertyValue> valueAt(plist_t node, std::size_t depth) {
     return type == PLIST_ARRAY ? arrayAt(node, depth + 1) : dictionaryAt(node, depth + 1);
 }
 
-std::uint32_t sizeOf(plist_t node) {
-    const auto type = plist_get_node_type(node);
-    return type == PLIST_ARRAY ? plist_array_get_size(node) : type == PLIST_DICT ? plist_dict_get_size(node) : 0;
-}
-
-/// One child of a container that is not empty, with its key if it has one.
-std::pair<plist_t, Memory<char>> aChild(plist_t node) {
-    if (plist_get_node_type(node) == PLIST_ARRAY)
-        return { plist_array_get_item(node, plist_array_get_size(node) - 1), nullptr };
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(node, &iterator);
-    const Memory<void> owner(iterator);
-    char* key = nullptr;
-    plist_t item = nullptr;
-    plist_dict_next_item(node, iterator, &key, &item);
-    return { item, Memory<char>(key) };
-}
-
-void removeChild(plist_t node, const char* key) {
-    if (key)
-        plist_dict_remove_item(node, key);
-    else
-        plist_array_remove_item(node, plist_array_get_size(node) - 1);
-}
-
-/// Removes everything from the innermost containers outwards, so that no removal frees more than one level.
-void emptyOut(plist_t root) {
-    std::vector<plist_t> path { root };
-    while (!path.empty()) {
-        if (sizeOf(path.back()) == 0) {
-            path.pop_back();
-            continue;
-        }
-        const auto [child, key] = aChild(path.back());
-        if (!child)
-            return;
-        if (sizeOf(child) > 0)
-            path.push_back(child);
-        else
-            removeChild(path.back(), key.get());
-    }
-}
-
 } // namespace
 
 void PlistFree::operator()(void* root) const {
@@ -254,10 +211,7 @@ PlistTree plistFromValue(const PropertyValue& value, std::string& reason) {
 }
 
 std::optional<PropertyValue> valueFromPlist(void* root) {
-    auto value = valueAt(root, 0);
-    if (!value)
-        emptyOut(root);
-    return value;
+    return valueAt(root, 0);
 }
 
 } // namespace quorrel

@@ -10,7 +10,7 @@
 
 namespace quorrel {
 
-/// Frees a tree of the property-list library. The library calls itself to do so, once per level.
+/// Frees a tree of the property-list library.
 struct PlistFree final {
     void operator()(void* root) const;
 };
@@ -24,8 +24,7 @@ constexpr std::size_t deepestPlist = 256;
 /// or has an empty key, since such a file could not be read again.
 [[nodiscard]] PlistTree plistFromValue(const PropertyValue& value, std::string& reason);
 
-/// The value of a tree. A date becomes its text, a reference number an integer. Absent when it nests too deeply; the
-/// tree is then emptied level by level, so that freeing it is safe.
+/// The value of a tree. A date becomes its text, a reference number an integer. Absent when it nests too deeply.
 [[nodiscard]] std::optional<PropertyValue> valueFromPlist(void* root);
 
 } // namespace quorrel

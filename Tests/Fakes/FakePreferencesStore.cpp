@@ -9,14 +9,22 @@ FakePreferencesStore::FakePreferencesStore(PreferenceValues values)
     : m_values(std::move(values)) { }
 
 PreferenceValues FakePreferencesStore::load() {
-    return values();
+    const std::lock_guard lock(m_mutex);
+    m_known = m_values;
+    return m_values;
 }
 
 bool FakePreferencesStore::save(const PreferenceValues& values) {
     const std::lock_guard lock(m_mutex);
     if (m_savesFail)
         return false;
-    m_values = values;
+    for (const auto& [key, value] : values)
+        if (const auto old = m_known.find(key); old == m_known.end() || old->second != value)
+            m_values[key] = value;
+    for (const auto& [key, value] : m_known)
+        if (!values.contains(key))
+            m_values.erase(key);
+    m_known = values;
     ++m_saves;
     return true;
 }

@@ -26,6 +26,7 @@ public:
 private:
     mutable std::mutex m_mutex;
     PreferenceValues m_values;
+    PreferenceValues m_known; // as last loaded or saved
     bool m_savesFail = false;
     int m_saves = 0;
 };

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/StandardPaths.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace quorrel {
+
+class StandardPathsTest : public testing::Test {
+protected:
+    StandardPathsTest() {
+        for (const char* name : { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
+                 "XDG_RUNTIME_DIR", "TMPDIR", "DBUS_SYSTEM_BUS_ADDRESS" })
+            ::unsetenv(name);
+        ::setenv("HOME", "/home/anna", 1);
+    }
+};
+
+TEST_F(StandardPathsTest, followTheHomeFolderWhereNothingElseIsSaid) {
+    const auto paths = StandardPaths::fromEnvironment();
+    EXPECT_EQ(paths.home, "/home/anna");
+    EXPECT_EQ(paths.data, "/home/anna/.local/share");
+    EXPECT_EQ(paths.preferencesFile(), "/home/anna/.config/Quorrel/Quorrel.conf");
+    EXPECT_EQ(paths.logFile(), "/home/anna/.local/state/Quorrel/Quorrel.log");
+    EXPECT_EQ(paths.cache, "/home/anna/.cache");
+    EXPECT_EQ(paths.volumesFolder(), "/home/anna/Volumes");
+    EXPECT_EQ(paths.runtime, std::nullopt);
+    EXPECT_EQ(paths.temporary, "/tmp");
+    EXPECT_EQ(paths.systemBus, "unix:path=/run/dbus/system_bus_socket");
+}
+
+TEST_F(StandardPathsTest, followTheVariables) {
+    ::setenv("XDG_DATA_HOME", "/d/", 1);
+    ::setenv("XDG_CONFIG_HOME", "/c", 1);
+    ::setenv("XDG_STATE_HOME", "/s", 1);
+    ::setenv("XDG_RUNTIME_DIR", "/run/user/7", 1);
+    ::setenv("TMPDIR", "/t", 1);
+    const auto paths = StandardPaths::fromEnvironment();
+    EXPECT_EQ(paths.data, "/d");
+    EXPECT_EQ(paths.preferencesFile(), "/c/Quorrel/Quorrel.conf");
+    EXPECT_EQ(paths.logFile(), "/s/Quorrel/Quorrel.log");
+    EXPECT_EQ(paths.runtime, "/run/user/7");
+    EXPECT_EQ(paths.temporary, "/t");
+}
+
+TEST_F(StandardPathsTest, takeRelativeAndEmptyVariablesAsNotSet) {
+    ::setenv("XDG_DATA_HOME", "relative", 1);
+    ::setenv("XDG_CONFIG_HOME", "", 1);
+    const auto paths = StandardPaths::fromEnvironment();
+    EXPECT_EQ(paths.data, "/home/anna/.local/share");
+    EXPECT_EQ(paths.config, "/home/anna/.config");
+}
+
+TEST_F(StandardPathsTest, askTheAccountsWhereThereIsNoHome) {
+    ::unsetenv("HOME");
+    const auto paths = StandardPaths::fromEnvironment();
+    EXPECT_EQ(paths.home.front(), '/');
+    EXPECT_NE(paths.home, "/home/anna");
+}
+
+} // namespace quorrel
