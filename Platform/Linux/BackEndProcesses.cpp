@@ -86,8 +86,9 @@ void BackEndProcesses::endIdle(pid_t process, const std::string& busName) {
     const auto mounts = m_tracker.mounts();
     if (!entry || !entry->name.starts_with("gvfsd-") || !mounts)
         return;
-    if (std::none_of(mounts->begin(), mounts->end(), [&](const GvfsMount& mount) { return mount.busName == busName; }))
-        static_cast<void>(terminate(process));
+    const auto serves = [&](const GvfsMount& mount) { return mount.busName == busName; };
+    if (std::none_of(mounts->begin(), mounts->end(), serves))
+        kill(process, SIGTERM);
 }
 
 bool BackEndProcesses::endMounted(const GvfsMount& mount) {

@@ -9,6 +9,7 @@
 #include "Platform/Linux/MountAttempt.h"
 #include "Platform/Linux/MountTracker.h"
 #include "Platform/Linux/ProcessTable.h"
+#include "Platform/Linux/ReadablePath.h"
 #include "Platform/Linux/VolumeUsers.h"
 
 #include <algorithm>
@@ -97,8 +98,11 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
             return { *status, 0 };
         if (!status)
             continue;
-        if (const auto reply = enter(*place, location, volumeName))
+        if (const auto reply = enter(*place, location, volumeName)) {
+            if (!ReadablePath::settle(loop, place->readablePath()))
+                m_log.line("The files of %@ are slow to show", { location.printable });
             return *reply;
+        }
         loop.pause(lookAgain); // another call of ours takes the mount away just now
     }
     m_log.lineAlways("Cannot mount %@: it did not stay mounted", { location.printable });

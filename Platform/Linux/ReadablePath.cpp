@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/ReadablePath.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace quorrel {
+
+namespace {
+
+constexpr Seconds limit { 2 };
+constexpr std::chrono::milliseconds lookAgain { 5 };
+constexpr std::chrono::milliseconds glance { 20 };
+
+struct Look final {
+    std::mutex mutex;
+    std::condition_variable ended;
+    bool isDone = false;
+    bool isReadable = false;
+};
+
+bool isReachable(const std::string& path) {
+    static std::atomic<unsigned> count { 0 };
+    // A name that was never asked for, so that no cache answers.
+    const auto name = path + "/.look-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+    struct stat unused { };
+    return lstat(name.c_str(), &unused) == 0 || (errno != EIO && errno != ENOTCONN && errno != ESTALE);
+}
+
+void look(const std::shared_ptr<Look>& state, const std::string& path) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
+    bool readable = isReachable(path);
+    while (!readable && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(lookAgain);
+        readable = isReachable(path);
+    }
+    const std::lock_guard lock(state->mutex);
+    state->isReadable = readable;
+    state->isDone = true;
+    state->ended.notify_all();
+}
+
+} // namespace
+
+bool ReadablePath::settle(BoundedLoop& loop, const std::string& path) {
+    if (path.empty())
+        return true;
+    const auto state = std::make_shared<Look>();
+    // A thread of its own: a server that falls silent just now holds whoever looks, and that must not be us.
+    std::thread([state, path] { look(state, path); }).detach();
+    const auto end = std::chrono::steady_clock::now()
+        + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
+    std::unique_lock lock(state->mutex);
+    while (!state->isDone && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
+        state->ended.wait_for(lock, glance);
+    return state->isDone && state->isReadable;
+}
+
+} // namespace quorrel
