@@ -31,6 +31,57 @@ TEST_F(HostDefinitionTest, AHostWithoutADictionaryFindsNothingAndCountsNothing) 
     EXPECT_EQ(host->automatically.get(), std::nullopt);
 }
 
+TEST_F(HostDefinitionTest, ABareHostIsWrittenWithoutListsUntilSomethingIsInThem) {
+    const auto host = HostDefinition::initWithDictionary(std::nullopt, context);
+    EXPECT_EQ(host->dictionary(), Dictionary());
+    addService(host, smb);
+    ASSERT_NE(host->dictionary().array("services"), nullptr);
+    EXPECT_EQ(host->dictionary().array("services")->size(), 1U);
+}
+
+TEST_F(HostDefinitionTest, EveryFieldIsAnnouncedUnderItsOwnName) {
+    const auto host = hostNamed("server");
+    AnnouncementRecorder recorder(*host);
+    for (auto* field : { &host->displayName, &host->password, &host->domain, &host->hostName })
+        field->set(field->get());
+    for (auto* field : { &host->resolved, &host->resolving, &host->monitoring, &host->bonjour })
+        field->set(field->get());
+    host->services.replace({});
+    host->sharePoints.replace({});
+    host->icon.set(std::nullopt);
+    host->passwordDate.set(std::nullopt);
+    host->timeout.set(std::nullopt);
+    host->adresses.set(std::nullopt);
+    host->automatically.set(std::nullopt);
+    std::vector<std::string> wanted;
+    for (const std::string key :
+        { "displayName", "password", "domain", "hostName", "resolved", "resolving", "monitoring", "bonjour", "services",
+            "sharePoints", "icon", "passwordDate", "timeout", "adresses", "automatically" }) {
+        wanted.push_back("will " + key);
+        wanted.push_back("did " + key);
+    }
+    EXPECT_EQ(recorder.take(), wanted);
+    const auto service = ServiceDefinition::initWithParentHost(host);
+    AnnouncementRecorder serviceRecorder(*service);
+    service->parentHost.set(host);
+    service->displayType.set(std::nullopt);
+    service->type.set(std::nullopt);
+    service->port.set(-1);
+    EXPECT_EQ(serviceRecorder.take(),
+        (std::vector<std::string> { "will parentHost", "did parentHost", "will displayType", "did displayType",
+            "will type", "did type", "will port", "did port" }));
+}
+
+TEST_F(HostDefinitionTest, LoadingAnnouncesFieldsAndNothingElse) {
+    const auto host = HostDefinition::initWithDictionary(std::nullopt, context);
+    AnnouncementRecorder recorder(*host);
+    host->loadDictionary(Dictionary());
+    EXPECT_EQ(recorder.take(),
+        (std::vector<std::string> { "will displayName", "did displayName", "will icon", "did icon",
+            "will computerModel", "did computerModel", "will hostName", "did hostName", "will domain", "did domain",
+            "will automatically", "did automatically" }));
+}
+
 TEST_F(HostDefinitionTest, FewerThanTwoServicesAreSingular) {
     const auto host = hostNamed("server");
     EXPECT_EQ(host->servicesCountString(), "0 service");

@@ -63,6 +63,52 @@ TEST_F(SharePointDefinitionTest, EachStatusSetterStoresItsFlagAndThenItsText) {
     EXPECT_EQ(share->status.get(), "Resolve Failed");
 }
 
+TEST_F(SharePointDefinitionTest, EveryFieldIsAnnouncedUnderItsOwnName) {
+    AnnouncementRecorder recorder(*share);
+    share->parentHost.set(host);
+    share->parentService.set({});
+    for (auto* field : { &share->sharePoint, &share->userName, &share->password, &share->status, &share->script,
+             &share->scriptArguments })
+        field->set(field->get());
+    for (auto* field :
+        { &share->passwordPrompt, &share->guestLogin, &share->favroite, &share->automatically, &share->isDelayed })
+        field->set(field->get());
+    share->referenceNumber.set(std::nullopt);
+    share->isError.set(false);
+    share->icon.set(std::nullopt);
+    share->manualMount.set(false);
+    share->delaySeconds.set(std::nullopt);
+    share->setResolving(false);
+    share->setUnmounting(false);
+    std::vector<std::string> wanted;
+    for (const std::string key : { "parentHost", "parentService", "sharePoint", "userName", "password", "status",
+             "script", "scriptArguments", "passwordPrompt", "guestLogin", "favroite", "automatically", "isDelayed",
+             "referenceNumber", "isError", "icon", "manualMount", "delaySeconds", "resolving", "unmounting" }) {
+        wanted.push_back("will " + key);
+        wanted.push_back("did " + key);
+    }
+    EXPECT_EQ(recorder.take(), wanted);
+}
+
+TEST_F(SharePointDefinitionTest, EachStatusSetterAnnouncesItsFlagAndThenTheStatus) {
+    AnnouncementRecorder recorder(*share);
+    const auto expect = [&](const std::string& flag) {
+        EXPECT_EQ(
+            recorder.take(), (std::vector<std::string> { "will " + flag, "did " + flag, "will status", "did status" }));
+    };
+    share->setResolved(true);
+    expect("resolved");
+    share->setResolving(true);
+    expect("resolving");
+    share->setMounting(true);
+    expect("mounting");
+    share->setUnmounting(true);
+    expect("unmounting");
+    share->setLastError("It broke.");
+    EXPECT_EQ(recorder.take(),
+        (std::vector<std::string> { "will isError", "did isError", "will lastError", "did lastError" }));
+}
+
 TEST_F(SharePointDefinitionTest, ClearingResolvingOrUnmountingLeavesTheStatus) {
     share->setResolved(true);
     share->setResolving(false);
