@@ -17,8 +17,9 @@ public:
     /// The window must outlive the controller.
     explicit PasswordWindowController(PasswordWindow& window);
 
-    /// The share point for which the password is asked; not owned.
-    void setMount(const std::shared_ptr<SharePointDefinition>& mount) { m_mount = mount; }
+    /// The share point for which the password is asked; not owned. Ignored while the window is shown, so that what is
+    /// being typed cannot end up with another host.
+    void setMount(const std::shared_ptr<SharePointDefinition>& mount);
 
     /// Returns when the window is closed, at once without a share point or while the window is shown already.
     /// Cancelled, the host is left without a password.

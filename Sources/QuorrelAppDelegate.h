@@ -26,6 +26,7 @@ class HostDefinition;
 class PasswordWindowController;
 class ServiceDefinition;
 class SharePointDefinition;
+struct PropertyListReadResult;
 
 /// The one controller: it owns the catalogue, the operation queue and whatever watches the world, and takes every
 /// decision. Main thread only, save for `bonjourServices`, which scans append to.
@@ -103,30 +104,33 @@ public:
     Menu unmountMenu;
 
 private:
+    void writeFirstLaunchDefaults();
     void registerForNotifications();
     void observePreferences();
     void startBrowsers();
     void startScans();
-    void startReachability();
-    [[nodiscard]] std::unique_ptr<ServiceBrowser> startBrowser(std::string_view serviceName);
-    /// At once on the main thread, later when called from another; not at all once the controller is gone.
-    void onMainThread(std::function<void()> task);
+    void setReachabilityTarget();
+    /// At once on the main thread; from another one later, and not at all once the controller is gone.
+    void onMainThread(const std::function<void()>& task);
 
     [[nodiscard]] std::string catalogueFile();
+    PropertyListReadResult readCatalogueFile();
+    [[nodiscard]] bool writeCatalogueFile(const PropertyValue& root);
     void watchModel(const HostPointer& host);
 
     [[nodiscard]] HostPointer firstHostNamed(const std::string& displayName) const;
     void serviceAppeared(const std::string& name, const OptionalText& type);
     void serviceLeft(const std::string& name);
 
-    /// The one way into a mount, for which `mount` and `mountSharePoint` are two names.
-    void startMount(const SharePointPointer& sharePoint);
-    void startResolver(const std::shared_ptr<ServiceDefinition>& service);
+    /// A host that nobody knows counts as unresolved.
+    void resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service);
     void queueMount(const SharePointPointer& sharePoint);
     void queueUnmount(const SharePointPointer& sharePoint);
+    void mountManually(const SharePointPointer& sharePoint);
     void mountManually(const HostPointer& host);
     void unmountAllOf(const HostPointer& host);
     void cancelQueueIfBusy();
+    /// Every host whose display name is the title of the item's menu.
     [[nodiscard]] std::vector<HostPointer> hostsOfMenu(const MenuItem& item) const;
 
     const ControllerEnvironment m_environment;

@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Sources/QuorrelAppDelegate.h"
+
+#include "Sources/BonjourResolver.h"
+#include "Sources/HostDefinition.h"
+#include "Sources/MountOperation.h"
+#include "Sources/ServiceDefinition.h"
+#include "Sources/SharePointDefinition.h"
+#include "Sources/UnmountOperation.h"
+
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+constexpr std::string_view favouriteSeparator = " : ";
+
+} // namespace
+
+void QuorrelAppDelegate::mount(const SharePointPointer& sharePoint) {
+    getHostPassword(sharePoint);
+    const auto host = sharePoint ? sharePoint->parentHost.get().lock() : nullptr;
+    const auto service = sharePoint ? sharePoint->parentService.get().lock() : nullptr;
+    resolveIfUnknown(host, service);
+    if (!sharePoint || !sharePoint->mounting.get())
+        queueMount(sharePoint);
+}
+
+void QuorrelAppDelegate::mountSharePoint(const SharePointPointer& sharePoint) {
+    mount(sharePoint);
+}
+
+void QuorrelAppDelegate::unmount(const SharePointPointer& sharePoint) {
+    if (sharePoint && sharePoint->referenceNumber.get())
+        queueUnmount(sharePoint);
+}
+
+void QuorrelAppDelegate::mountAll() {
+    for (const auto& host : hosts.snapshot())
+        for (const auto& sharePoint : host->sharePoints.snapshot())
+            if (isSet(sharePoint->automatically.get()))
+                mount(sharePoint);
+}
+
+void QuorrelAppDelegate::mountAllListItem() {
+    cancelQueueIfBusy();
+    for (const auto& host : hosts.snapshot())
+        mountManually(host);
+}
+
+void QuorrelAppDelegate::unmountAllListItem() {
+    cancelQueueIfBusy();
+    for (const auto& host : hosts.snapshot())
+        unmountAllOf(host);
+}
+
+void QuorrelAppDelegate::mountMenuItem(const MenuItem& item) {
+    for (const auto& host : hostsOfMenu(item))
+        mountManually(host->sharePointForName(item.title));
+}
+
+void QuorrelAppDelegate::unmountMenuItem(const MenuItem& item) {
+    for (const auto& host : hostsOfMenu(item))
+        unmount(host->sharePointForName(item.title));
+}
+
+void QuorrelAppDelegate::mountThisHostMenuItem(const MenuItem& item) {
+    for (const auto& host : hostsOfMenu(item))
+        mountManually(host);
+}
+
+void QuorrelAppDelegate::unmountThisHostMenuItem(const MenuItem& item) {
+    for (const auto& host : hostsOfMenu(item))
+        unmountAllOf(host);
+}
+
+void QuorrelAppDelegate::mountThisHostListItem() {
+    if (const auto& selected = hostsArrayController.selectedObjects(); !selected.empty())
+        mountManually(HostPointer(selected.front()));
+}
+
+void QuorrelAppDelegate::unmountThisHostListItem() {
+    if (const auto& selected = hostsArrayController.selectedObjects(); !selected.empty())
+        unmountAllOf(selected.front());
+}
+
+void QuorrelAppDelegate::mountSelectedListItem() {
+    if (const auto& selected = mountsArrayController.selectedObjects(); !selected.empty())
+        mountManually(SharePointPointer(selected.front()));
+}
+
+void QuorrelAppDelegate::unmountSelectedListItem() {
+    if (const auto& selected = mountsArrayController.selectedObjects(); !selected.empty())
+        unmount(SharePointPointer(selected.front()));
+}
+
+void QuorrelAppDelegate::mountFavroiteItem(const MenuItem& item) {
+    const auto separator = item.title.find(favouriteSeparator);
+    if (separator == std::string::npos)
+        return;
+    const auto host = firstHostNamed(item.title.substr(0, separator));
+    if (!host)
+        return;
+    const auto start = separator + favouriteSeparator.size();
+    const auto end = item.title.find(favouriteSeparator, start);
+    const auto sharePoint
+        = host->sharePointForName(item.title.substr(start, end == std::string::npos ? end : end - start));
+    if (sharePoint && sharePoint->mounted.get())
+        unmount(sharePoint);
+    else
+        mountManually(sharePoint);
+}
+
+void QuorrelAppDelegate::resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service) {
+    if (host && (host->resolving.get() || host->resolved.get()))
+        return;
+    // The array first: it keeps a resolver alive whose answers come later.
+    m_resolverArray.push_back(std::make_unique<BonjourResolver>(m_environment.resolving));
+    m_resolverArray.back()->resolve(service, nullptr);
+}
+
+void QuorrelAppDelegate::queueMount(const SharePointPointer& sharePoint) {
+    m_opQueue->addOperation(MountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
+}
+
+void QuorrelAppDelegate::queueUnmount(const SharePointPointer& sharePoint) {
+    m_opQueue->addOperation(UnmountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
+}
+
+void QuorrelAppDelegate::mountManually(const SharePointPointer& sharePoint) {
+    if (sharePoint)
+        sharePoint->manualMount.set(true);
+    mountSharePoint(sharePoint);
+}
+
+void QuorrelAppDelegate::mountManually(const HostPointer& host) {
+    for (const auto& sharePoint : host->sharePoints.snapshot())
+        mountManually(sharePoint);
+}
+
+void QuorrelAppDelegate::unmountAllOf(const HostPointer& host) {
+    for (const auto& sharePoint : host->sharePoints.snapshot())
+        unmount(sharePoint);
+}
+
+void QuorrelAppDelegate::cancelQueueIfBusy() {
+    if (m_opQueue->operationCount() > 0)
+        m_opQueue->cancelAllOperations();
+}
+
+std::vector<QuorrelAppDelegate::HostPointer> QuorrelAppDelegate::hostsOfMenu(const MenuItem& item) const {
+    std::vector<HostPointer> result;
+    if (!item.menu)
+        return result;
+    for (const auto& host : hosts.snapshot())
+        if (host->displayName.get() == item.menu->title)
+            result.push_back(host);
+    return result;
+}
+
+} // namespace quorrel

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Sources/QuorrelAppDelegate.h"
+
+#include "Foundation/Log.h"
+#include "Foundation/Preferences.h"
+#include "Sources/BonjourResolver.h"
+#include "Sources/HostDefinition.h"
+#include "Sources/ServiceDefinition.h"
+#include "Sources/SharePointDefinition.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+constexpr double serviceAppearedAction = 1;
+constexpr double serviceLeftAction = 0;
+constexpr double volumeAppearedAction = 91;
+constexpr double volumeLeftAction = 90;
+
+} // namespace
+
+void QuorrelAppDelegate::bonjourServiceNotigficationUpdate(const Notification& notification) {
+    if (!notification.userInfo)
+        return;
+    const auto action = notification.userInfo->number("action");
+    const auto name = notification.userInfo->text("name");
+    if (!name)
+        return;
+    if (action == serviceAppearedAction)
+        serviceAppeared(*name, notification.userInfo->text("type"));
+    else if (action == serviceLeftAction)
+        serviceLeft(*name);
+}
+
+void QuorrelAppDelegate::serviceAppeared(const std::string& name, const OptionalText& type) {
+    m_environment.log.line("%@ Appeared", { name });
+    bonjourServices.appendUnlessPrinted(name);
+    const auto host = firstHostNamed(name);
+    if (!host)
+        return;
+    host->bonjour.set(true);
+    if (const auto service = host->serviceForFullType(type))
+        resolveIfUnknown(host, service);
+    for (const auto& sharePoint : host->sharePoints.snapshot())
+        if (!sharePoint->mounting.get())
+            queueMount(sharePoint);
+    watchModel(host);
+}
+
+void QuorrelAppDelegate::serviceLeft(const std::string& name) {
+    m_environment.log.line("%@ Left", { name });
+    bonjourServices.removeFirst(name);
+    const auto host = firstHostNamed(name);
+    if (!host)
+        return;
+    if (m_environment.preferences.boolean("unmountDrives"))
+        for (const auto& sharePoint : host->sharePoints.snapshot())
+            queueUnmount(sharePoint);
+    // Resetting the host clears the flag that tells whether monitors are to go.
+    const bool wasMonitored = host->monitoring.get();
+    host->resetStatus();
+    // All of them go, not only this host's: the others' come back with their hosts' next service.
+    if (wasMonitored)
+        std::exchange(m_monitorsArray, {}).clear();
+}
+
+void QuorrelAppDelegate::diskNotigficationUpdate(const Notification& notification) {
+    if (notification.userInfo) {
+        const auto action = notification.userInfo->number("action");
+        const auto name = notification.userInfo->text("name");
+        for (const auto& host : hosts.snapshot()) {
+            const auto sharePoint = host->sharePointForName(name);
+            if (!sharePoint || (action != volumeAppearedAction && action != volumeLeftAction))
+                continue;
+            sharePoint->setMounting(false);
+            sharePoint->setMounted(action == volumeAppearedAction);
+        }
+    }
+    makeFavroitesMenu();
+}
+
+void QuorrelAppDelegate::networkReachabilityChanged(const Notification&) {
+    if (m_sharedReachabilityObject && m_sharedReachabilityObject->remoteHostStatus() != 0) {
+        m_environment.log.line("Network Reachable.");
+        if (!m_reachable) {
+            m_environment.log.line("Mounting all automatic SharePoints");
+            mountAll();
+        }
+        m_reachable = true;
+        return;
+    }
+    m_environment.log.line("Network NOT Reachable.");
+    m_reachable = false;
+    for (const auto& host : hosts.snapshot())
+        host->resetStatus();
+}
+
+void QuorrelAppDelegate::saveNotigfication(const Notification&) {
+    saveHostsArray();
+    makeMountpopMenu();
+}
+
+void QuorrelAppDelegate::sendSaveNotification() {
+    m_environment.notificationCenter.post("900", this);
+}
+
+QuorrelAppDelegate::HostPointer QuorrelAppDelegate::firstHostNamed(const std::string& displayName) const {
+    const auto all = hosts.snapshot();
+    const auto found = std::find_if(
+        all.begin(), all.end(), [&](const HostPointer& host) { return host->displayName.get() == displayName; });
+    return found == all.end() ? nullptr : *found;
+}
+
+} // namespace quorrel

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Sources/QuorrelAppDelegate.h"
+
+#include "Foundation/Log.h"
+#include "Foundation/MainThreadQueue.h"
+#include "Foundation/Preferences.h"
+#include "Sources/BonjourResolver.h"
+#include "Sources/Globals.h"
+#include "Sources/HostDefinition.h"
+#include "Sources/PasswordWindowController.h"
+#include "Sources/SharePointDefinition.h"
+
+#include <array>
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+constexpr std::size_t operationsAtOnce = 4;
+/// Whose reachability counts as the network's while the user chose no other host.
+constexpr const char* defaultReachabilityTarget = "example.com";
+
+std::string sortKeyOfSharePoint(const std::shared_ptr<SharePointDefinition>& sharePoint, std::string_view key) {
+    return key == "sharePoint" ? textOf(sharePoint->sharePoint.get()) : std::string();
+}
+
+std::string sortKeyOfHost(const std::shared_ptr<HostDefinition>& host, std::string_view key) {
+    return key == "displayName" ? textOf(host->displayName.get()) : std::string();
+}
+
+} // namespace
+
+QuorrelAppDelegate::QuorrelAppDelegate(const ControllerEnvironment& environment)
+    : mountsArrayController(sortKeyOfSharePoint)
+    , hostsArrayController(sortKeyOfHost)
+    , m_environment(environment)
+    , m_context(
+          std::make_shared<const CatalogueContext>(CatalogueContext { environment.strings, environment.workspace }))
+    , m_self(std::make_shared<QuorrelAppDelegate*>(this)) {
+    m_opQueue.emplace(operationsAtOnce, [&log = environment.log](const std::string& what) {
+        log.line("An operation ended with an exception: %@", { what });
+    });
+    mountsArrayController.setSortDescriptors(sharePointListSortDescriptors);
+    hostsArrayController.setSortDescriptors(hostsListSortDescriptors);
+}
+
+QuorrelAppDelegate::~QuorrelAppDelegate() {
+    m_self.reset();
+    m_preferenceSubscriptions.clear();
+    m_notificationSubscriptions.clear();
+    m_AFP_Scanner.reset();
+    m_SMB_Scanner.reset();
+    m_FTP_Scanner.reset();
+    m_HTTP_Scanner.reset();
+    m_shellSBMScanner.reset();
+    m_hostFileScanner.reset();
+    m_resolverArray.clear();
+    m_monitorsArray.clear();
+    m_opQueue.reset();
+    m_diskMonitor.reset();
+    m_sharedReachabilityObject.reset();
+    m_statusBarItem.reset();
+}
+
+void QuorrelAppDelegate::awakeFromNib() {
+    registerHotKeys();
+    hostsArrayController.setContent(hosts.snapshot());
+    m_hostsSubscription = observe("hosts", [this](std::string_view, Change change) {
+        if (change == Change::Did)
+            hostsArrayController.setContent(hosts.snapshot());
+    });
+}
+
+void QuorrelAppDelegate::applicationDidFinishLaunching() {
+    m_statusBarItem = m_environment.parts.makeStatusItem();
+    if (m_statusBarItem)
+        m_statusBarItem->setMenu(popMenu);
+    writeFirstLaunchDefaults();
+    loadHostsArray();
+    m_sharedReachabilityObject = m_environment.parts.makeReachability();
+    if (m_sharedReachabilityObject)
+        m_sharedReachabilityObject->setNetworkStatusNotificationsEnabled(true);
+    registerForNotifications();
+    m_diskMonitor = m_environment.parts.makeDiskMonitor();
+    observePreferences();
+    startBrowsers();
+    startScans();
+    setReachabilityTarget();
+    makeMountpopMenu();
+}
+
+void QuorrelAppDelegate::applicationWillTerminate() {
+    m_environment.log.line("Clearing thread queue.");
+    m_opQueue->cancelAllOperations();
+    for (const auto* browser : { &m_AFP_Scanner, &m_SMB_Scanner, &m_FTP_Scanner, &m_HTTP_Scanner })
+        if (*browser)
+            (*browser)->stopSearch();
+    for (auto& subscription : m_notificationSubscriptions)
+        subscription.cancel();
+    for (auto& subscription : m_preferenceSubscriptions)
+        subscription.cancel();
+}
+
+void QuorrelAppDelegate::registerForNotifications() {
+    using Handler = void (QuorrelAppDelegate::*)(const Notification&);
+    constexpr std::array<std::pair<const char*, Handler>, 4> handlers { {
+        { "ServiceAdded/Removed", &QuorrelAppDelegate::bonjourServiceNotigficationUpdate },
+        { "diskAddRemoveNotification", &QuorrelAppDelegate::diskNotigficationUpdate },
+        { "900", &QuorrelAppDelegate::saveNotigfication },
+        { "kNetworkReachabilityChangedNotification", &QuorrelAppDelegate::networkReachabilityChanged },
+    } };
+    for (const auto& [name, handler] : handlers)
+        m_notificationSubscriptions.push_back(m_environment.notificationCenter.addObserver(
+            name, [this, handler = handler](const Notification& notification) {
+                onMainThread([this, handler, notification] { (this->*handler)(notification); });
+            }));
+}
+
+void QuorrelAppDelegate::startBrowsers() {
+    const auto& preferences = m_environment.preferences;
+    if (!preferences.boolean("BrowseForServices"))
+        return;
+    struct Browser final {
+        const char* preference;
+        std::unique_ptr<ServiceBrowser>& field;
+        const char* serviceName;
+    };
+    const std::array<Browser, 4> browsers { {
+        { "afp", m_AFP_Scanner, "Apple Filing Protocol (afp)" },
+        { "smb", m_SMB_Scanner, "Server Message Block (smb)" },
+        { "http", m_HTTP_Scanner, "WebDAV (http)" },
+        { "ftp", m_FTP_Scanner, "File Transfer Protocol (ftp)" },
+    } };
+    for (const auto& browser : browsers) {
+        if (!preferences.boolean(browser.preference))
+            continue;
+        browser.field = m_environment.parts.makeServiceBrowser();
+        if (browser.field)
+            browser.field->searchForService(Globals::getFullServiceName(browser.serviceName), std::nullopt);
+    }
+}
+
+void QuorrelAppDelegate::startScans() {
+    const auto& preferences = m_environment.preferences;
+    if (preferences.boolean("scanForSMBHosts"))
+        m_shellSBMScanner = m_environment.parts.makeSMBScanner(bonjourServices);
+    if (m_shellSBMScanner)
+        m_opQueue->addOperation(m_shellSBMScanner);
+    if (preferences.boolean("lookUpHostFile"))
+        m_hostFileScanner = m_environment.parts.makeHostFileScanner(bonjourServices);
+    if (m_hostFileScanner)
+        m_opQueue->addOperation(m_hostFileScanner);
+}
+
+void QuorrelAppDelegate::setReachabilityTarget() {
+    if (!m_sharedReachabilityObject)
+        return;
+    m_sharedReachabilityObject->setHostName(m_environment.preferences.text("monitorConnectivityHost"));
+    if (m_sharedReachabilityObject->hostName().empty())
+        m_sharedReachabilityObject->setHostName(defaultReachabilityTarget);
+    // Asked for the watch that the first question starts; the answer comes as a notification.
+    static_cast<void>(m_sharedReachabilityObject->remoteHostStatus());
+}
+
+void QuorrelAppDelegate::onMainThread(const std::function<void()>& task) {
+    if (m_environment.mainThreadQueue.isMainThread()) {
+        task();
+        return;
+    }
+    m_environment.mainThreadQueue.post([task, self = std::weak_ptr(m_self)] {
+        if (self.lock())
+            task();
+    });
+}
+
+} // namespace quorrel
