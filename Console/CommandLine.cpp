@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console/CommandLine.h"
+
+#include "Console/DisplayText.h"
+
+#include <string_view>
+
+namespace quorrel {
+
+namespace {
+
+constexpr std::string_view passwordOption = "--password-file";
+
+UsageError wrongUsage(const std::string& message) {
+    return { message + "; see quorrelctl --help" };
+}
+
+std::string quoted(std::string_view text) {
+    return '"' + DisplayText::printable(text) + '"';
+}
+
+/// Whether someone tries to hand over a password where every user of the machine can read it.
+bool givesPassword(std::string_view option) {
+    const auto name = option.substr(0, option.find('='));
+    return name == "--password" || name == "--pass" || name == "--passwd" || name.starts_with("-p");
+}
+
+std::optional<CommandLine::Command> commandNamed(std::string_view word) {
+    if (word == "list")
+        return CommandLine::Command::List;
+    if (word == "mount")
+        return CommandLine::Command::Mount;
+    if (word == "unmount" || word == "umount")
+        return CommandLine::Command::Unmount;
+    if (word == "help")
+        return CommandLine::Command::Help;
+    return std::nullopt;
+}
+
+/// Takes an option that stands alone; false when it is none of those.
+bool takeFlag(std::string_view option, CommandLine& line, std::optional<CommandLine::Command>& answer) {
+    if (option == "--help" || option == "-h")
+        answer = answer.value_or(CommandLine::Command::Help);
+    else if (option == "--version")
+        answer = answer.value_or(CommandLine::Command::Version);
+    else if (option == "--all")
+        line.all = true;
+    else if (option == "--json")
+        line.json = true;
+    else
+        return false;
+    return true;
+}
+
+std::optional<UsageError> contradiction(const CommandLine& line) {
+    using Command = CommandLine::Command;
+    const std::string name = line.command == Command::Mount ? "mount" : "unmount";
+    if (line.command != Command::Mount && line.passwordFile)
+        return wrongUsage(std::string(passwordOption) + " goes with mount alone");
+    if (line.command == Command::List)
+        return line.all || !line.names.empty() ? std::optional(wrongUsage("list takes no names: it lists every share"))
+                                               : std::nullopt;
+    if (line.all && !line.names.empty())
+        return wrongUsage("give either --all or names, not both");
+    if (!line.all && line.names.empty())
+        return wrongUsage(name + " needs --all, HOST or HOST/SHARE, as in: quorrelctl " + name + " --all");
+    return std::nullopt;
+}
+
+} // namespace
+
+std::variant<CommandLine, UsageError> CommandLine::parse(const std::vector<std::string>& arguments) {
+    CommandLine line;
+    std::vector<std::string> words;
+    std::optional<Command> answer;
+    bool optionsEnded = false;
+    for (std::size_t index = 0; index < arguments.size(); ++index) {
+        const auto& argument = arguments[index];
+        if (optionsEnded || argument.size() < 2 || argument.front() != '-') {
+            words.push_back(argument);
+        } else if (argument == "--") {
+            optionsEnded = true;
+        } else if (argument == passwordOption) {
+            if (++index == arguments.size() || arguments[index].empty())
+                return wrongUsage("--password-file needs the name of a file");
+            line.passwordFile = arguments[index];
+        } else if (argument.starts_with(std::string(passwordOption) + '=')) {
+            line.passwordFile = argument.substr(passwordOption.size() + 1);
+            if (line.passwordFile->empty())
+                return wrongUsage("--password-file needs the name of a file");
+        } else if (givesPassword(argument)) {
+            return wrongUsage("a password is never an argument: use --password-file FILE, or type it when asked");
+        } else if (!takeFlag(argument, line, answer)) {
+            return wrongUsage("unknown option " + quoted(argument.substr(0, argument.find('='))));
+        }
+    }
+    if (answer) {
+        line.command = *answer;
+        return line;
+    }
+    if (words.empty())
+        return wrongUsage("a command is needed: list, mount or unmount");
+    const auto command = commandNamed(words.front());
+    if (!command)
+        return wrongUsage("unknown command " + quoted(words.front()) + ": there are list, mount and unmount");
+    line.command = *command;
+    if (line.command == Command::Help)
+        return line;
+    line.names.assign(words.begin() + 1, words.end());
+    if (auto error = contradiction(line))
+        return *error;
+    return line;
+}
+
+std::string CommandLine::helpText() {
+    return "Mounts and unmounts the network shares of the Quorrel catalogue.\n"
+           "\n"
+           "  quorrelctl list                                    every share and how it is\n"
+           "  quorrelctl mount   (--all | HOST | HOST/SHARE ...)\n"
+           "  quorrelctl unmount (--all | HOST | HOST/SHARE ...)\n"
+           "\n"
+           "  --all                 every share of the catalogue\n"
+           "  --json                the result as JSON on standard output\n"
+           "  --password-file FILE  for the shares whose password is asked for: the first line of a file\n"
+           "                        that nobody else may read; without it the terminal asks\n"
+           "  --help, --version\n"
+           "\n"
+           "HOST is a host's name in the catalogue; letter case matters only where names differ in nothing else.\n"
+           "Every host of that name is meant. A mounted share is found in ~/Volumes.\n"
+           "\n"
+           "Exit status: 0 all shares asked for are mounted (mount) or not mounted (unmount), 1 some are not,\n"
+           "2 wrong usage or an unknown name, 128 and the signal's number after Ctrl-C or another signal.\n";
+}
+
+} // namespace quorrel

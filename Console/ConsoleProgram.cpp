@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console/ConsoleProgram.h"
+
+#include "Console/ConsolePasswordWindow.h"
+#include "Console/DisplayText.h"
+#include "Console/InterruptGuard.h"
+#include "Console/JsonWriter.h"
+#include "Console/NameMatcher.h"
+#include "Console/PasswordFile.h"
+#include "Console/ShareOperations.h"
+#include "Console/ShareTable.h"
+#include "Platform/PropertyListFile.h"
+#include "Sources/HostDefinition.h"
+#include "Sources/IdleControllerParts.h"
+#include "Sources/MountedVolumes.h"
+#include "Sources/MountEnvironment.h"
+#include "Sources/QuorrelAppDelegate.h"
+#include "Sources/SharePointDefinition.h"
+
+#include <algorithm>
+#include <csignal>
+#include <set>
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+constexpr int exitSuccess = 0;
+constexpr int exitNotAsAsked = 1;
+constexpr int exitWrongUsage = 2;
+constexpr int exitSignalled = 128;
+
+std::string unknownName(const std::string& name, const NameMatcher& matcher) {
+    auto message = '"' + DisplayText::printable(name) + "\" is not in the catalogue";
+    const auto nearest = matcher.nearestNames(name);
+    for (std::size_t index = 0; index < nearest.size(); ++index) {
+        message += index == 0 ? "; did you mean " : index + 1 == nearest.size() ? " or " : ", ";
+        message += '"' + DisplayText::printable(nearest[index]) + '"';
+    }
+    return nearest.empty() ? message + ", which is empty" : message + '?';
+}
+
+} // namespace
+
+ConsoleProgram::ConsoleProgram(const ConsoleEnvironment& environment)
+    : m_environment(environment)
+    , m_guard(std::make_unique<InterruptGuard>(environment.mounting.volumes)) { }
+
+ConsoleProgram::~ConsoleProgram() = default;
+
+int ConsoleProgram::run(const std::vector<std::string>& arguments) {
+    const auto parsed = CommandLine::parse(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        say(error->message);
+        return exitWrongUsage;
+    }
+    const auto& commandLine = std::get<CommandLine>(parsed);
+    if (commandLine.command == CommandLine::Command::Help) {
+        m_environment.output.write(CommandLine::helpText());
+        return exitSuccess;
+    }
+    if (commandLine.command == CommandLine::Command::Version) {
+        m_environment.output.write("quorrelctl " + m_environment.version + '\n');
+        return exitSuccess;
+    }
+    return carryOut(commandLine);
+}
+
+int ConsoleProgram::carryOut(const CommandLine& commandLine) {
+    std::optional<std::string> password;
+    if (commandLine.passwordFile) {
+        auto read = PasswordFile::read(*commandLine.passwordFile);
+        if (const auto* failure = std::get_if<PasswordFile::Failure>(&read)) {
+            say(failure->message);
+            return exitWrongUsage;
+        }
+        password = std::move(std::get<std::string>(read));
+    }
+
+    const auto& world = m_environment;
+    ShareOperations* operations = nullptr;
+    ConsolePasswordWindow passwordWindow(std::move(password), world.prompt, world.errors, [&operations] {
+        if (operations != nullptr)
+            operations->stepAside();
+    });
+    IdleControllerParts parts;
+    QuorrelAppDelegate controller(
+        { world.mounting, world.resolving, world.preferences, world.notificationCenter, world.propertyListFile,
+            world.workspace, world.strings, world.log, world.mainThreadQueue, parts, passwordWindow });
+    controller.awakeFromNib();
+    controller.applicationDidFinishLaunching();
+    m_guard->guard(controller.opQueue());
+    int status = exitNotAsAsked;
+    if (catalogueIsReadable(controller)) {
+        adoptMountedVolumes(controller.hosts.snapshot(), world.mounting.volumes.mountedVolumes());
+        ShareOperations shareOperations(controller, world.mainThreadQueue, world.runLoop, *m_guard);
+        operations = &shareOperations;
+        status = carryOut(commandLine, controller, shareOperations);
+        operations = nullptr;
+    }
+    controller.applicationWillTerminate();
+    const auto signal = m_guard->release();
+    return signal ? exitSignalled + *signal : status;
+}
+
+int ConsoleProgram::carryOut(
+    const CommandLine& commandLine, QuorrelAppDelegate& controller, ShareOperations& operations) {
+    const NameMatcher matcher(controller.hosts.snapshot());
+    const auto sharePoints = sharePointsFor(commandLine, matcher);
+    if (!sharePoints)
+        return exitWrongUsage;
+    const bool mounts = commandLine.command == CommandLine::Command::Mount;
+    const bool lists = commandLine.command == CommandLine::Command::List;
+    if (!lists && !sharePoints->empty())
+        operations.run(mounts ? ShareOperations::Kind::Mount : ShareOperations::Kind::Unmount, *sharePoints,
+            progressOutput(commandLine));
+    if (m_guard->isInterrupted())
+        return exitNotAsAsked;
+    const auto rows = rowsOf(*sharePoints, commandLine.command);
+    print(rows, commandLine.json);
+    const bool asAsked = std::all_of(rows.begin(), rows.end(), [&](const auto& row) { return row.mounted == mounts; });
+    return lists || asAsked ? exitSuccess : exitNotAsAsked;
+}
+
+bool ConsoleProgram::catalogueIsReadable(QuorrelAppDelegate& controller) const {
+    if (controller.hosts.count() > 0)
+        return true;
+    // An empty catalogue is what the controller makes of a broken file as well; here someone wants to know.
+    const auto path = controller.applicationSupportFolder() + "/Quorrel2.plist";
+    const auto read = m_environment.propertyListFile.read(path);
+    if (read.outcome != PropertyListReadResult::Outcome::Malformed
+        && read.outcome != PropertyListReadResult::Outcome::Unreadable)
+        return true;
+    say("the catalogue " + DisplayText::printable(path) + " cannot be read: " + DisplayText::printable(read.reason));
+    return false;
+}
+
+std::optional<ConsoleProgram::SharePoints> ConsoleProgram::sharePointsFor(
+    const CommandLine& commandLine, const NameMatcher& matcher) const {
+    if (commandLine.all || commandLine.command == CommandLine::Command::List)
+        return matcher.allSharePoints();
+    SharePoints all;
+    std::set<const SharePointDefinition*> known;
+    bool allKnown = true;
+    for (const auto& name : commandLine.names) {
+        const auto found = matcher.sharePointsFor(name);
+        if (!found) {
+            say(unknownName(name, matcher));
+            allKnown = false;
+            continue;
+        }
+        if (found->empty())
+            say('"' + DisplayText::printable(name) + "\" has no shares in the catalogue");
+        for (const auto& sharePoint : *found)
+            if (known.insert(sharePoint.get()).second)
+                all.push_back(sharePoint);
+    }
+    return allKnown ? std::optional(all) : std::nullopt;
+}
+
+Output* ConsoleProgram::progressOutput(const CommandLine& commandLine) const {
+    if (!commandLine.json)
+        return &m_environment.output;
+    // Standard output is the machine's then; a person may watch on the other one.
+    return m_environment.errors.isTerminal() ? &m_environment.errors : nullptr;
+}
+
+std::vector<ShareRow> ConsoleProgram::rowsOf(const SharePoints& sharePoints, CommandLine::Command command) const {
+    const auto volumes = m_environment.mounting.volumes.mountedVolumes();
+    std::vector<ShareRow> rows;
+    for (const auto& sharePoint : sharePoints) {
+        auto row = ShareRow::of(*sharePoint, volumes);
+        const auto host = sharePoint->parentHost.get().lock();
+        // A mount that waited for the host's address in vain leaves no error behind.
+        if (command == CommandLine::Command::Mount && !row.mounted && row.error.empty() && host
+            && !host->resolved.get())
+            row.error = m_environment.strings.text("The host's address could not be found.");
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+void ConsoleProgram::print(const std::vector<ShareRow>& rows, bool json) const {
+    auto& output = m_environment.output;
+    if (json) {
+        output.write(JsonWriter::text(rows));
+        return;
+    }
+    if (rows.empty()) {
+        say("there are no shares");
+        return;
+    }
+    const auto columns = output.isTerminal() ? std::optional(output.size().columns) : std::nullopt;
+    output.write(ShareTable(m_environment.homeDirectory).text(rows, columns));
+}
+
+void ConsoleProgram::interrupt(int signal) {
+    m_environment.prompt.restore();
+    const bool isIdle = m_guard->interrupt(signal);
+    const std::string cause = signal == SIGINT ? "interrupted" : "ended by a signal";
+    const std::string_view rest = isIdle ? "" : "; a server that does not answer was left to itself";
+    const std::string begin = m_environment.errors.isTerminal() ? "\n" : ""; // behind what the keys left there
+    m_environment.errors.write(begin + "quorrelctl: " + cause + std::string(rest) + '\n');
+}
+
+void ConsoleProgram::say(const std::string& message) const {
+    m_environment.errors.write("quorrelctl: " + message + '\n');
+}
+
+} // namespace quorrel

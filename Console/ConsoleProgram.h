@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Console/CommandLine.h"
+#include "Console/ConsoleEnvironment.h"
+#include "Console/ShareRow.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorrel {
+
+class InterruptGuard;
+class NameMatcher;
+class QuorrelAppDelegate;
+class ShareOperations;
+class SharePointDefinition;
+
+/// One run of quorrelctl: the application's controller without windows, and a command carried out by it.
+class ConsoleProgram final {
+public:
+    explicit ConsoleProgram(const ConsoleEnvironment& environment);
+    ~ConsoleProgram();
+
+    /// Main thread. Returns the exit status once nothing is under way any more: 0 when all shares asked for are as
+    /// asked, 1 when some are not, 2 on wrong usage or an unknown name, 128 and the signal's number when interrupted.
+    [[nodiscard]] int run(const std::vector<std::string>& arguments);
+
+    /// Gives up what is under way, waiting 0.7 s at most, and tells the user. Any thread but the main one; the process
+    /// is to end right after it.
+    void interrupt(int signal);
+
+private:
+    using SharePoints = std::vector<std::shared_ptr<SharePointDefinition>>;
+
+    [[nodiscard]] int carryOut(const CommandLine& commandLine);
+    [[nodiscard]] int carryOut(
+        const CommandLine& commandLine, QuorrelAppDelegate& controller, ShareOperations& operations);
+    [[nodiscard]] bool catalogueIsReadable(QuorrelAppDelegate& controller) const;
+    [[nodiscard]] std::optional<SharePoints> sharePointsFor(
+        const CommandLine& commandLine, const NameMatcher& matcher) const;
+    [[nodiscard]] Output* progressOutput(const CommandLine& commandLine) const;
+    [[nodiscard]] std::vector<ShareRow> rowsOf(const SharePoints& sharePoints, CommandLine::Command command) const;
+    void print(const std::vector<ShareRow>& rows, bool json) const;
+    void say(const std::string& message) const;
+
+    const ConsoleEnvironment m_environment;
+    const std::unique_ptr<InterruptGuard> m_guard;
+};
+
+} // namespace quorrel

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console/DisplayText.h"
+
+#include "Foundation/Text.h"
+
+#include <clocale>
+#include <cstdio>
+#include <cwchar>
+
+namespace quorrel::DisplayText {
+
+namespace {
+
+/// A language's locale may be one that knows no wide characters; the names shown are UTF-8 all the same.
+class UnicodeLocale final {
+public:
+    UnicodeLocale()
+        : m_previous(uselocale(shared())) { }
+    ~UnicodeLocale() { uselocale(m_previous); }
+    UnicodeLocale(const UnicodeLocale&) = delete;
+    UnicodeLocale& operator=(const UnicodeLocale&) = delete;
+
+private:
+    static locale_t shared() {
+        static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+        return locale;
+    }
+
+    const locale_t m_previous;
+};
+
+struct Character final {
+    char32_t code = 0;
+    std::size_t length = 1; ///< in bytes
+};
+
+/// The character at that place; a byte that begins none stands for itself.
+Character characterAt(std::string_view text, std::size_t position) {
+    const auto lead = static_cast<unsigned char>(text[position]);
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+    if (length == 1 || position + length > text.size())
+        return { lead, 1 };
+    char32_t code = lead & (0xFFU >> (length + 1));
+    for (std::size_t index = 1; index < length; ++index) {
+        const auto next = static_cast<unsigned char>(text[position + index]);
+        if ((next & 0xC0U) != 0x80)
+            return { lead, 1 };
+        code = (code << 6U) | (next & 0x3FU);
+    }
+    return { code, length };
+}
+
+std::size_t columnsOf(char32_t code) {
+    const int columns = wcwidth(static_cast<wchar_t>(code));
+    return columns < 0 ? 1 : static_cast<std::size_t>(columns);
+}
+
+/// Characters that are not controls to a terminal's parser, but rearrange or hide what stands around them.
+bool isDeceptive(char32_t code) {
+    return (code >= 0x200B && code <= 0x200F) || (code >= 0x2028 && code <= 0x202E)
+        || (code >= 0x2060 && code <= 0x206F) || code == 0x061C || code == 0xFEFF;
+}
+
+} // namespace
+
+std::string printable(std::string_view text) {
+    const auto escaped = Text::escapedControls(text);
+    std::string result;
+    for (std::size_t position = 0; position < escaped.size();) {
+        const auto character = characterAt(escaped, position);
+        if (character.code == '\n') {
+            result += "\\n";
+        } else if (character.code == '\t') {
+            result += "\\t";
+        } else if (isDeceptive(character.code)) {
+            char escape[12];
+            std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(character.code));
+            result += escape;
+        } else {
+            result.append(escaped, position, character.length);
+        }
+        position += character.length;
+    }
+    return result;
+}
+
+std::size_t width(std::string_view text) {
+    const UnicodeLocale locale;
+    std::size_t columns = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const auto character = characterAt(text, position);
+        columns += columnsOf(character.code);
+        position += character.length;
+    }
+    return columns;
+}
+
+std::string clipped(std::string_view text, std::size_t columns) {
+    if (width(text) <= columns)
+        return std::string(text);
+    if (columns == 0)
+        return {};
+    const UnicodeLocale locale;
+    std::size_t used = 0;
+    std::size_t position = 0;
+    while (position < text.size()) {
+        const auto character = characterAt(text, position);
+        const auto more = columnsOf(character.code);
+        if (used + more > columns - 1)
+            break;
+        used += more;
+        position += character.length;
+    }
+    return std::string(text.substr(0, position)) + "…";
+}
+
+std::string padded(std::string_view text, std::size_t columns) {
+    const auto used = width(text);
+    return std::string(text) + std::string(used < columns ? columns - used : 0, ' ');
+}
+
+} // namespace quorrel::DisplayText

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console/InterruptGuard.h"
+
+#include "Foundation/OperationQueue.h"
+#include "Foundation/WakeSignal.h"
+#include "Platform/VolumeService.h"
+
+#include <chrono>
+#include <memory>
+
+namespace quorrel {
+
+namespace {
+
+/// Who presses the keys that end a program wants it gone within a second.
+constexpr std::chrono::milliseconds patience { 700 };
+
+bool waitUntilIdle(OperationQueue& queue) {
+    const auto idle = std::make_shared<WakeSignal>();
+    const auto subscription = queue.observeIdle([idle] { idle->signal(); });
+    return queue.operationCount() == 0 || idle->waitFor(patience);
+}
+
+} // namespace
+
+InterruptGuard::InterruptGuard(VolumeService& volumes)
+    : m_volumes(volumes) { }
+
+void InterruptGuard::guard(OperationQueue& queue) {
+    const std::lock_guard lock(m_mutex);
+    m_queue = &queue;
+}
+
+std::optional<int> InterruptGuard::release() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, 2 * patience, [&] { return !m_isAtWork; });
+    m_queue = nullptr;
+    return m_signal;
+}
+
+bool InterruptGuard::isInterrupted() const {
+    const std::lock_guard lock(m_mutex);
+    return m_signal.has_value();
+}
+
+bool InterruptGuard::interrupt(int signal) {
+    OperationQueue* queue = nullptr;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_signal = signal;
+        queue = m_queue;
+        m_isAtWork = queue != nullptr;
+    }
+    // First what waits, or it would take the places of what gives up.
+    if (queue != nullptr)
+        queue->cancelAllOperations();
+    m_volumes.interrupt();
+    const bool isIdle = queue == nullptr || waitUntilIdle(*queue);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isAtWork = false;
+    }
+    m_changed.notify_all();
+    return isIdle;
+}
+
+} // namespace quorrel

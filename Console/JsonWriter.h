@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Console/ShareRow.h"
+
+#include <string>
+#include <vector>
+
+namespace quorrel {
+
+/// Tells machines about shares.
+class JsonWriter final {
+public:
+    JsonWriter() = delete;
+
+    /// One array with an object for each share, with a line feed behind it. Keys: "host", "share", "service",
+    /// "status", "mounted", "path" and "error", the last two null where there is none. Bytes that are not UTF-8 are
+    /// replaced.
+    [[nodiscard]] static std::string text(const std::vector<ShareRow>& rows);
+};
+
+} // namespace quorrel

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console/SignalWatch.h"
+
+#include "Foundation/Clock.h"
+#include "Foundation/WakeSignal.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include <unistd.h>
+
+namespace quorrel {
+namespace {
+
+constexpr Seconds longEnough { 10 };
+
+TEST(SignalWatch, callsItsHandlerOnAnotherThread) {
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
+        WakeSignal handled;
+        std::atomic<int> received = 0;
+        std::thread::id thread;
+        {
+            const SignalWatch watch([&](int number) {
+                received = number;
+                thread = std::this_thread::get_id();
+                handled.signal();
+            });
+            kill(getpid(), signal);
+            EXPECT_TRUE(handled.waitFor(longEnough));
+        }
+        EXPECT_EQ(received, signal);
+        EXPECT_NE(thread, std::this_thread::get_id());
+    }
+}
+
+TEST(SignalWatch, callsItsHandlerOnce) {
+    WakeSignal handled;
+    std::atomic<int> calls = 0;
+    {
+        const SignalWatch watch([&](int) {
+            ++calls;
+            handled.signal();
+        });
+        kill(getpid(), SIGINT);
+        EXPECT_TRUE(handled.waitFor(longEnough));
+        kill(getpid(), SIGINT);
+        // Taken back before the mask is restored, or it would end the test.
+        sigset_t interrupt {};
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        const timespec patience { 10, 0 };
+        EXPECT_EQ(sigtimedwait(&interrupt, nullptr, &patience), SIGINT);
+    }
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(SignalWatch, endsWithoutASignalAndGivesTheSignalsBack) {
+    sigset_t before {};
+    pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    {
+        const SignalWatch watch([](int) { FAIL(); });
+    }
+    sigset_t after {};
+    pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP })
+        EXPECT_EQ(sigismember(&before, signal), sigismember(&after, signal));
+}
+
+TEST(SignalWatch, leavesAnIgnoredSignalIgnored) {
+    std::atomic<int> received = 0;
+    WakeSignal handled;
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    {
+        const SignalWatch watch([&](int number) {
+            received = number;
+            handled.signal();
+        });
+        kill(getpid(), SIGHUP);
+        kill(getpid(), SIGTERM);
+        EXPECT_TRUE(handled.waitFor(longEnough));
+    }
+    std::signal(SIGHUP, before);
+    EXPECT_EQ(received, SIGTERM);
+}
+
+} // namespace
+} // namespace quorrel
