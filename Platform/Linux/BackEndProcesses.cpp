@@ -61,8 +61,13 @@ std::vector<ProcessEntry> BackEndProcesses::pendingProcesses(const std::string& 
 }
 
 bool BackEndProcesses::endPending(const Trace& trace) {
-    const auto process = choose(trace, pendingProcesses(trace.name), ProcessTable::remoteAddresses);
-    return process && terminate(process->identifier);
+    auto pending = pendingProcesses(trace.name);
+    while (const auto process = choose(trace, pending, ProcessTable::remoteAddresses)) {
+        if (m_claims.claim(*process))
+            return terminate(process->identifier);
+        std::erase_if(pending, [&](const ProcessEntry& other) { return other.identifier == process->identifier; });
+    }
+    return false;
 }
 
 bool BackEndProcesses::terminate(pid_t process) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Linux/MountTracker.h"
+#include "Platform/Linux/ProcessClaims.h"
 #include "Platform/Linux/ProcessTable.h"
 
 #include <sys/types.h>
@@ -20,9 +21,10 @@ namespace quorrel {
 /// location joins it and waits as well, without being asked anything. Lives within one bounded loop, on its thread.
 class BackEndProcesses final {
 public:
-    explicit BackEndProcesses(BoundedLoop& loop, MountTracker& tracker)
+    BackEndProcesses(BoundedLoop& loop, MountTracker& tracker, ProcessClaims& claims)
         : m_loop(loop)
-        , m_tracker(tracker) { }
+        , m_tracker(tracker)
+        , m_claims(claims) { }
 
     /// What is known of the process that our own mount started.
     struct Trace final {
@@ -52,6 +54,7 @@ private:
 
     BoundedLoop& m_loop;
     MountTracker& m_tracker;
+    ProcessClaims& m_claims;
 };
 
 } // namespace quorrel

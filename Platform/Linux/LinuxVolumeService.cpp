@@ -120,7 +120,7 @@ std::optional<MountFailure> LinuxVolumeService::attempt(
     }
     if (failure && failure->end != MountFailure::End::Answered) {
         loop.grantForCleanup(failure->end == MountFailure::End::Interrupted ? hastyCleanupTime : cleanupTime);
-        if (BackEndProcesses(loop, tracker).endPending(trace))
+        if (BackEndProcesses(loop, tracker, m_claims).endPending(trace))
             m_log.line("Ended the program that still waited for %@", { location.printable });
     } else if (failure && failure->domain == G_IO_ERROR
         && (failure->code == G_IO_ERROR_NOT_MOUNTED || failure->code == G_IO_ERROR_NOT_SUPPORTED)
@@ -179,7 +179,7 @@ std::optional<std::int32_t> LinuxVolumeService::check(
         m_log.lineAlways("It stays, as it is in use by %@", { VolumeUsers::printed(users) });
         return VolumeStatus::notResponding;
     }
-    if (!BackEndProcesses(loop, tracker).endMounted(place.mount))
+    if (!BackEndProcesses(loop, tracker, m_claims).endMounted(place.mount))
         return VolumeStatus::notResponding;
     return std::nullopt;
 }
@@ -270,7 +270,7 @@ std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& t
     const auto reply
         = tracker.unmount(mount, mount.isAFP() ? std::min(quickUnmountLimit, loop.remaining() / 2) : loop.remaining());
     if (reply.value && process)
-        BackEndProcesses(loop, tracker).endIdle(*process, mount.busName);
+        BackEndProcesses(loop, tracker, m_claims).endIdle(*process, mount.busName);
     if (reply.value || reply.isFromNobody())
         return VolumeStatus::success;
     if (reply.error) {
@@ -283,7 +283,8 @@ std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& t
         return VolumeStatus::notResponding; // gvfs completes it when the server comes back
     if (loop.isOver())
         loop.grantForCleanup(loop.isInterrupted() ? hastyCleanupTime : cleanupTime);
-    return BackEndProcesses(loop, tracker).endMounted(mount) ? VolumeStatus::success : VolumeStatus::notResponding;
+    return BackEndProcesses(loop, tracker, m_claims).endMounted(mount) ? VolumeStatus::success
+                                                                       : VolumeStatus::notResponding;
 }
 
 bool LinuxVolumeService::sharesMount(const VolumeReferences::Entry& entry, const GvfsMount& mount) const {

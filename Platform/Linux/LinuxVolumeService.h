@@ -5,6 +5,7 @@
 #include "Foundation/Log.h"
 #include "Foundation/Preferences.h"
 #include "Platform/Linux/InterruptEvent.h"
+#include "Platform/Linux/ProcessClaims.h"
 #include "Platform/Linux/VolumeLinks.h"
 #include "Platform/Linux/VolumeReferences.h"
 #include "Platform/VolumeService.h"
@@ -75,6 +76,7 @@ private:
     InterruptEvent m_interrupted;
     VolumeLinks m_links;
     VolumeReferences m_references;
+    ProcessClaims m_claims;
 };
 
 } // namespace quorrel

@@ -152,9 +152,7 @@ bool MountTracker::supports(const GvfsLocation& location) {
 }
 
 TrackerReply MountTracker::queryInfo(const GvfsMount& mount, const std::string& relativePath, Seconds limit) {
-    std::string path = "/" + mount.prefix;
-    if (!relativePath.empty())
-        path += (path.size() > 1 ? "/" : "") + relativePath;
+    const auto path = "/" + relativePath; // back ends put the mount's prefix in front themselves
     return call(mount.busName.c_str(), mount.objectPath.c_str(), mountInterface, "QueryInfo",
         g_variant_new("(^aysus)", path.c_str(), "standard::type", 0U, ""), limit);
 }

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/ReadablePath.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -29,11 +28,10 @@ struct Look final {
 };
 
 bool isReachable(const std::string& path) {
-    static std::atomic<unsigned> count { 0 };
-    // A name that was never asked for, so that no cache answers.
-    const auto name = path + "/.look-" + std::to_string(getpid()) + "-" + std::to_string(++count);
-    struct stat unused { };
-    return lstat(name.c_str(), &unused) == 0 || (errno != EIO && errno != ENOTCONN && errno != ESTALE);
+    struct statx unused { };
+    // Asked of the file system itself: the kernel may still remember the former mount's answer.
+    return statx(AT_FDCWD, path.c_str(), AT_STATX_FORCE_SYNC | AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &unused) == 0
+        || errno == EACCES || errno == EPERM;
 }
 
 void look(const std::shared_ptr<Look>& state, const std::string& path) {
