@@ -62,9 +62,9 @@ std::optional<CertificateFingerprints> CertificateInspector::inspect(
             g_tls_connection_handshake_async(connection, G_PRIORITY_DEFAULT, cancellable, callback, data);
         },
         inspectionLimit);
-    // The certificate is there even where the handshake fails later on.
-    if (result)
-        g_tls_connection_handshake_finish(connection, result.get(), nullptr);
+    // Only who completes the handshake has shown that the certificate is his.
+    if (!result || !g_tls_connection_handshake_finish(connection, result.get(), nullptr))
+        return std::nullopt;
     auto* const certificate = g_tls_connection_get_peer_certificate(connection);
     if (!certificate)
         return std::nullopt;
@@ -78,9 +78,18 @@ std::optional<CertificateFingerprints> CertificateInspector::inspect(
 }
 
 bool CertificateInspector::isNamedIn(std::string_view question, const CertificateFingerprints& fingerprints) {
-    // Groups of digits, whatever stands between them, make the fingerprint a part of all the question's digits.
-    const auto digits = digitsOf(question);
-    return digits.find(fingerprints.sha256) != std::string::npos || digits.find(fingerprints.sha1) != std::string::npos;
+    // The fingerprint ends the last line that ends with one. What stands above may be the server's own words.
+    constexpr std::size_t shortest = 40;
+    while (!question.empty()) {
+        const auto lineFeed = question.rfind('\n');
+        const auto line = lineFeed == std::string_view::npos ? question : question.substr(lineFeed + 1);
+        const auto before = line.find_last_not_of("0123456789abcdefABCDEF: ");
+        const auto digits = digitsOf(before == std::string_view::npos ? line : line.substr(before + 1));
+        if (digits.size() >= shortest)
+            return digits == fingerprints.sha256 || digits == fingerprints.sha1;
+        question = question.substr(0, lineFeed == std::string_view::npos ? 0 : lineFeed);
+    }
+    return false;
 }
 
 bool CertificateInspector::isTrusted(const std::string& sha256, const std::vector<std::string>& trusted) {

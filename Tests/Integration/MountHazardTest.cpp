@@ -144,8 +144,7 @@ TEST_F(MountHazardTest, OthersMountWhileOneServerIsSilent) {
     std::vector<std::thread> threads;
     for (const std::string name : { "s01", "s02", "s03" })
         threads.emplace_back([this, name] {
-            EXPECT_EQ(
-                service->mountServerVolume(asGuest(url("smb", "SMB", name), name)).status, VolumeStatus::success);
+            EXPECT_EQ(service->mountServerVolume(asGuest(url("smb", "SMB", name), name)).status, VolumeStatus::success);
         });
     for (auto& thread : threads)
         thread.join();

@@ -9,10 +9,8 @@
 #include <unistd.h>
 
 #include <array>
-#include <map>
 #include <stdexcept>
 #include <utility>
-#include <vector>
 
 namespace quorrel {
 
@@ -47,7 +45,7 @@ SilentServer::SilentServer(std::string realHost, std::uint16_t realPort)
     : m_realHost(std::move(realHost))
     , m_realPort(realPort)
     , m_listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
-    , m_stop(eventfd(0, EFD_CLOEXEC)) {
+    , m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     auto address = addressOf("127.0.0.1", 0);
     socklen_t length = sizeof address;
     if (bind(m_listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || listen(m_listener, 64) != 0
@@ -58,50 +56,60 @@ SilentServer::SilentServer(std::string realHost, std::uint16_t realPort)
 }
 
 SilentServer::~SilentServer() {
-    eventfd_write(m_stop, 1);
+    m_isEnding = true;
+    eventfd_write(m_wake, 1);
     m_thread.join();
+    for (const int socket : m_sockets)
+        close(socket);
     close(m_listener);
-    close(m_stop);
+    close(m_wake);
+}
+
+void SilentServer::speak() {
+    m_isSpeaking = true;
+    eventfd_write(m_wake, 1);
+}
+
+void SilentServer::connectToReal(int client) {
+    const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    m_sockets.push_back(server);
+    const auto address = addressOf(m_realHost, m_realPort);
+    if (connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return;
+    m_peers[client] = server;
+    m_peers[server] = client;
 }
 
 void SilentServer::serve() {
-    std::vector<int> held;
-    std::map<int, int> peers;
-    for (;;) {
-        std::vector<pollfd> entries { { m_stop, POLLIN, 0 }, { m_listener, POLLIN, 0 } };
-        for (const auto& [from, to] : peers)
+    while (!m_isEnding) {
+        std::vector<pollfd> entries { { m_wake, POLLIN, 0 }, { m_listener, POLLIN, 0 } };
+        for (const auto& [from, to] : m_peers)
             entries.push_back({ from, POLLIN, 0 });
         poll(entries.data(), entries.size(), -1);
-        if (entries[0].revents)
-            break;
+        eventfd_t unused = 0;
+        eventfd_read(m_wake, &unused);
         if (entries[1].revents) {
-            const int client = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+            m_silent.push_back(accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC));
+            m_sockets.push_back(m_silent.back());
             ++m_connections;
-            held.push_back(client);
-            if (m_isSpeaking) {
-                const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-                held.push_back(server);
-                const auto address = addressOf(m_realHost, m_realPort);
-                if (connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-                    peers[client] = server;
-                    peers[server] = client;
-                }
-            }
+        }
+        if (m_isSpeaking) {
+            for (const int client : m_silent)
+                connectToReal(client);
+            m_silent.clear();
         }
         for (std::size_t index = 2; index < entries.size(); ++index) {
             const int from = entries[index].fd;
-            const auto peer = peers.find(from);
-            if (!entries[index].revents || peer == peers.end() || passOn(from, peer->second))
+            const auto peer = m_peers.find(from);
+            if (!entries[index].revents || peer == m_peers.end() || passOn(from, peer->second))
                 continue;
             const int to = peer->second;
             shutdown(to, SHUT_RDWR);
             shutdown(from, SHUT_RDWR);
-            peers.erase(from);
-            peers.erase(to);
+            m_peers.erase(from);
+            m_peers.erase(to);
         }
     }
-    for (const int socket : held)
-        close(socket);
 }
 
 } // namespace quorrel
