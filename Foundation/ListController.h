@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -40,7 +41,6 @@ public:
     void setContent(std::vector<T> content) {
         m_arranged = std::move(content);
         arrange();
-        std::erase_if(m_selected, [&](const T& item) { return !isArranged(item); });
     }
 
     [[nodiscard]] const std::vector<T>& arrangedObjects() const { return m_arranged; }
@@ -56,10 +56,6 @@ public:
     [[nodiscard]] const std::vector<T>& selectedObjects() const { return m_selected; }
 
 private:
-    [[nodiscard]] bool isArranged(const T& item) const {
-        return std::find(m_arranged.begin(), m_arranged.end(), item) != m_arranged.end();
-    }
-
     void arrange() {
         // Each item's keys are read once, not once per comparison: reading takes a record's lock.
         std::vector<std::pair<std::vector<std::string>, T>> keyed;
@@ -74,6 +70,7 @@ private:
             [&](const auto& left, const auto& right) { return comesBefore(left.first, right.first); });
         for (std::size_t index = 0; index < keyed.size(); ++index)
             m_arranged[index] = std::move(keyed[index].second);
+        setSelectedObjects(std::exchange(m_selected, {}));
     }
 
     [[nodiscard]] bool comesBefore(const std::vector<std::string>& left, const std::vector<std::string>& right) const {

@@ -7,6 +7,7 @@
 #include <deque>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -82,12 +83,26 @@ OperationQueue::~OperationQueue() {
 }
 
 void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
-    const std::lock_guard lock(m_state->mutex);
-    m_state->waiting.push_back(std::move(operation));
-    if (m_state->threads >= m_state->maxConcurrent)
-        return;
-    std::thread([state = m_state] { state->work(); }).detach();
-    ++m_state->threads;
+    std::string reason;
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->waiting.push_back(operation);
+        if (m_state->threads >= m_state->maxConcurrent)
+            return;
+        try {
+            std::thread([state = m_state] { state->work(); }).detach();
+            ++m_state->threads;
+            return;
+        } catch (const std::system_error& error) {
+            if (m_state->threads > 0)
+                return; // one of the threads there are comes to it later
+            m_state->waiting.pop_back();
+            reason = error.what();
+        }
+    }
+    operation->cancel();
+    if (m_state->failed)
+        m_state->failed(reason);
 }
 
 void OperationQueue::cancelAllOperations() {

@@ -17,7 +17,8 @@ namespace quorrel {
 /// waits for what runs; a program that must not wait ends its process instead.
 class OperationQueue final {
 public:
-    /// `failed` is told, on the worker, of an exception that left an operation's `main`.
+    /// `failed` is told, on the worker, of an exception that left an operation's `main`, and on the adding thread that
+    /// no thread could be had; that operation is then cancelled.
     explicit OperationQueue(std::size_t maxConcurrentOperationCount, std::function<void(std::string what)> failed = {});
     ~OperationQueue();
     OperationQueue(const OperationQueue&) = delete;

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Foundation/ListController.h"
+#include "Foundation/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quorrel {
+
+namespace {
+
+using Items = std::vector<std::string>;
+using Controller = ListController<std::string>;
+
+/// An item is "host/share"; each part is the value of a key.
+std::string part(const std::string& item, std::string_view key) {
+    const auto slash = item.find('/');
+    return key == "host" ? item.substr(0, slash) : item.substr(slash + 1);
+}
+
+} // namespace
+
+class ListControllerTest : public testing::Test {
+protected:
+    Controller controller { part };
+};
+
+TEST_F(ListControllerTest, keepsTheOrderOfTheContentWithoutDescriptors) {
+    controller.setContent({ "b/1", "a/2", "c/0" });
+    EXPECT_EQ(controller.arrangedObjects(), (Items { "b/1", "a/2", "c/0" }));
+}
+
+TEST_F(ListControllerTest, sortsByTheDescriptorsInTurn) {
+    controller.setSortDescriptors({ { "host", SortOrder::Ascending }, { "share", SortOrder::Descending } });
+    controller.setContent({ "b/1", "a/1", "b/2", "a/2" });
+    EXPECT_EQ(controller.arrangedObjects(), (Items { "a/2", "a/1", "b/2", "b/1" }));
+    controller.setSortDescriptors({ { "share" } });
+    EXPECT_EQ(controller.arrangedObjects(), (Items { "a/1", "b/1", "a/2", "b/2" }));
+}
+
+TEST_F(ListControllerTest, keepsTheOrderOfWhatIsEqual) {
+    controller.setSortDescriptors({ { "host", SortOrder::Descending } });
+    controller.setContent({ "a/3", "a/1", "a/2" });
+    EXPECT_EQ(controller.arrangedObjects(), (Items { "a/3", "a/1", "a/2" }));
+}
+
+TEST_F(ListControllerTest, comparesAsItIsTold) {
+    Controller other(part, [](const std::string& left, const std::string& right) {
+        return Text::lowerCase(left) < Text::lowerCase(right);
+    });
+    other.setSortDescriptors({ { "host" } });
+    other.setContent({ "b/", "C/", "A/" });
+    EXPECT_EQ(other.arrangedObjects(), (Items { "A/", "b/", "C/" }));
+}
+
+TEST_F(ListControllerTest, selectsOnlyWhatIsThere) {
+    controller.setContent({ "a/1", "b/1" });
+    controller.setSelectedObjects({ "x/1", "b/1" });
+    EXPECT_EQ(controller.selectedObjects(), (Items { "b/1" }));
+    controller.setSelectedObjects({});
+    EXPECT_TRUE(controller.selectedObjects().empty());
+}
+
+TEST_F(ListControllerTest, theSelectionSurvivesAChangeOfTheContent) {
+    controller.setContent({ "a/1", "b/1", "c/1" });
+    controller.setSelectedObjects({ "a/1", "c/1" });
+    controller.setContent({ "c/1", "d/1" });
+    EXPECT_EQ(controller.selectedObjects(), (Items { "c/1" }));
+    controller.setContent({ "a/1", "c/1" });
+    EXPECT_EQ(controller.selectedObjects(), (Items { "c/1" }));
+}
+
+TEST_F(ListControllerTest, theSelectionIsInTheOrderOfTheList) {
+    controller.setContent({ "a/1", "b/1", "c/1" });
+    controller.setSelectedObjects({ "c/1", "a/1" });
+    EXPECT_EQ(controller.selectedObjects(), (Items { "a/1", "c/1" }));
+    controller.setSortDescriptors({ { "host", SortOrder::Descending } });
+    EXPECT_EQ(controller.selectedObjects(), (Items { "c/1", "a/1" }));
+}
+
+TEST_F(ListControllerTest, readsEachKeyOnceHoweverManyItCompares) {
+    int reads = 0;
+    Controller counting([&](const std::string& item, std::string_view key) {
+        ++reads;
+        return part(item, key);
+    });
+    counting.setSortDescriptors({ { "host" }, { "share" } });
+    Items items;
+    for (int number = 0; number < 100; ++number)
+        items.push_back(std::to_string(number * 37 % 100) + "/x");
+    counting.setContent(items);
+    EXPECT_EQ(reads, 200);
+}
+
+} // namespace quorrel

@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Foundation/OperationQueue.h"
+#include "Tests/Fakes/Gate.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace quorrel {
+
+namespace {
+
+class Work final : public Operation {
+public:
+    explicit Work(std::function<void(Work&)> body)
+        : m_body(std::move(body)) { }
+    void main() override { m_body(*this); }
+
+private:
+    const std::function<void(Work&)> m_body;
+};
+
+std::shared_ptr<Work> work(std::function<void(Work&)> body) {
+    return std::make_shared<Work>(std::move(body));
+}
+
+} // namespace
+
+class OperationQueueTest : public testing::Test {
+protected:
+    /// Blocks a worker until the test opens the gate.
+    std::shared_ptr<Work> blocked() {
+        return work([this](Work&) {
+            started.open();
+            EXPECT_TRUE(mayEnd.wait());
+        });
+    }
+
+    Gate started;
+    Gate mayEnd;
+    Gate idle;
+    std::mutex mutex;
+    std::vector<std::string> failures;
+    OperationQueue queue { 4, [this](const std::string& what) {
+                              const std::lock_guard lock(mutex);
+                              failures.push_back(what);
+                          } };
+    Subscription idleSubscription = queue.observeIdle([this] { idle.open(); });
+};
+
+TEST_F(OperationQueueTest, runsOperationsOnOtherThreads) {
+    std::thread::id thread;
+    queue.addOperation(work([&](Work&) { thread = std::this_thread::get_id(); }));
+    ASSERT_TRUE(idle.wait());
+    EXPECT_NE(thread, std::this_thread::get_id());
+    EXPECT_NE(thread, std::thread::id());
+}
+
+TEST_F(OperationQueueTest, runsFourAtATimeAndNoMore) {
+    std::atomic<int> running = 0;
+    std::atomic<int> most = 0;
+    Gate ended;
+    for (int number = 0; number < 12; ++number)
+        queue.addOperation(work([&](Work&) {
+            const int now = ++running;
+            int before = most;
+            while (before < now && !most.compare_exchange_weak(before, now)) { }
+            started.open();
+            EXPECT_TRUE(started.wait(4)); // four are in here together
+            --running;
+            ended.open();
+        }));
+    ASSERT_TRUE(ended.wait(12));
+    EXPECT_EQ(most, 4);
+    EXPECT_EQ(queue.maxConcurrentOperationCount(), 4U);
+}
+
+TEST_F(OperationQueueTest, aBlockedOperationBlocksOnlyItsOwnThread) {
+    for (int number = 0; number < 3; ++number)
+        queue.addOperation(blocked());
+    ASSERT_TRUE(started.wait(3));
+    Gate done;
+    for (int number = 0; number < 20; ++number)
+        queue.addOperation(work([&](Work&) { done.open(); }));
+    EXPECT_TRUE(done.wait(20));
+    mayEnd.open();
+    EXPECT_TRUE(idle.wait());
+}
+
+TEST_F(OperationQueueTest, startsInTheOrderOfAdding) {
+    std::vector<int> order;
+    {
+        OperationQueue single(1);
+        for (int number = 0; number < 50; ++number)
+            single.addOperation(work([&order, number](Work&) { order.push_back(number); }));
+        Gate last;
+        single.addOperation(work([&](Work&) { last.open(); }));
+        ASSERT_TRUE(last.wait());
+    }
+    ASSERT_EQ(order.size(), 50U);
+    for (int number = 0; number < 50; ++number)
+        EXPECT_EQ(order[static_cast<std::size_t>(number)], number);
+}
+
+TEST_F(OperationQueueTest, countsWhatWaitsAndWhatRuns) {
+    EXPECT_EQ(queue.operationCount(), 0U);
+    for (int number = 0; number < 6; ++number)
+        queue.addOperation(blocked());
+    ASSERT_TRUE(started.wait(4));
+    EXPECT_EQ(queue.operationCount(), 6U);
+    mayEnd.open();
+    ASSERT_TRUE(idle.wait());
+    EXPECT_EQ(queue.operationCount(), 0U);
+}
+
+TEST_F(OperationQueueTest, cancelKeepsWhatWaitsFromStartingAndTellsWhatRuns) {
+    Gate sawCancel;
+    auto running = work([&](Work& self) {
+        started.open();
+        EXPECT_TRUE(mayEnd.wait());
+        if (self.isCancelled())
+            sawCancel.open();
+    });
+    queue.addOperation(running);
+    for (int number = 0; number < 3; ++number)
+        queue.addOperation(blocked());
+    ASSERT_TRUE(started.wait(4));
+    std::atomic<bool> ran = false;
+    const auto waiting = work([&](Work&) { ran = true; });
+    queue.addOperation(waiting);
+    queue.cancelAllOperations();
+    EXPECT_TRUE(waiting->isCancelled());
+    EXPECT_TRUE(running->isCancelled());
+    EXPECT_EQ(queue.operationCount(), 4U);
+    mayEnd.open();
+    EXPECT_TRUE(sawCancel.wait());
+    EXPECT_TRUE(idle.wait());
+    EXPECT_FALSE(ran);
+}
+
+TEST_F(OperationQueueTest, anOperationCancelledBeforeItsTurnNeverStarts) {
+    std::atomic<bool> ran = false;
+    const auto operation = work([&](Work&) { ran = true; });
+    operation->cancel();
+    queue.addOperation(operation);
+    ASSERT_TRUE(idle.wait());
+    EXPECT_FALSE(ran);
+}
+
+TEST_F(OperationQueueTest, runsWhatIsAddedAfterACancel) {
+    queue.cancelAllOperations();
+    Gate ran;
+    queue.addOperation(work([&](Work&) { ran.open(); }));
+    EXPECT_TRUE(ran.wait());
+}
+
+TEST_F(OperationQueueTest, anExceptionIsToldAndEndsOnlyItsOperation) {
+    queue.addOperation(work([](Work&) { throw std::runtime_error("broken"); }));
+    ASSERT_TRUE(idle.wait(1));
+    queue.addOperation(work([](Work&) { throw 1; }));
+    ASSERT_TRUE(idle.wait(2));
+    Gate ran;
+    queue.addOperation(work([&](Work&) { ran.open(); }));
+    EXPECT_TRUE(ran.wait());
+    const std::lock_guard lock(mutex);
+    EXPECT_EQ(failures, (std::vector<std::string> { "broken", "an exception of unknown type" }));
+}
+
+TEST_F(OperationQueueTest, letsGoOfAnOperationBeforeItIsIdle) {
+    std::weak_ptr<Work> kept;
+    {
+        auto operation = work([](Work&) {});
+        kept = operation;
+        queue.addOperation(std::move(operation));
+    }
+    ASSERT_TRUE(idle.wait());
+    EXPECT_TRUE(kept.expired());
+}
+
+TEST_F(OperationQueueTest, anOperationMayAddAnother) {
+    Gate second;
+    queue.addOperation(work([&](Work&) { queue.addOperation(work([&](Work&) { second.open(); })); }));
+    EXPECT_TRUE(second.wait());
+}
+
+TEST_F(OperationQueueTest, cancellingAllThatWaitsTellsThatItIsIdle) {
+    OperationQueue stopped(0); // nothing ever starts
+    Gate told;
+    const auto subscription = stopped.observeIdle([&] { told.open(); });
+    stopped.addOperation(work([](Work&) {}));
+    EXPECT_EQ(stopped.operationCount(), 1U);
+    stopped.cancelAllOperations();
+    EXPECT_EQ(told.count(), 1);
+    EXPECT_EQ(stopped.operationCount(), 0U);
+}
+
+TEST(OperationQueueDestructorTest, cancelsEverythingAndWaitsForWhatRuns) {
+    Gate started;
+    std::atomic<bool> ended = false;
+    std::atomic<bool> ran = false;
+    {
+        OperationQueue queue(1);
+        queue.addOperation(work([&](Work& self) {
+            started.open();
+            while (!self.isCancelled())
+                std::this_thread::yield();
+            ended = true;
+        }));
+        queue.addOperation(work([&](Work&) { ran = true; }));
+        ASSERT_TRUE(started.wait());
+    }
+    EXPECT_TRUE(ended);
+    EXPECT_FALSE(ran);
+}
+
+TEST(OperationQueueDestructorTest, endsAtOnceWithoutWork) {
+    const OperationQueue queue(4);
+    EXPECT_EQ(queue.operationCount(), 0U);
+}
+
+TEST(OperationQueueStressTest, manyThreadsAddAndCancel) {
+    std::atomic<int> ran = 0;
+    Gate idle;
+    OperationQueue queue(4);
+    const auto subscription = queue.observeIdle([&] { idle.open(); });
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 3; ++number)
+        threads.emplace_back([&] {
+            for (int round = 0; round < 200; ++round) {
+                queue.addOperation(work([&](Work&) { ++ran; }));
+                if (round % 50 == 0)
+                    queue.cancelAllOperations();
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    Gate last;
+    queue.addOperation(work([&](Work&) { last.open(); }));
+    EXPECT_TRUE(last.wait());
+    EXPECT_GT(ran, 0);
+    EXPECT_LE(ran, 600);
+}
+
+} // namespace quorrel
