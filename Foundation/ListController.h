@@ -47,10 +47,11 @@ public:
 
     /// Selects those of the items that are in the content, in the order of the list.
     void setSelectedObjects(const std::vector<T>& items) {
-        m_selected.clear();
+        std::vector<T> selected; // the items may be the selection itself
         for (const auto& item : m_arranged)
             if (std::find(items.begin(), items.end(), item) != items.end())
-                m_selected.push_back(item);
+                selected.push_back(item);
+        m_selected = std::move(selected);
     }
 
     [[nodiscard]] const std::vector<T>& selectedObjects() const { return m_selected; }
@@ -70,7 +71,7 @@ private:
             [&](const auto& left, const auto& right) { return comesBefore(left.first, right.first); });
         for (std::size_t index = 0; index < keyed.size(); ++index)
             m_arranged[index] = std::move(keyed[index].second);
-        setSelectedObjects(std::exchange(m_selected, {}));
+        setSelectedObjects(m_selected);
     }
 
     [[nodiscard]] bool comesBefore(const std::vector<std::string>& left, const std::vector<std::string>& right) const {

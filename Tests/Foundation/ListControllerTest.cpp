@@ -63,6 +63,13 @@ TEST_F(ListControllerTest, selectsOnlyWhatIsThere) {
     EXPECT_TRUE(controller.selectedObjects().empty());
 }
 
+TEST_F(ListControllerTest, theSelectionCanBeSelectedAgain) {
+    controller.setContent({ "a/1", "b/1" });
+    controller.setSelectedObjects({ "a/1", "b/1" });
+    controller.setSelectedObjects(controller.selectedObjects());
+    EXPECT_EQ(controller.selectedObjects(), (Items { "a/1", "b/1" }));
+}
+
 TEST_F(ListControllerTest, theSelectionSurvivesAChangeOfTheContent) {
     controller.setContent({ "a/1", "b/1", "c/1" });
     controller.setSelectedObjects({ "a/1", "c/1" });
