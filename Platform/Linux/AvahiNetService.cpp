@@ -83,8 +83,9 @@ void AvahiNetService::resolveWithTimeout(Seconds timeout) {
 }
 
 std::optional<std::string> AvahiNetService::startResolver() {
-    // The D-Bus library ends the process over a text that is not UTF-8, and cuts one at a null byte.
-    if (!isUTF8(m_name) || !isUTF8(m_type) || !isUTF8(m_domain))
+    // The D-Bus library ends the process over a text that is not UTF-8, and cuts one at a null byte; without a name the
+    // daemon would resolve the type itself.
+    if (m_name.empty() || !isUTF8(m_name) || !isUTF8(m_type) || !isUTF8(m_domain))
         return avahi_strerror(AVAHI_ERR_INVALID_SERVICE_NAME);
     auto* client = m_connection.client();
     if (!client)

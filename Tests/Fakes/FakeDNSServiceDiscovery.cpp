@@ -8,6 +8,20 @@
 
 namespace quorrel {
 
+namespace {
+
+bool isPlain(const std::string& text) {
+    return std::all_of(text.begin(), text.end(), [](char letter) { return letter != '\0' && letter != '\xFF'; });
+}
+
+/// As strict as a real network is, so far as tests try it.
+bool isPossible(const FakeDNSServiceDiscovery::Request& request) {
+    return !request.name.empty() && request.name.size() < 64 && isPlain(request.name) && request.type.starts_with('_')
+        && isPlain(request.type) && isPlain(request.domain.value_or(std::string()));
+}
+
+} // namespace
+
 class FakeDNSServiceDiscovery::Service final : public NetService {
 public:
     Service(FakeDNSServiceDiscovery& discovery, Request request)
@@ -91,6 +105,10 @@ void FakeDNSServiceDiscovery::setReplies(const std::string& name, std::vector<Re
 void FakeDNSServiceDiscovery::start(Service& service, Seconds timeout) {
     forgetEvents(service);
     m_requests.push_back(service.request());
+    if (!isPossible(service.request())) {
+        m_events.emplace(m_now, Event { &service, Reply { .error = "Invalid service name" } });
+        return;
+    }
     for (const auto& reply : repliesFor(service.name()))
         m_events.emplace(m_now + reply.delay, Event { &service, reply });
     m_events.emplace(m_now + timeout, Event { &service, std::nullopt });

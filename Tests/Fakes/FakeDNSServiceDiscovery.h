@@ -13,7 +13,7 @@
 namespace quorrel {
 
 /// A network whose services tests make up, with a time of its own that stands still until it is advanced. Main thread
-/// only. A name that nothing was scripted for never answers.
+/// only. A name that nothing was scripted for never answers; one that could not stand on a network fails at once.
 class FakeDNSServiceDiscovery final : public DNSServiceDiscovery {
 public:
     /// One event of a resolution.

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/AvahiServiceDiscovery.h"
+#include "Tests/Platform/DiscoveryWorld.h"
+#include "Tests/Platform/GlibTurns.h"
+
+#include <chrono>
+
+namespace quorrel {
+namespace {
+
+class AvahiDiscoveryWorld final : public DiscoveryWorld {
+public:
+    DNSServiceDiscovery& discovery() override { return m_discovery; }
+    bool runUntil(const std::function<bool()>& condition, Seconds limit) override {
+        return runMainContextUntil(condition, limit);
+    }
+    Seconds now() const override { return std::chrono::steady_clock::now() - m_start; }
+
+private:
+    AvahiServiceDiscovery m_discovery;
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+} // namespace
+
+std::unique_ptr<DiscoveryWorld> DiscoveryWorld::make() {
+    return std::make_unique<AvahiDiscoveryWorld>();
+}
+
+} // namespace quorrel
