@@ -64,6 +64,10 @@ const std::vector<PropertyValue>* Dictionary::array(std::string_view key) const 
     return value ? std::get_if<PropertyValue::Array>(&value->variant()) : nullptr;
 }
 
+bool Dictionary::isEmpty() const {
+    return m_entries.empty();
+}
+
 bool operator==(const Dictionary& left, const Dictionary& right) {
     return left.m_entries == right.m_entries;
 }

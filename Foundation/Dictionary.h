@@ -35,7 +35,7 @@ public:
     [[nodiscard]] const std::vector<PropertyValue>* array(std::string_view key) const;
 
     [[nodiscard]] const std::vector<Entry>& entries() const { return m_entries; }
-    [[nodiscard]] bool isEmpty() const { return m_entries.empty(); }
+    [[nodiscard]] bool isEmpty() const;
 
     friend bool operator==(const Dictionary& left, const Dictionary& right);
 
