@@ -93,8 +93,9 @@ TEST(ObservableListTest, destroysWhatItRemovesWithNoLockHeld) {
         });
     };
     auto first = make();
-    owner.objects.append(first);
-    owner.objects.remove(std::exchange(first, nullptr));
+    const std::shared_ptr<int> equal(std::shared_ptr<void>(), first.get()); // owns nothing
+    owner.objects.append(std::exchange(first, nullptr));
+    owner.objects.remove(equal);
     EXPECT_EQ(destroyed, 1);
     owner.objects.append(make());
     owner.objects.removeAll();

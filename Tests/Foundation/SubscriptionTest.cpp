@@ -97,16 +97,21 @@ TEST(SubscriptionTest, anObserverMayCancelItself) {
 TEST(SubscriptionTest, anObserverMayCancelItselfFromWithinItself) {
     Observers observers;
     int calls = 0;
+    auto held = std::make_shared<int>(1);
+    const std::weak_ptr<int> watched = held;
     Subscription subscription;
-    subscription = observers.add([&](int depth) {
+    subscription = observers.add([&, kept = std::move(held)](int depth) {
+        const auto& stillHeld = watched; // what the callback captured may be gone when it should not be
         ++calls;
         if (depth < 3)
             observers.notify(depth + 1);
         else
             subscription.cancel();
+        EXPECT_FALSE(stillHeld.expired());
     });
     observers.notify(1);
     EXPECT_EQ(calls, 3);
+    EXPECT_TRUE(watched.expired());
     observers.notify(1);
     EXPECT_EQ(calls, 3);
 }
