@@ -34,6 +34,7 @@ struct ConsoleEnvironment final {
     Output& errors; ///< what the user has to know besides
     PasswordPrompt& prompt;
     std::string homeDirectory;
+    std::string logFile;
     std::string version;
 };
 

@@ -120,7 +120,11 @@ int ConsoleProgram::carryOut(
     const auto rows = rowsOf(*sharePoints, commandLine.command);
     print(rows, commandLine.json);
     const bool asAsked = std::all_of(rows.begin(), rows.end(), [&](const auto& row) { return row.mounted == mounts; });
-    return lists || asAsked ? exitSuccess : exitNotAsAsked;
+    if (lists || asAsked)
+        return exitSuccess;
+    if (!commandLine.json)
+        say("the log may tell more: " + DisplayText::printable(m_environment.logFile));
+    return exitNotAsAsked;
 }
 
 bool ConsoleProgram::catalogueIsReadable(QuorrelAppDelegate& controller) const {

@@ -22,7 +22,7 @@ LinuxConsole::LinuxConsole(const StandardPaths& paths, int output, int errors, c
 
 ConsoleEnvironment LinuxConsole::environment(const std::string& version) {
     return { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_propertyListFile, m_workspace, m_strings,
-        m_log, m_mainThreadQueue, m_runLoop, m_output, m_errors, m_prompt, m_paths.home, version };
+        m_log, m_mainThreadQueue, m_runLoop, m_output, m_errors, m_prompt, m_paths.home, m_paths.logFile(), version };
 }
 
 } // namespace quorrel

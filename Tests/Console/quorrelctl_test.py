@@ -239,6 +239,31 @@ class QuorrelctlTest(unittest.TestCase):
             self.assertLess(took, 1)
             self.assertIn("quorrelctl: ", said)
 
+    def test_ctrl_c_ends_a_hung_mount_within_a_second(self):
+        catalogue({SILENT_HOST: [share(DAV, "s", userName=USER, password=PASSWORD)]})
+        with socket.create_server((SILENT_HOST, 80)) as server:
+            server.settimeout(20)
+            terminal = Terminal("mount", "--all")
+            held = self.hung_request(server)
+            begin = time.monotonic()
+            os.write(terminal.master, b"\x03")
+            self.assertTrue(terminal.until(b"quorrelctl: interrupted"), terminal.screen)
+            self.assertEqual(terminal.end(), 130)
+            self.assertLess(time.monotonic() - begin, 1)
+            held.close()
+
+    def test_closed_standard_streams_do_no_harm(self):
+        catalogue({SMB_HOST: [share(SMB, "pub", guestLogin=True)]})
+        path = os.path.join(DATA, "Quorrel2.plist")
+        with open(path, "rb") as file:
+            before = file.read()
+        for closed in ("<&-", ">&-", "2>&-", "<&- >&- 2>&-"):
+            done = subprocess.run(["sh", "-c", f'exec "$1" mount --all {closed}', "sh", PROGRAM], capture_output=True,
+                                  timeout=60, check=False, start_new_session=True)
+            self.assertEqual(done.returncode, 0, closed)
+        with open(path, "rb") as file:
+            self.assertEqual(file.read(), before)
+
     def test_a_reader_that_goes_away_does_not_end_the_mounts(self):
         catalogue({SMB_HOST: [share(SMB, f"s{number:02}", guestLogin=True) for number in range(1, 9)]})
         with subprocess.Popen([PROGRAM, "mount", "--all"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
