@@ -168,8 +168,8 @@ void save(benchmark::State& state) {
 
 } // namespace
 
-BENCHMARK(load)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity();
-BENCHMARK(save)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity();
+BENCHMARK(load)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+BENCHMARK(save)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 
 } // namespace quorrel
 
