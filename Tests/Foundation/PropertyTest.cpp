@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <thread>
@@ -151,7 +153,7 @@ TEST(PropertyTest, manyThreadsSetReadAndObserve) {
     for (int number = 0; number < 4; ++number)
         threads.emplace_back([&record, number] {
             for (int round = 0; round < 200; ++round) {
-                std::size_t heard = 0;
+                std::atomic<std::size_t> heard = 0; // the other threads tell this observer, too
                 const auto subscription
                     = record.observe("name", [&](std::string_view key, Change) { heard += key.size(); });
                 record.name.set("name " + std::to_string(number));
