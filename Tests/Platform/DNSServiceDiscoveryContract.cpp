@@ -176,9 +176,10 @@ TEST_F(DNSServiceDiscoveryContract, aDelegateMayDestroyTheServiceFromAnyCallback
         { "did resolve", DiscoveryWorld::publishedName },
         { "did not resolve", "Nowhere" },
     };
-    for (const auto& [event, name] : cases) {
+    for (const auto& each : cases) {
+        const auto& event = each.first;
         delegate.heard.clear();
-        auto service = makeService(name);
+        auto service = makeService(each.second);
         delegate.then = [&](const std::string& heard) {
             if (heard == event)
                 service.reset();
