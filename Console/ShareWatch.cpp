@@ -4,8 +4,8 @@
 #include "Foundation/MainThreadQueue.h"
 #include "Sources/SharePointDefinition.h"
 
-#include <algorithm>
 #include <mutex>
+#include <unordered_map>
 #include <utility>
 
 namespace quorrel {
@@ -18,12 +18,13 @@ struct ShareWatch::State final {
     [[nodiscard]] bool add(Change change) {
         const std::lock_guard lock(mutex);
         // A status and the error that explains it come one after the other, and belong together.
-        const auto last = std::find_if(
-            pending.rbegin(), pending.rend(), [&](const Change& each) { return each.index == change.index; });
-        if (last != pending.rend() && last->status == change.status)
-            *last = std::move(change);
-        else
+        const auto [last, isFirst] = lastOf.try_emplace(change.index, pending.size());
+        if (!isFirst && pending[last->second].status == change.status) {
+            pending[last->second] = std::move(change);
+        } else {
+            last->second = pending.size();
             pending.push_back(std::move(change));
+        }
         return !std::exchange(isAnnounced, true);
     }
 
@@ -32,6 +33,7 @@ struct ShareWatch::State final {
         {
             const std::lock_guard lock(mutex);
             changes.swap(pending);
+            lastOf.clear();
             isAnnounced = false;
         }
         if (!changes.empty())
@@ -41,6 +43,7 @@ struct ShareWatch::State final {
     const Listener listener;
     std::mutex mutex;
     Changes pending;
+    std::unordered_map<std::size_t, std::size_t> lastOf; // each share's last change in what is pending
     bool isAnnounced = false;
 };
 
