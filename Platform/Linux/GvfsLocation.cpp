@@ -77,12 +77,17 @@ std::string buildURI(const Protocol& protocol, const GvfsLocation& location) {
         uri += percentEncoded(location.user) + "@";
     }
     const bool isLongAddress = location.host.find(':') != std::string::npos;
-    uri += isLongAddress ? "[" + location.host + "]" : percentEncoded(location.host);
+    if (isLongAddress)
+        uri.append("[").append(location.host).append("]");
+    else
+        uri.append(percentEncoded(location.host));
     if (location.port > 0 && location.port != protocol.port)
-        uri += ":" + std::to_string(location.port);
+        uri.append(":").append(std::to_string(location.port));
+    if (location.path.empty())
+        uri.append("/");
     for (const auto& component : location.path)
-        uri += "/" + percentEncoded(component, "!$&'()*+,;=:@");
-    return location.path.empty() ? uri + "/" : uri;
+        uri.append("/").append(percentEncoded(component, "!$&'()*+,;=:@"));
+    return uri;
 }
 
 } // namespace
@@ -90,7 +95,7 @@ std::string buildURI(const Protocol& protocol, const GvfsLocation& location) {
 std::string GvfsLocation::joinedPath(std::size_t from) const {
     std::string joined;
     for (std::size_t index = from; index < path.size(); ++index)
-        joined += (index > from ? "/" : "") + path[index];
+        joined.append(index > from ? "/" : "").append(path[index]);
     return joined;
 }
 
