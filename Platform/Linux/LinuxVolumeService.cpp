@@ -27,6 +27,7 @@ constexpr Seconds lookAgain { 0.02 };
 constexpr Seconds cleanupTime { 2 };
 constexpr Seconds hastyCleanupTime { 0.3 };
 constexpr Seconds quickUnmountLimit { 4 };
+constexpr Seconds busyLimit { 1 };
 
 /// What stands for a mount as long as it lives, also among the volumes in it.
 std::string identityOf(const GvfsMount& mount) {
@@ -39,6 +40,10 @@ bool isAboutTheFile(const GError* error) {
         && (error->code == G_IO_ERROR_NOT_FOUND || error->code == G_IO_ERROR_NOT_DIRECTORY
             || error->code == G_IO_ERROR_PERMISSION_DENIED || error->code == G_IO_ERROR_NOT_SUPPORTED
             || error->code == G_IO_ERROR_BUSY);
+}
+
+bool isBusy(const TrackerReply& reply) {
+    return reply.error && reply.error->domain == G_IO_ERROR && reply.error->code == G_IO_ERROR_BUSY;
 }
 
 } // namespace
@@ -54,7 +59,8 @@ LinuxVolumeService::LinuxVolumeService(Log& log, const Preferences& preferences,
     : m_log(log)
     , m_preferences(preferences)
     , m_settings(settings)
-    , m_links(settings.homeDirectory, settings.runtimeDirectory + "/gvfs") { }
+    , m_links(settings.homeDirectory, settings.runtimeDirectory + "/gvfs")
+    , m_formerMounts(settings.runtimeDirectory) { }
 
 LinuxVolumeService::~LinuxVolumeService() = default;
 
@@ -99,7 +105,10 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
         if (!status)
             continue;
         if (const auto reply = enter(*place, location, volumeName)) {
-            if (!ReadablePath::settle(loop, place->readablePath()))
+            const auto path = place->readablePath();
+            if (!path.empty() && !m_formerMounts.contains(place->mount.fusePath))
+                ReadablePath::beginSettling(path);
+            else if (!path.empty() && !ReadablePath::settle(loop, path))
                 m_log.line("The files of %@ are slow to show", { location.printable });
             return *reply;
         }
@@ -179,6 +188,7 @@ std::optional<std::int32_t> LinuxVolumeService::check(
         m_log.lineAlways("It stays, as it is in use by %@", { VolumeUsers::printed(users) });
         return VolumeStatus::notResponding;
     }
+    m_formerMounts.remember(place.mount.fusePath);
     if (!BackEndProcesses(loop, tracker, m_claims).endMounted(place.mount))
         return VolumeStatus::notResponding;
     return std::nullopt;
@@ -267,16 +277,22 @@ std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& t
     const auto what = mount.type + " of " + mount.host;
     const auto process = tracker.processOf(mount.busName);
     // AFP's program now and then waits for itself. Nobody uses the volume any more, so it need not be waited for long.
-    const auto reply
-        = tracker.unmount(mount, mount.isAFP() ? std::min(quickUnmountLimit, loop.remaining() / 2) : loop.remaining());
+    const auto limit = mount.isAFP() ? std::min(quickUnmountLimit, loop.remaining() / 2) : loop.remaining();
+    auto reply = tracker.unmount(mount, limit);
+    // A look of our own at a fresh volume is over in a moment; another's copying is not.
+    for (int turn = 0; turn < busyLimit / lookAgain && isBusy(reply) && !loop.isOver(); ++turn) {
+        loop.pause(lookAgain);
+        reply = tracker.unmount(mount, limit);
+    }
+    if (reply.value)
+        m_formerMounts.remember(mount.fusePath);
     if (reply.value && process)
         BackEndProcesses(loop, tracker, m_claims).endIdle(*process, mount.busName);
     if (reply.value || reply.isFromNobody())
         return VolumeStatus::success;
     if (reply.error) {
         m_log.lineAlways("Cannot unmount the %@: %@", { what, reply.reason() });
-        return reply.error->domain == G_IO_ERROR && reply.error->code == G_IO_ERROR_BUSY ? VolumeStatus::filesOpen
-                                                                                         : VolumeStatus::ioError;
+        return isBusy(reply) ? VolumeStatus::filesOpen : VolumeStatus::ioError;
     }
     m_log.lineAlways("The %@ does not answer while it is being unmounted", { what });
     if (!mount.isAFP())

@@ -4,6 +4,7 @@
 #include "Foundation/Clock.h"
 #include "Foundation/Log.h"
 #include "Foundation/Preferences.h"
+#include "Platform/Linux/FormerMounts.h"
 #include "Platform/Linux/InterruptEvent.h"
 #include "Platform/Linux/ProcessClaims.h"
 #include "Platform/Linux/VolumeLinks.h"
@@ -75,6 +76,7 @@ private:
     const Settings m_settings;
     InterruptEvent m_interrupted;
     VolumeLinks m_links;
+    const FormerMounts m_formerMounts;
     VolumeReferences m_references;
     ProcessClaims m_claims;
 };

@@ -47,14 +47,21 @@ void look(const std::shared_ptr<Look>& state, const std::string& path) {
     state->ended.notify_all();
 }
 
+/// On a thread of its own: a server that falls silent just now holds whoever looks, and that must not be us.
+std::shared_ptr<Look> begin(const std::string& path) {
+    auto state = std::make_shared<Look>();
+    std::thread([state, path] { look(state, path); }).detach();
+    return state;
+}
+
 } // namespace
 
+void ReadablePath::beginSettling(const std::string& path) {
+    begin(path);
+}
+
 bool ReadablePath::settle(BoundedLoop& loop, const std::string& path) {
-    if (path.empty())
-        return true;
-    const auto state = std::make_shared<Look>();
-    // A thread of its own: a server that falls silent just now holds whoever looks, and that must not be us.
-    std::thread([state, path] { look(state, path); }).detach();
+    const auto state = begin(path);
     const auto end = std::chrono::steady_clock::now()
         + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
     std::unique_lock lock(state->mutex);

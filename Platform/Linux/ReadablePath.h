@@ -9,9 +9,11 @@ namespace quorrel {
 
 namespace ReadablePath {
 
-/// Waits, for a moment at most, until the files of a fresh mount can be reached by their paths. The program that shows
-/// gvfs's mounts as files remembers a place's former mount until it has failed once; that failure is taken here, so
-/// that neither the user nor a script meets it. Whether the path answers as it should; an empty path does.
+/// The program that shows gvfs's mounts as files remembers a place's former mount until it has failed once. This takes
+/// that failure, so that neither the user nor a script meets it. It costs a tenth of a mount, so it goes on beside.
+void beginSettling(const std::string& path);
+
+/// The same, and waits for a moment at most until the files of the mount can be reached. Whether they can.
 bool settle(BoundedLoop& loop, const std::string& path);
 
 } // namespace ReadablePath

@@ -77,6 +77,7 @@ protected:
             for (;;)
                 pause();
         }
+        close(ready[1]); // so that a child that failed ends the wait
         char byte = 0;
         EXPECT_EQ(read(ready[0], &byte, 1), 1);
         EXPECT_EQ(service->unmountVolume(reply.volumeReference), VolumeStatus::filesOpen);
@@ -85,7 +86,6 @@ protected:
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
         close(ready[0]);
-        close(ready[1]);
         EXPECT_EQ(service->unmountVolume(reply.volumeReference), VolumeStatus::success);
         EXPECT_FALSE(isThere(path));
     }
