@@ -2,10 +2,11 @@
 #include "Platform/Linux/PlistFile.h"
 #include "Platform/Linux/PosixChildProcess.h"
 #include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/Fakes/ThreadTime.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <limits>
@@ -193,12 +194,12 @@ TEST_F(PlistFileTest, keepsNumbersExactly) {
 TEST_F(PlistFileTest, needsTimeInProportionToTheShares) {
     const auto timed = [this](int count) {
         const auto value = catalogue(count);
-        auto best = std::chrono::duration<double>::max();
+        auto best = Seconds::max();
         for (int round = 0; round < 3; ++round) {
-            const auto start = std::chrono::steady_clock::now();
+            const auto start = threadTime();
             EXPECT_EQ(file.write(path, value), std::nullopt);
             const auto result = file.read(path);
-            best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start));
+            best = std::min(best, threadTime() - start);
             EXPECT_TRUE(result.root == value);
         }
         return best;

@@ -126,7 +126,7 @@ TEST_F(PosixChildProcessTest, aBackgroundChildThatKeepsTheOutputOpenIsWaitedFor)
     std::atomic<bool> ended = false;
     std::string output;
     std::thread runner([&] {
-        output = shell("(read word <\"$1\"; echo late) & echo early", { gate }).output;
+        output = shell("echo early; (read word <\"$1\"; echo late) &", { gate }).output;
         ended = true;
     });
     std::this_thread::sleep_for(std::chrono::milliseconds(50)); // long enough for a wrong answer
