@@ -73,7 +73,7 @@ MountReply LinuxVolumeService::mountServerVolume(const MountRequest& request) {
         return { VolumeStatus::notResponding, 0 };
     const auto parsed = GvfsLocation::fromRequest(request);
     if (!parsed.location) {
-        m_log.lineAlways("Cannot mount: %@", { parsed.reason });
+        m_log.line("Cannot mount: %@", { parsed.reason });
         return { parsed.status, 0 };
     }
     BoundedLoop loop(m_settings.mountDeadline, m_interrupted);
@@ -83,14 +83,14 @@ MountReply LinuxVolumeService::mountServerVolume(const MountRequest& request) {
 MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& location, const std::string& volumeName) {
     MountTracker tracker(loop);
     if (std::string reason; !tracker.connect(reason)) {
-        m_log.lineAlways("Cannot mount %@ without a session bus: %@", { location.printable, reason });
+        m_log.line("Cannot mount %@ without a session bus: %@", { location.printable, reason });
         return { VolumeStatus::cannotBeMounted, 0 };
     }
     removeStaleLinks(tracker);
     for (int round = 0; round < mostRounds && !loop.isOver(); ++round) {
         const auto failure = attempt(loop, tracker, location);
         if (failure && !failure->isAlreadyMounted()) {
-            m_log.lineAlways("Cannot mount %@: %@", { location.printable, failure->reason() });
+            m_log.line("Cannot mount %@: %@", { location.printable, failure->reason() });
             // AFP's program can fall over its own feet; the next one mostly does not.
             if (failure->isDeadBackEnd() && location.scheme == "afp" && round == 0)
                 continue;
@@ -114,7 +114,7 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
         }
         loop.pause(lookAgain); // another call of ours takes the mount away just now
     }
-    m_log.lineAlways("Cannot mount %@: it did not stay mounted", { location.printable });
+    m_log.line("Cannot mount %@: it did not stay mounted", { location.printable });
     return { loop.isOver() ? VolumeStatus::notResponding : VolumeStatus::ioError, 0 };
 }
 
@@ -134,7 +134,7 @@ std::optional<MountFailure> LinuxVolumeService::attempt(
     } else if (failure && failure->domain == G_IO_ERROR
         && (failure->code == G_IO_ERROR_NOT_MOUNTED || failure->code == G_IO_ERROR_NOT_SUPPORTED)
         && !tracker.supports(location)) {
-        m_log.lineAlways("The desktop's gvfs cannot mount %@ at all", { location.scheme });
+        m_log.line("The desktop's gvfs cannot mount %@ at all", { location.scheme });
     } else if (failure && failure->certificateRefused) {
         if (const auto place = find(loop, tracker, location))
             static_cast<void>(unmountWhole(loop, tracker, place->mount));
@@ -176,16 +176,16 @@ std::optional<std::int32_t> LinuxVolumeService::check(
     if (isAboutTheFile(reply.error.get())) {
         if (reply.error->code != G_IO_ERROR_NOT_FOUND && reply.error->code != G_IO_ERROR_NOT_DIRECTORY)
             return VolumeStatus::success;
-        m_log.lineAlways("Cannot mount %@: %@", { location.printable, reply.reason() });
+        m_log.line("Cannot mount %@: %@", { location.printable, reply.reason() });
         if (isFresh && unmountWhole(loop, tracker, place.mount) != VolumeStatus::success)
             m_log.line("The mount made for %@ stays", { location.printable });
         return VolumeStatus::notFound;
     }
-    m_log.lineAlways("%@ is mounted but does not answer: %@", { location.printable, reply.reason() });
+    m_log.line("%@ is mounted but does not answer: %@", { location.printable, reply.reason() });
     const auto users = VolumeUsers::below(identityOf(place.mount));
     // Who is silent may only be slow: that is not worth somebody's open files.
     if (reply.isTimedOut() && !users.empty()) {
-        m_log.lineAlways("It stays, as it is in use by %@", { VolumeUsers::printed(users) });
+        m_log.line("It stays, as it is in use by %@", { VolumeUsers::printed(users) });
         return VolumeStatus::notResponding;
     }
     m_formerMounts.remember(place.mount.fusePath);
@@ -210,7 +210,7 @@ std::optional<MountReply> LinuxVolumeService::enter(
     if (!reference)
         return std::nullopt;
     if (path.empty()) {
-        m_log.lineAlways("%@ is mounted but has no path: gvfs shows no files here", { location.printable });
+        m_log.line("%@ is mounted but has no path: gvfs shows no files here", { location.printable });
         return MountReply { VolumeStatus::success, *reference };
     }
     std::string reason;
@@ -219,7 +219,7 @@ std::optional<MountReply> LinuxVolumeService::enter(
         return MountReply { VolumeStatus::success,
             m_references.enter(identity, identityOf(place.mount), volume).value_or(*reference) };
     }
-    m_log.lineAlways("There is no link to %@: %@", { location.printable, reason });
+    m_log.line("There is no link to %@: %@", { location.printable, reason });
     return MountReply { VolumeStatus::success, *reference };
 }
 
@@ -228,13 +228,13 @@ std::int32_t LinuxVolumeService::unmountVolume(std::int16_t volumeReference) {
         return VolumeStatus::notResponding;
     const auto entry = m_references.find(volumeReference);
     if (!entry) {
-        m_log.lineAlways("Cannot unmount: no volume has the reference %@", { std::to_string(volumeReference) });
+        m_log.line("Cannot unmount: no volume has the reference %@", { std::to_string(volumeReference) });
         return noSuchVolume;
     }
     BoundedLoop loop(m_settings.unmountDeadline, m_interrupted);
     MountTracker tracker(loop);
     if (std::string reason; !tracker.connect(reason)) {
-        m_log.lineAlways("Cannot unmount %@ without a session bus: %@", { entry->description.volumeName, reason });
+        m_log.line("Cannot unmount %@ without a session bus: %@", { entry->description.volumeName, reason });
         return VolumeStatus::cannotBeMounted;
     }
     return unmountEntry(loop, tracker, *entry);
@@ -244,14 +244,14 @@ std::int32_t LinuxVolumeService::unmountEntry(
     BoundedLoop& loop, MountTracker& tracker, const VolumeReferences::Entry& entry) {
     const auto mounts = tracker.mounts();
     if (!mounts) {
-        m_log.lineAlways("Cannot unmount %@: gvfs does not answer", { entry.description.volumeName });
+        m_log.line("Cannot unmount %@: gvfs does not answer", { entry.description.volumeName });
         return VolumeStatus::notResponding;
     }
     const auto mount = std::find_if(mounts->begin(), mounts->end(), [&](const GvfsMount& one) {
         return one.covers(entry.identity) || FoundVolume::isDescribedBy(entry.description, one);
     });
     if (mount == mounts->end()) {
-        m_log.lineAlways("Cannot unmount %@: it is gone already", { entry.description.volumeName });
+        m_log.line("Cannot unmount %@: it is gone already", { entry.description.volumeName });
         drop(entry);
         return noSuchVolume;
     }
@@ -260,8 +260,7 @@ std::int32_t LinuxVolumeService::unmountEntry(
     const auto users = VolumeUsers::below(goesWhole ? identityOf(*mount) : entry.identity);
     std::int32_t status = VolumeStatus::success;
     if (!users.empty()) {
-        m_log.lineAlways(
-            "Cannot unmount %@: in use by %@", { entry.description.volumeName, VolumeUsers::printed(users) });
+        m_log.line("Cannot unmount %@: in use by %@", { entry.description.volumeName, VolumeUsers::printed(users) });
         status = VolumeStatus::filesOpen;
     } else if (goesWhole) {
         status = unmountWhole(loop, tracker, *mount);
@@ -291,10 +290,10 @@ std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& t
     if (reply.value || reply.isFromNobody())
         return VolumeStatus::success;
     if (reply.error) {
-        m_log.lineAlways("Cannot unmount the %@: %@", { what, reply.reason() });
+        m_log.line("Cannot unmount the %@: %@", { what, reply.reason() });
         return isBusy(reply) ? VolumeStatus::filesOpen : VolumeStatus::ioError;
     }
-    m_log.lineAlways("The %@ does not answer while it is being unmounted", { what });
+    m_log.line("The %@ does not answer while it is being unmounted", { what });
     if (!mount.isAFP())
         return VolumeStatus::notResponding; // gvfs completes it when the server comes back
     if (loop.isOver())
@@ -341,7 +340,7 @@ std::vector<MountedVolume> LinuxVolumeService::mountedVolumes() {
     BoundedLoop loop(m_settings.listDeadline, m_interrupted);
     MountTracker tracker(loop);
     if (std::string reason; !tracker.connect(reason)) {
-        m_log.lineAlways("Cannot list the volumes without a session bus: %@", { reason });
+        m_log.line("Cannot list the volumes without a session bus: %@", { reason });
         return result;
     }
     removeStaleLinks(tracker);
@@ -350,7 +349,7 @@ std::vector<MountedVolume> LinuxVolumeService::mountedVolumes() {
         return result;
     const auto mounts = tracker.mounts();
     if (!mounts) {
-        m_log.lineAlways("Cannot list the volumes: gvfs does not answer");
+        m_log.line("Cannot list the volumes: gvfs does not answer");
         return result;
     }
     for (const auto& link : links) {

@@ -138,18 +138,17 @@ void MountAttempt::answerQuestion() {
 
 bool MountAttempt::mayTrust(const std::string& question) {
     if (m_location.scheme != "https") {
-        m_log.lineAlways("Refused a question of %@: %@", { m_location.printable, question });
+        m_log.line("Refused a question of %@: %@", { m_location.printable, question });
         return false;
     }
     const auto fingerprints = CertificateInspector::inspect(m_loop, m_location.host, m_location.ports().front());
     if (!fingerprints || !CertificateInspector::isNamedIn(question, *fingerprints)) {
-        m_log.lineAlways(
-            "Refused the certificate of %@: it could not be looked at. %@", { m_location.printable, question });
+        m_log.line("Refused the certificate of %@: it could not be looked at. %@", { m_location.printable, question });
         return false;
     }
     if (CertificateInspector::isTrusted(fingerprints->sha256, m_trustedCertificates))
         return true;
-    m_log.lineAlways("Refused the certificate of %@, which the system does not trust; its SHA-256 fingerprint is %@",
+    m_log.line("Refused the certificate of %@, which the system does not trust; its SHA-256 fingerprint is %@",
         { m_location.printable, fingerprints->sha256 });
     return false;
 }
