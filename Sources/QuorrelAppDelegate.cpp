@@ -46,9 +46,10 @@ QuorrelAppDelegate::QuorrelAppDelegate(const ControllerEnvironment& environment)
 }
 
 QuorrelAppDelegate::~QuorrelAppDelegate() {
-    m_self.reset();
+    // Ends the calls of other threads, which read the pointer below.
     m_preferenceSubscriptions.clear();
     m_notificationSubscriptions.clear();
+    m_self.reset();
     m_AFP_Scanner.reset();
     m_SMB_Scanner.reset();
     m_FTP_Scanner.reset();

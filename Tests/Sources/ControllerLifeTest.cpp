@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -310,6 +311,31 @@ TEST_F(ControllerLifeTest, APreferenceChangedOnAnotherThreadReachesTheSwitchesOn
     EXPECT_THAT(parts.takeEvents(), IsEmpty());
     mainThreadQueue.runPending();
     EXPECT_THAT(parts.takeEvents(), ElementsAre("switch http on"));
+}
+
+TEST_F(ControllerLifeTest, ChangesOnOtherThreadsMayComeWhileTheControllerEnds) {
+    constexpr int rounds = 50;
+    for (int round = 0; round < rounds; ++round) {
+        controller = std::make_unique<QuorrelAppDelegate>(environment);
+        controller->applicationDidFinishLaunching();
+        std::atomic<bool> isGone = false;
+        std::atomic<int> changes = 0;
+        std::thread other([&] {
+            while (!isGone) {
+                static_cast<void>(preferences.set("http", true));
+                notificationCenter.post("900");
+                ++changes;
+            }
+        });
+        while (changes == 0)
+            std::this_thread::yield();
+        controller.reset();
+        isGone = true;
+        other.join();
+    }
+    parts.takeEvents();
+    mainThreadQueue.runPending();
+    EXPECT_THAT(parts.takeEvents(), IsEmpty());
 }
 
 TEST_F(ControllerLifeTest, AChangeThatComesAfterTheControllersEndIsDropped) {
