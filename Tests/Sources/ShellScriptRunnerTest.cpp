@@ -36,6 +36,16 @@ TEST_F(ShellScriptRunnerTest, TheRunIsLoggedAndThenTheOutputWithItsOwnLineEnd) {
     EXPECT_TRUE(lines[1].ends_with("] done\n\n")) << lines[1];
 }
 
+TEST_F(ShellScriptRunnerTest, TheRunIsLoggedBeforeTheScriptCanHang) {
+    std::vector<std::string> loggedBefore;
+    childProcess.setResponder("/bin/after", [&](const FakeChildProcess::Call&) {
+        loggedBefore = sink.texts();
+        return ChildProcessResult { true, {}, "done\n" };
+    });
+    EXPECT_TRUE(execute(""));
+    EXPECT_EQ(loggedBefore, (std::vector<std::string> { "Running script: /bin/after " }));
+}
+
 TEST_F(ShellScriptRunnerTest, OutputOutsideAsciiIsReplacedAndItsControlsEscaped) {
     childProcess.setOutput("/bin/after", "gr\xC3\xBCn 100%@ \x1B[31m\ttab");
     EXPECT_TRUE(execute(""));
