@@ -86,7 +86,7 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
     std::string reason;
     {
         const std::lock_guard lock(m_state->mutex);
-        m_state->waiting.push_back(operation);
+        m_state->waiting.push_back(std::move(operation));
         if (m_state->threads >= m_state->maxConcurrent)
             return;
         try {
@@ -96,6 +96,7 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
         } catch (const std::system_error& error) {
             if (m_state->threads > 0)
                 return; // one of the threads there are comes to it later
+            operation = std::move(m_state->waiting.back());
             m_state->waiting.pop_back();
             reason = error.what();
         }

@@ -40,7 +40,7 @@ std::vector<std::string> Preferences::texts(std::string_view key) const {
     return valueOr(value(key), std::vector<std::string>());
 }
 
-bool Preferences::set(std::string key, std::optional<PreferenceValue> value) {
+bool Preferences::set(const std::string& key, std::optional<PreferenceValue> value) {
     bool saved = true;
     {
         const std::lock_guard storeLock(m_storeMutex);

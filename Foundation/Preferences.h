@@ -35,7 +35,7 @@ public:
 
     /// Sets, or removes with an absent value, and writes the store. False when that failed; the value then holds for
     /// this run. Observers of the key are told also of an equal value.
-    bool set(std::string key, std::optional<PreferenceValue> value);
+    bool set(const std::string& key, std::optional<PreferenceValue> value);
 
     /// Reads the store again and tells the observers of what changed: for changes made by another process.
     void reload();

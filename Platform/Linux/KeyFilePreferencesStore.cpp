@@ -111,6 +111,7 @@ void put(GKeyFile* file, const std::string& key, const PreferenceValue& value) {
         for (const auto& item : std::get<std::vector<std::string>>(value))
             items.push_back(textForFile(item));
         std::vector<const char*> pointers;
+        pointers.reserve(items.size() + 1);
         for (const auto& item : items)
             pointers.push_back(item.c_str());
         pointers.push_back(nullptr);

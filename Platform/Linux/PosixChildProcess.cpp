@@ -108,6 +108,7 @@ ChildProcessResult PosixChildProcess::run(const std::string& path, const std::ve
     std::vector<std::string> words { path };
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (auto& word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);
