@@ -32,6 +32,7 @@ public:
 
     /// The user's folder for applications' data; absent when there is none.
     [[nodiscard]] virtual std::optional<std::string> applicationSupportDirectory() const = 0;
+    /// The user's own folder for files that need not last.
     [[nodiscard]] virtual std::string temporaryDirectory() const = 0;
     /// Whether anything is there, of whatever kind.
     [[nodiscard]] virtual bool exists(const std::string& path) const = 0;

@@ -8,6 +8,7 @@
 #include <array>
 #include <climits>
 #include <cstddef>
+#include <cstdlib>
 #include <utility>
 
 #include <sys/stat.h>
@@ -31,6 +32,19 @@ std::string askForName(const LinuxWorkspace::Places& places) {
     return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "localhost";
 }
 
+/// Everybody may put things into the system's folder, and a catalogue names scripts that are run: what is read back
+/// must not be somebody else's.
+std::string ownFolderIn(const std::string& parent) {
+    auto folder = parent + "/quorrel-" + std::to_string(::geteuid());
+    ::mkdir(folder.c_str(), S_IRWXU);
+    struct stat status { };
+    if (::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid()
+        && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0)
+        return folder;
+    folder = parent + "/quorrel-XXXXXX";
+    return ::mkdtemp(folder.data()) ? folder : "/dev/null"; // below that is nothing, and nothing can be made
+}
+
 std::optional<std::string> orAbsent(std::string_view text) {
     return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
@@ -52,7 +66,8 @@ std::optional<std::string> LinuxWorkspace::applicationSupportDirectory() const {
 }
 
 std::string LinuxWorkspace::temporaryDirectory() const {
-    return m_places.temporary;
+    std::call_once(m_temporaryMade, [this] { m_temporary = ownFolderIn(m_places.temporary); });
+    return m_temporary;
 }
 
 bool LinuxWorkspace::exists(const std::string& path) const {

@@ -14,7 +14,7 @@ class LinuxWorkspace final : public Workspace {
 public:
     struct Places final {
         std::optional<std::string> data; ///< the user's folder for applications' data
-        std::string temporary;
+        std::string temporary; ///< the system's; the user's own folder is made in it when it is asked for
         std::string icons; ///< icon files are in "Contents/Resources/" below it
         std::string systemBus; ///< the system message bus's address
         std::string machineInfo = "/etc/machine-info";
@@ -40,6 +40,8 @@ private:
     const Places m_places;
     mutable std::once_flag m_nameAsked;
     mutable std::string m_name;
+    mutable std::once_flag m_temporaryMade;
+    mutable std::string m_temporary;
 };
 
 } // namespace quorrel

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include <unistd.h>
@@ -105,6 +106,12 @@ protected:
         return { folder.path("share/data"), "/tmp", QUORREL_ICONS, "unix:path=/nonexistent",
             folder.path("machine-info") };
     }
+    [[nodiscard]] LinuxWorkspace::Places placesInFolder() const {
+        auto result = places();
+        result.temporary = folder.path();
+        return result;
+    }
+    [[nodiscard]] std::string ownTemporary() const { return folder.path("quorrel-" + std::to_string(geteuid())); }
     /// The icon file that a model comes to, by the parents' where its own kind has none.
     [[nodiscard]] static std::string iconFor(const LinuxWorkspace& workspace, const std::string& model) {
         auto declaration = workspace.typeDeclaration(workspace.typeIdentifierForModelCode(model));
@@ -132,6 +139,45 @@ TEST_F(LinuxWorkspaceTest, aDataFolderThatCannotBeIsAbsent) {
     auto without = places();
     without.data = std::nullopt;
     EXPECT_FALSE(LinuxWorkspace(without).applicationSupportDirectory());
+}
+
+TEST_F(LinuxWorkspaceTest, theTemporaryFolderIsTheOwnersAloneAndTheSameInTheNextRun) {
+    const LinuxWorkspace workspace(placesInFolder());
+    EXPECT_EQ(workspace.temporaryDirectory(), ownTemporary());
+    EXPECT_EQ(folder.modeOf("quorrel-" + std::to_string(geteuid())), 0700U);
+    EXPECT_EQ(LinuxWorkspace(placesInFolder()).temporaryDirectory(), ownTemporary());
+}
+
+TEST_F(LinuxWorkspaceTest, aTemporaryFolderThatOthersCouldHaveFilledIsNotUsed) {
+    const auto elsewhere = folder.path("elsewhere");
+    std::filesystem::create_directory(elsewhere);
+    std::filesystem::permissions(elsewhere, std::filesystem::perms::owner_all);
+    const std::array<std::function<void()>, 3> traps { {
+        [&] { std::filesystem::create_directory_symlink(elsewhere, ownTemporary()); },
+        [&] { folder.put("quorrel-" + std::to_string(geteuid()), "a file"); },
+        [&] {
+            std::filesystem::create_directory(ownTemporary());
+            std::filesystem::permissions(ownTemporary(), std::filesystem::perms::all);
+        },
+    } };
+    for (const auto& setTrap : traps) {
+        std::filesystem::remove_all(ownTemporary());
+        setTrap();
+        const LinuxWorkspace workspace(placesInFolder());
+        const auto path = workspace.temporaryDirectory();
+        EXPECT_NE(path, ownTemporary());
+        EXPECT_EQ(folder.modeOf(std::filesystem::path(path).filename()), 0700U);
+        EXPECT_EQ(workspace.temporaryDirectory(), path);
+    }
+}
+
+TEST_F(LinuxWorkspaceTest, whereNoTemporaryFolderCanBeNothingIsReadOrWritten) {
+    auto nowhere = places();
+    nowhere.temporary = folder.path("nowhere");
+    LinuxWorkspace workspace(nowhere);
+    const auto below = workspace.temporaryDirectory() + "/Quorrel";
+    EXPECT_FALSE(workspace.createDirectory(below));
+    EXPECT_FALSE(workspace.exists(below));
 }
 
 TEST_F(LinuxWorkspaceTest, aLinkToNothingIsSomething) {
