@@ -76,7 +76,8 @@ bool LinuxWorkspace::exists(const std::string& path) const {
 }
 
 bool LinuxWorkspace::createDirectory(const std::string& path) {
-    return ::mkdir(path.c_str(), S_IRWXU) == 0;
+    // The umask can have taken the owner's own rights away.
+    return ::mkdir(path.c_str(), S_IRWXU) == 0 && ::chmod(path.c_str(), S_IRWXU) == 0;
 }
 
 std::string LinuxWorkspace::typeIdentifierForModelCode(const std::string& modelCode) const {

@@ -152,7 +152,8 @@ std::optional<std::string> keepDamaged(const std::string& path) {
 std::optional<std::string> createFolders(const std::string& path) {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
         const auto part = path.substr(0, end);
-        if (::mkdir(part.c_str(), ownerFolder) != 0 && errno != EEXIST) {
+        const bool isMade = ::mkdir(part.c_str(), ownerFolder) == 0 && ::chmod(part.c_str(), ownerFolder) == 0;
+        if (!isMade && errno != EEXIST) {
             // A folder above may be one that this user can pass but not write.
             const int error = errno;
             struct stat status { };

@@ -148,11 +148,12 @@ TEST_F(CatalogueOnDiskTest, WhatIsSavedIsXMLThatAnotherToolReadsInOrder) {
 }
 
 TEST_F(CatalogueOnDiskTest, FolderAndFileAreTheOwnersAloneWhateverTheUmask) {
-    for (const mode_t mask : { mode_t { 0 }, mode_t { 077 }, mode_t { 022 } }) {
+    for (const mode_t mask : { mode_t { 0 }, mode_t { 077 }, mode_t { 022 }, mode_t { 0377 } }) {
         std::filesystem::remove_all(home.path() + "/data");
         const Umask umask(mask);
         addHost("Office", smb, { "Public" });
         controller->saveHostsArray();
+        EXPECT_EQ(modeOf(home.path() + "/data"), 0700U) << mask;
         EXPECT_EQ(modeOf(folder), 0700U) << mask;
         EXPECT_EQ(modeOf(file), 0600U) << mask;
         controller->saveHostsArray();
