@@ -89,22 +89,26 @@ bool MountOperation::waitForResolution() {
 }
 
 void MountOperation::pause(Seconds duration) {
-    WakeSignal resolved;
+    // A resolver marks the host resolved before it has written all that it found out, the port above all, and ends
+    // "resolving" last: woken by the first mark alone, the mount would run ahead of it.
+    const auto isReady = [](const std::shared_ptr<HostDefinition>& host) {
+        return host && host->resolved.get() && !host->resolving.get();
+    };
+    WakeSignal ready;
     Subscription subscription;
     if (const auto host = this->host())
         subscription
-            = host->observe("resolved", [&resolved, weakHost = std::weak_ptr(host)](std::string_view, Change change) {
-                  const auto observed = change == Change::Did ? weakHost.lock() : nullptr;
-                  if (observed && observed->resolved.get())
-                      resolved.signal();
+            = host->observeAll([&ready, &isReady, weakHost = std::weak_ptr(host)](std::string_view key, Change change) {
+                  if (change == Change::Did && (key == "resolved" || key == "resolving") && isReady(weakHost.lock()))
+                      ready.signal();
               });
     // A host that is resolved and lost again within one pause has the rest of it slept out, so that the whole wait
     // keeps its length.
     for (auto left = duration; left > Seconds::zero();) {
-        resolved.reset();
-        if (isHostResolved())
+        ready.reset();
+        if (isReady(host()))
             return;
-        left -= m_environment.clock.sleep(left, &resolved);
+        left -= m_environment.clock.sleep(left, &ready);
     }
 }
 

@@ -174,6 +174,31 @@ TEST_F(MountOperationTest, AHostThatIsResolvedAndLostAgainDoesNotShortenTheWait)
     EXPECT_EQ(clock.elapsed(), Seconds(50));
 }
 
+TEST_F(MountOperationTest, TheMountWaitsUntilTheResolverHasWrittenThePort) {
+    const auto sharePoint = share(smb);
+    host->resolved.set(false);
+    host->resolving.set(true);
+    clock.at(Seconds(2), [&] { host->resolved.set(true); });
+    clock.at(Seconds(3), [&] {
+        sharePoint->parentService.get().lock()->port.set(4450);
+        host->resolving.set(false);
+    });
+    mount(sharePoint);
+    EXPECT_EQ(clock.elapsed(), Seconds(3));
+    EXPECT_EQ(countOfLine(waitingLine), 1);
+    EXPECT_NE(volumes.requests().at(0).url.find(":4450/"), std::string::npos);
+}
+
+TEST_F(MountOperationTest, AHostThatIsMarkedResolvedIsMountedAtTheNextLookAlsoWhileItIsResolving) {
+    const auto sharePoint = share(smb);
+    host->resolved.set(false);
+    host->resolving.set(true);
+    clock.at(Seconds(2), [&] { host->resolved.set(true); });
+    mount(sharePoint);
+    EXPECT_EQ(clock.elapsed(), Seconds(5));
+    EXPECT_TRUE(sharePoint->mounted.get());
+}
+
 TEST_F(MountOperationTest, AHostDeletedWhileItIsWaitedForIsUnresolved) {
     host->resolved.set(false);
     const auto sharePoint = share(smb);
