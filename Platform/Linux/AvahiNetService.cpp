@@ -114,7 +114,8 @@ bool AvahiNetService::end() {
 }
 
 void AvahiNetService::fail(const std::string& error) {
-    const auto reason = error; // what it refers to may go with the end
+    // What it refers to may go with the end.
+    const auto reason = error; // NOLINT(performance-unnecessary-copy-initialization)
     if (end() && m_delegate)
         m_delegate->netServiceDidNotResolve(*this, reason); // may destroy it
 }

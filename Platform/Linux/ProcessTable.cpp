@@ -35,9 +35,9 @@ std::vector<std::string> namesIn(const std::string& path) {
 /// Inodes of the process's sockets.
 std::set<std::string> socketsOf(pid_t process) {
     std::set<std::string> sockets;
-    const auto folder = "/proc/" + std::to_string(process) + "/fd";
+    const auto folder = "/proc/" + std::to_string(process) + "/fd/";
     for (const auto& name : namesIn(folder)) {
-        const auto target = ProcessTable::linkTarget(folder + "/" + name);
+        const auto target = ProcessTable::linkTarget(folder + name);
         if (target.starts_with("socket:[") && target.ends_with(']'))
             sockets.insert(target.substr(8, target.size() - 9));
     }
