@@ -21,9 +21,11 @@ namespace {
 
 constexpr std::int32_t noSuchVolume = -35;
 constexpr int mostRounds = 4;
+constexpr int clumsyRounds = 2;
 constexpr Seconds answerLimit { 5 }; // for a volume that is mounted already to show that it lives
 constexpr Seconds fuseLimit { 2 }; // gvfs shows its mounts as files a moment after a session's first mount
 constexpr Seconds lookAgain { 0.02 };
+constexpr auto nobodysFile = ".quorrel-nobodys-file";
 constexpr Seconds cleanupTime { 2 };
 constexpr Seconds hastyCleanupTime { 0.3 };
 constexpr Seconds quickUnmountLimit { 4 };
@@ -92,7 +94,8 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
         if (failure && !failure->isAlreadyMounted()) {
             m_log.line("Cannot mount %@: %@", { location.printable, failure->reason() });
             // AFP's program can fall over its own feet; the next one mostly does not.
-            if (failure->isDeadBackEnd() && location.scheme == "afp" && round == 0)
+            if (location.scheme == "afp" && round < clumsyRounds
+                && (failure->isDeadBackEnd() || failure->isBrokenKeyExchange()))
                 continue;
             return { failure->status(), 0 };
         }
@@ -105,10 +108,7 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
         if (!status)
             continue;
         if (const auto reply = enter(*place, location, volumeName)) {
-            const auto path = place->readablePath();
-            if (!path.empty() && !m_formerMounts.contains(place->mount.fusePath))
-                ReadablePath::beginSettling(path);
-            else if (!path.empty() && !ReadablePath::settle(loop, path))
+            if (!waitForFiles(loop, *place))
                 m_log.line("The files of %@ are slow to show", { location.printable });
             return *reply;
         }
@@ -116,6 +116,15 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
     }
     m_log.line("Cannot mount %@: it did not stay mounted", { location.printable });
     return { loop.isOver() ? VolumeStatus::notResponding : VolumeStatus::ioError, 0 };
+}
+
+bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, const Place& place) const {
+    const auto path = place.readablePath();
+    if (path.empty())
+        return true; // there are none to wait for, as the log says already
+    return m_formerMounts.contains(place.mount.fusePath)
+        ? ReadablePath::waitUntilReachable(loop, path)
+        : ReadablePath::waitUntilListed(loop, place.mount.fusePath, path);
 }
 
 std::optional<MountFailure> LinuxVolumeService::attempt(
@@ -167,8 +176,17 @@ std::optional<std::int32_t> LinuxVolumeService::check(
     // An FTP server is mounted whatever folder was asked for; all others have said by now whether the share is there.
     if (isFresh && !(place.mount.isFTP() && !place.within.empty()))
         return VolumeStatus::success;
-    const auto limit = std::min(answerLimit, loop.remaining() / 2);
-    const auto reply = tracker.queryInfo(place.mount, place.within, limit);
+    const auto ask = [&](const std::string& path) {
+        return tracker.queryInfo(place.mount, path, std::min(answerLimit, loop.remaining() / 2));
+    };
+    auto reply = ask(place.within);
+    // FTP's program speaks for its root, and for what it has listed before, without asking the server; but not for what
+    // is not there.
+    if (reply.value && !isFresh && place.mount.isFTP()) {
+        reply = ask(place.within.empty() ? nobodysFile : place.within + "/" + nobodysFile);
+        if (isAboutTheFile(reply.error.get()))
+            return VolumeStatus::success;
+    }
     if (reply.value)
         return VolumeStatus::success;
     if (loop.isInterrupted())

@@ -56,6 +56,8 @@ private:
     [[nodiscard]] MountReply mount(BoundedLoop& loop, const GvfsLocation& location, const std::string& volumeName);
     [[nodiscard]] std::optional<MountFailure> attempt(
         BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
+    /// Whether the volume's files can be read by now, or there are none to be read.
+    [[nodiscard]] bool waitForFiles(BoundedLoop& loop, const Place& place) const;
     [[nodiscard]] std::optional<Place> find(BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
     /// Whether the location is really there. Absent means that what hindered it is gone and the mount may be repeated.
     [[nodiscard]] std::optional<std::int32_t> check(

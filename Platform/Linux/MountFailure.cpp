@@ -87,6 +87,11 @@ bool MountFailure::isDeadBackEnd() const {
             || code == G_DBUS_ERROR_NAME_HAS_NO_OWNER);
 }
 
+bool MountFailure::isBrokenKeyExchange() const {
+    return end == End::Answered && domain == G_IO_ERROR && code == G_IO_ERROR_FAILED
+        && message.find("kFPAuthContinue") != std::string::npos; // the protocol's own name for it, not translated
+}
+
 bool MountFailure::wantsProbe() const {
     return end == End::Answered && domain == G_IO_ERROR && code == G_IO_ERROR_FAILED && !loginRefused
         && !certificateRefused && verdict == PortProbe::Verdict::Unknown;

@@ -24,6 +24,8 @@ struct MountFailure final {
     [[nodiscard]] bool isAlreadyMounted() const;
     /// Whether the process that was to mount died on the way.
     [[nodiscard]] bool isDeadBackEnd() const;
+    /// Whether AFP's program lost its way in the exchange of keys, which happens with one mount in a hundred.
+    [[nodiscard]] bool isBrokenKeyExchange() const;
     /// Whether only a look at the server's port can tell the cause.
     [[nodiscard]] bool wantsProbe() const;
 

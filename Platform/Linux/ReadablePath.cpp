@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/ReadablePath.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -16,15 +17,15 @@ namespace quorrel {
 
 namespace {
 
-constexpr Seconds limit { 2 };
-constexpr std::chrono::milliseconds lookAgain { 5 };
+constexpr Seconds limit { 4 };
+constexpr std::chrono::milliseconds lookAgain { 2 };
 constexpr std::chrono::milliseconds glance { 20 };
 
 struct Look final {
     std::mutex mutex;
     std::condition_variable ended;
     bool isDone = false;
-    bool isReadable = false;
+    bool isSuccessful = false;
 };
 
 bool isReachable(const std::string& path) {
@@ -34,40 +35,60 @@ bool isReachable(const std::string& path) {
         || errno == EACCES || errno == EPERM;
 }
 
-void look(const std::shared_ptr<Look>& state, const std::string& path) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
-    bool readable = isReachable(path);
-    while (!readable && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(lookAgain);
-        readable = isReachable(path);
-    }
-    const std::lock_guard lock(state->mutex);
-    state->isReadable = readable;
-    state->isDone = true;
-    state->ended.notify_all();
+bool isListed(const std::string& path) {
+    const auto slash = path.rfind('/');
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.substr(0, slash).c_str()), closedir);
+    if (!directory)
+        return false;
+    while (const dirent* item = readdir(directory.get())) // NOLINT(concurrency-mt-unsafe): each call has its own
+        if (path.compare(slash + 1, std::string::npos, static_cast<const char*>(item->d_name)) == 0)
+            return true;
+    return false;
 }
 
-/// On a thread of its own: a server that falls silent just now holds whoever looks, and that must not be us.
-std::shared_ptr<Look> begin(const std::string& path) {
-    auto state = std::make_shared<Look>();
-    std::thread([state, path] { look(state, path); }).detach();
-    return state;
+bool repeat(bool (*look)(const std::string&), const std::string& path) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
+    bool isSuccessful = look(path);
+    while (!isSuccessful && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(lookAgain);
+        isSuccessful = look(path);
+    }
+    return isSuccessful;
+}
+
+void tell(Look& state, bool isSuccessful) {
+    const std::lock_guard lock(state.mutex);
+    state.isSuccessful = isSuccessful;
+    state.isDone = true;
+    state.ended.notify_all();
+}
+
+bool wait(BoundedLoop& loop, Look& state) {
+    const auto end = std::chrono::steady_clock::now()
+        + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
+    std::unique_lock lock(state.mutex);
+    while (!state.isDone && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
+        state.ended.wait_for(lock, glance);
+    return state.isDone && state.isSuccessful;
 }
 
 } // namespace
 
-void ReadablePath::beginSettling(const std::string& path) {
-    begin(path);
+// Both look on a thread of their own: a server that falls silent just now holds whoever looks, and that must not be us.
+
+bool ReadablePath::waitUntilListed(BoundedLoop& loop, const std::string& mountFolder, const std::string& path) {
+    const auto state = std::make_shared<Look>();
+    std::thread([state, mountFolder, path] {
+        tell(*state, repeat(isListed, mountFolder));
+        repeat(isReachable, path);
+    }).detach();
+    return wait(loop, *state);
 }
 
-bool ReadablePath::settle(BoundedLoop& loop, const std::string& path) {
-    const auto state = begin(path);
-    const auto end = std::chrono::steady_clock::now()
-        + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
-    std::unique_lock lock(state->mutex);
-    while (!state->isDone && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
-        state->ended.wait_for(lock, glance);
-    return state->isDone && state->isReadable;
+bool ReadablePath::waitUntilReachable(BoundedLoop& loop, const std::string& path) {
+    const auto state = std::make_shared<Look>();
+    std::thread([state, path] { tell(*state, repeat(isReachable, path)); }).detach();
+    return wait(loop, *state);
 }
 
 } // namespace quorrel

@@ -7,14 +7,17 @@
 
 namespace quorrel {
 
+/// The program that shows gvfs's mounts as files hears of a mount on its own, a moment before or after us. And it
+/// remembers a place's former mount until that has failed once.
 namespace ReadablePath {
 
-/// The program that shows gvfs's mounts as files remembers a place's former mount until it has failed once. This takes
-/// that failure, so that neither the user nor a script meets it. It costs a tenth of a mount, so it goes on beside.
-void beginSettling(const std::string& path);
+/// Waits until that program lists the mount, for a few seconds at most; that costs its server nothing. Whether it does.
+/// What the former mount left there is taken care of beside.
+bool waitUntilListed(BoundedLoop& loop, const std::string& mountFolder, const std::string& path);
 
-/// The same, and waits for a moment at most until the files of the mount can be reached. Whether they can.
-bool settle(BoundedLoop& loop, const std::string& path);
+/// Waits, for a few seconds at most, until the files of the mount can be reached, and takes the former mount's failure,
+/// so that neither the user nor a script meets it. It costs a tenth of a mount. Whether they can.
+bool waitUntilReachable(BoundedLoop& loop, const std::string& path);
 
 } // namespace ReadablePath
 

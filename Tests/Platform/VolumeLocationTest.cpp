@@ -188,4 +188,14 @@ TEST(MountFailureTest, ProbeExplainsAnErrorThatSaysNothing) {
     EXPECT_LT(silent.status(), -10000);
 }
 
+TEST(MountFailureTest, BrokenKeyExchangeIsToldFromOtherFailures) {
+    const std::string message = "Got error “kFPAuthContinue” from server";
+    EXPECT_TRUE(failure(G_IO_ERROR, G_IO_ERROR_FAILED, message).isBrokenKeyExchange());
+    EXPECT_FALSE(failure(G_IO_ERROR, G_IO_ERROR_FAILED, "Got error “kFPMiscErr” from server").isBrokenKeyExchange());
+    EXPECT_FALSE(failure(G_IO_ERROR, G_IO_ERROR_PERMISSION_DENIED, message).isBrokenKeyExchange());
+    auto late = failure(G_IO_ERROR, G_IO_ERROR_FAILED, message);
+    late.end = MountFailure::End::PastDeadline;
+    EXPECT_FALSE(late.isBrokenKeyExchange());
+}
+
 } // namespace quorrel
