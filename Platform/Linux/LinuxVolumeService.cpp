@@ -44,6 +44,16 @@ bool isAboutTheFile(const GError* error) {
             || error->code == G_IO_ERROR_BUSY);
 }
 
+/// Whether gvfs's own program failed, and not the server: the next one mostly fares better.
+bool isClumsy(const MountFailure& failure, const GvfsLocation& location, int round) {
+    if (failure.isDeadBackEnd())
+        return round < clumsyRounds;
+    if (location.scheme != "afp")
+        return false;
+    return failure.isBrokenKeyExchange() ? round < clumsyRounds
+                                         : failure.end == MountFailure::End::PastDeadline && round == 0;
+}
+
 bool isBusy(const TrackerReply& reply) {
     return reply.error && reply.error->domain == G_IO_ERROR && reply.error->code == G_IO_ERROR_BUSY;
 }
@@ -90,13 +100,15 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
     }
     removeStaleLinks(tracker);
     for (int round = 0; round < mostRounds && !loop.isOver(); ++round) {
-        const auto failure = attempt(loop, tracker, location);
+        // AFP's program now and then waits for itself: the first one is not to have all the time there is.
+        const auto limit = location.scheme == "afp" && round == 0 ? loop.remaining() / 3 : loop.remaining();
+        const auto failure = attempt(loop, tracker, location, limit);
         if (failure && !failure->isAlreadyMounted()) {
-            m_log.line("Cannot mount %@: %@", { location.printable, failure->reason() });
-            // AFP's program can fall over its own feet; the next one mostly does not.
-            if (location.scheme == "afp" && round < clumsyRounds
-                && (failure->isDeadBackEnd() || failure->isBrokenKeyExchange()))
+            if (!loop.isOver() && isClumsy(*failure, location, round)) {
+                m_log.line("Mounting %@ again: %@", { location.printable, failure->reason() });
                 continue;
+            }
+            m_log.line("Cannot mount %@: %@", { location.printable, failure->reason() });
             return { failure->status(), 0 };
         }
         const auto place = find(loop, tracker, location);
@@ -128,16 +140,17 @@ bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, const Place& place) con
 }
 
 std::optional<MountFailure> LinuxVolumeService::attempt(
-    BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) {
+    BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit) {
     BackEndProcesses::Trace trace { location.backEndName(), ProcessTable::nowTicks(), {} };
     std::optional<MountFailure> failure;
     {
         MountAttempt attempt(loop, m_log, location, m_preferences.texts("trustedCertificates"));
-        failure = attempt.run();
+        failure = attempt.run(limit);
         trace.addresses = attempt.addresses();
     }
     if (failure && failure->end != MountFailure::End::Answered) {
-        loop.grantForCleanup(failure->end == MountFailure::End::Interrupted ? hastyCleanupTime : cleanupTime);
+        if (loop.isOver() || failure->end == MountFailure::End::NotReachable)
+            loop.grantForCleanup(failure->end == MountFailure::End::Interrupted ? hastyCleanupTime : cleanupTime);
         if (BackEndProcesses(loop, tracker, m_claims).endPending(trace))
             m_log.line("Ended the program that still waited for %@", { location.printable });
     } else if (failure && failure->domain == G_IO_ERROR

@@ -55,7 +55,7 @@ private:
 
     [[nodiscard]] MountReply mount(BoundedLoop& loop, const GvfsLocation& location, const std::string& volumeName);
     [[nodiscard]] std::optional<MountFailure> attempt(
-        BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
+        BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit);
     /// Whether the volume's files can be read by now, or there are none to be read.
     [[nodiscard]] bool waitForFiles(BoundedLoop& loop, const Place& place) const;
     [[nodiscard]] std::optional<Place> find(BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);

@@ -3,6 +3,8 @@
 
 #include "Platform/Linux/CertificateInspector.h"
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace quorrel {
@@ -33,12 +35,12 @@ MountAttempt::~MountAttempt() {
     g_mount_operation_set_password(m_operation.get(), nullptr);
 }
 
-std::optional<MountFailure> MountAttempt::run() {
+std::optional<MountFailure> MountAttempt::run(Seconds limit) {
     const GObjectPointer<GFile> file(g_file_new_for_uri(m_location.uri.c_str()));
     auto mount = BoundedLoop::begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
         g_file_mount_enclosing_volume(file.get(), G_MOUNT_MOUNT_NONE, m_operation.get(), cancellable, callback, data);
     });
-    waitForAnswer(mount);
+    waitForAnswer(mount, limit);
     if (!mount.isDone())
         return m_failure;
     GError* error = nullptr;
@@ -58,11 +60,13 @@ std::optional<MountFailure> MountAttempt::run() {
     return m_failure;
 }
 
-void MountAttempt::waitForAnswer(const BoundedLoop::Pending& mount) {
+void MountAttempt::waitForAnswer(const BoundedLoop::Pending& mount, Seconds limit) {
     const auto needsUs
         = [&] { return mount.isDone() || m_question || m_probe.verdict() == PortProbe::Verdict::NotResponding; };
+    const auto start = std::chrono::steady_clock::now();
     for (;;) {
-        const bool isReady = m_probe.isStarted() ? m_loop.waitUntil(needsUs) : m_loop.waitUntil(needsUs, goodTime);
+        const Seconds left = limit - (std::chrono::steady_clock::now() - start);
+        const bool isReady = m_loop.waitUntil(needsUs, m_probe.isStarted() ? left : std::min(left, goodTime));
         if (mount.isDone())
             return;
         if (m_question) {
@@ -70,7 +74,7 @@ void MountAttempt::waitForAnswer(const BoundedLoop::Pending& mount) {
         } else if (isReady) {
             m_failure.end = MountFailure::End::NotReachable;
             return;
-        } else if (m_loop.isOver()) {
+        } else if (m_loop.isOver() || left <= Seconds::zero()) {
             m_failure.end = m_loop.isInterrupted() ? MountFailure::End::Interrupted : MountFailure::End::PastDeadline;
             return;
         } else {

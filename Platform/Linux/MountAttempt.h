@@ -26,8 +26,8 @@ public:
     MountAttempt(const MountAttempt&) = delete;
     MountAttempt& operator=(const MountAttempt&) = delete;
 
-    /// Absent after a success. Runs once.
-    [[nodiscard]] std::optional<MountFailure> run();
+    /// Absent after a success. Runs once, up to that limit and to the loop's deadline.
+    [[nodiscard]] std::optional<MountFailure> run(Seconds limit);
 
     /// The server's addresses as far as they became known.
     [[nodiscard]] const std::vector<std::string>& addresses() const { return m_probe.addresses(); }
@@ -43,7 +43,7 @@ private:
     void answerQuestion();
     [[nodiscard]] bool mayTrust(const std::string& question);
     /// Runs callbacks until gvfs answers; sets the end of the failure if it does not.
-    void waitForAnswer(const BoundedLoop::Pending& mount);
+    void waitForAnswer(const BoundedLoop::Pending& mount, Seconds limit);
     void explain();
 
     BoundedLoop& m_loop;
