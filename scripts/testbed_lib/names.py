@@ -6,6 +6,7 @@ import random
 import socket
 import struct
 
+from . import processes
 from .bed import Failure, accepts_unix
 
 _DNS_ADDRESS = "127.0.0.1"
@@ -125,7 +126,26 @@ _MODEL = """  <service>
 """
 
 
+def _give_avahi_our_numbers(bed):
+    """The daemon hands its folder to the user avahi, and there is but one user to be had.
+
+    For everybody in this mount namespace, as tests start the daemon again by themselves.
+    """
+    for place, fields in (("/etc/passwd", 4), ("/etc/group", 3)):
+        lines = []
+        with open(place, encoding="utf-8") as file:
+            for line in file.read().splitlines():
+                parts = line.split(":")
+                if parts[0] in ("avahi", "netdev"):
+                    parts[2:fields] = ["0"] * (fields - 2)
+                lines.append(":".join(parts))
+        cover = bed.write(os.path.basename(place), "\n".join(lines) + "\n", mode=0o644)
+        bed.run_tool(["mount", "--bind", cover, place])
+
+
 def start_avahi(bed):
+    if not processes.is_real_root():
+        _give_avahi_our_numbers(bed)
     # Its own /run: the standard socket of the system bus and Avahi's are then the run's own.
     bed.run_tool(["mount", "-t", "tmpfs", "-o", "mode=755", "testbed", "/run"])
     os.makedirs("/run/dbus")
@@ -149,8 +169,7 @@ def start_avahi(bed):
     bed.run_tool(["mount", "--bind", services, "/etc/avahi/services"])
     bed.run_tool(["mount", "--bind", hosts, "/etc/avahi/hosts"])
     bed.start("avahi", ["avahi-daemon", "--file", configuration, "--no-drop-root", "--no-chroot",
-                        "--no-rlimits"],
-              environment=bed.root_environment(("avahi", "netdev")))
+                        "--no-rlimits"])
     bed.export(AVAHI_AFP="Attic", AVAHI_SMB="Cellar", AVAHI_PID=bed.running["avahi"].pid,
                AVAHI_CONFIG=configuration)
     return lambda: bed.log_of("avahi").count("successfully established") >= 2
