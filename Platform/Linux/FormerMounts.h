@@ -5,8 +5,8 @@
 
 namespace quorrel {
 
-/// Remembers for the session which places were mounted and unmounted again, also by earlier runs: gvfs is slow to
-/// forget them. Any thread. What cannot be written is not remembered.
+/// Remembers for the session which places were mounted before, also by earlier runs: gvfs is slow to forget them. Any
+/// thread. What cannot be written is not remembered.
 class FormerMounts final {
 public:
     explicit FormerMounts(const std::string& runtimeDirectory);

@@ -134,9 +134,11 @@ bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, const Place& place) con
     const auto path = place.readablePath();
     if (path.empty())
         return true; // there are none to wait for, as the log says already
-    return m_formerMounts.contains(place.mount.fusePath)
-        ? ReadablePath::waitUntilReachable(loop, path)
-        : ReadablePath::waitUntilListed(loop, place.mount.fusePath, path);
+    const bool isFormer = m_formerMounts.contains(place.mount.fusePath);
+    // Now, since it may be somebody else who takes the mount away.
+    m_formerMounts.remember(place.mount.fusePath);
+    return isFormer ? ReadablePath::waitUntilReachable(loop, path)
+                    : ReadablePath::waitUntilListed(loop, place.mount.fusePath);
 }
 
 std::optional<MountFailure> LinuxVolumeService::attempt(

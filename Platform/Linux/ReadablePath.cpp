@@ -76,12 +76,9 @@ bool wait(BoundedLoop& loop, Look& state) {
 
 // Both look on a thread of their own: a server that falls silent just now holds whoever looks, and that must not be us.
 
-bool ReadablePath::waitUntilListed(BoundedLoop& loop, const std::string& mountFolder, const std::string& path) {
+bool ReadablePath::waitUntilListed(BoundedLoop& loop, const std::string& mountFolder) {
     const auto state = std::make_shared<Look>();
-    std::thread([state, mountFolder, path] {
-        tell(*state, repeat(isListed, mountFolder));
-        repeat(isReachable, path);
-    }).detach();
+    std::thread([state, mountFolder] { tell(*state, repeat(isListed, mountFolder)); }).detach();
     return wait(loop, *state);
 }
 

@@ -12,8 +12,8 @@ namespace quorrel {
 namespace ReadablePath {
 
 /// Waits until that program lists the mount, for a few seconds at most; that costs its server nothing. Whether it does.
-/// What the former mount left there is taken care of beside.
-bool waitUntilListed(BoundedLoop& loop, const std::string& mountFolder, const std::string& path);
+/// Enough at a place that was never mounted before.
+bool waitUntilListed(BoundedLoop& loop, const std::string& mountFolder);
 
 /// Waits, for a few seconds at most, until the files of the mount can be reached, and takes the former mount's failure,
 /// so that neither the user nor a script meets it. It costs a tenth of a mount. Whether they can.
