@@ -45,7 +45,7 @@ public:
         : m_reason(reason) { }
 
     PlistTree build(const PropertyValue& value) {
-        return std::visit([this](const auto& each) { return node(each); }, value.variant());
+        return std::visit([this](const auto& each) { return this->node(each); }, value.variant());
     }
 
 private:

@@ -28,7 +28,7 @@ public:
     [[nodiscard]] const std::vector<std::shared_ptr<HostDefinition>>& hosts() const { return m_hosts; }
 
 private:
-    const StringTable m_strings;
+    const StringTable m_strings {};
     const FakeWorkspace m_workspace;
     const CatalogueContextPointer m_context
         = std::make_shared<const CatalogueContext>(CatalogueContext { m_strings, m_workspace });

@@ -35,7 +35,7 @@ public:
 
 private:
     const bool m_isTerminal = false;
-    const Size m_size;
+    const Size m_size {};
     mutable std::mutex m_mutex;
     std::string m_text;
 };
