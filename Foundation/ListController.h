@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/ObserverList.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <functional>
@@ -10,6 +12,9 @@
 #include <vector>
 
 namespace quorrel {
+
+/// What changed in a list that a window shows: the objects or their order, or which of them are selected.
+enum class ListChange { Arrangement, Selection };
 
 enum class SortOrder { Ascending, Descending };
 
@@ -34,13 +39,20 @@ public:
 
     void setSortDescriptors(std::vector<SortDescriptor> descriptors) {
         m_descriptors = std::move(descriptors);
-        arrange();
+        rearrange();
     }
 
     /// Shows another content; what is selected and still there stays selected.
     void setContent(std::vector<T> content) {
         m_arranged = std::move(content);
+        rearrange();
+    }
+
+    /// Sorts again, for when what the sort keys read has changed.
+    void rearrange() {
         arrange();
+        m_observers.notify(ListChange::Arrangement);
+        dropFromSelection();
     }
 
     [[nodiscard]] const std::vector<T>& arrangedObjects() const { return m_arranged; }
@@ -51,10 +63,18 @@ public:
         for (const auto& item : m_arranged)
             if (std::find(items.begin(), items.end(), item) != items.end())
                 selected.push_back(item);
+        if (selected == m_selected)
+            return;
         m_selected = std::move(selected);
+        m_observers.notify(ListChange::Selection);
     }
 
     [[nodiscard]] const std::vector<T>& selectedObjects() const { return m_selected; }
+
+    /// Called after each new arrangement, and after each change of the selection, a new arrangement's included.
+    Subscription observe(std::function<void(ListChange change)> callback) {
+        return m_observers.add(std::move(callback));
+    }
 
 private:
     void arrange() {
@@ -71,8 +91,10 @@ private:
             [&](const auto& left, const auto& right) { return comesBefore(left.first, right.first); });
         for (std::size_t index = 0; index < keyed.size(); ++index)
             m_arranged[index] = std::move(keyed[index].second);
-        setSelectedObjects(m_selected);
     }
+
+    /// What is no longer in the list is no longer selected.
+    void dropFromSelection() { setSelectedObjects(std::vector<T>(m_selected)); }
 
     [[nodiscard]] bool comesBefore(const std::vector<std::string>& left, const std::vector<std::string>& right) const {
         for (std::size_t index = 0; index < m_descriptors.size(); ++index) {
@@ -92,6 +114,7 @@ private:
     std::vector<SortDescriptor> m_descriptors;
     std::vector<T> m_arranged;
     std::vector<T> m_selected;
+    ObserverList<ListChange> m_observers;
 };
 
 } // namespace quorrel

@@ -6,6 +6,11 @@
 
 namespace quorrel {
 
+/// Marks a key that is kept in a table and looked up later, so that the translators see it.
+[[nodiscard]] constexpr const char* localizable(const char* key) {
+    return key;
+}
+
 /// The user's language: the text for an English key in the table "Quorrel". Any thread.
 class StringTable {
 public:

@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Image.h"
+
 #include <optional>
 #include <string>
 
 namespace quorrel {
-
-/// A picture by the name or path under which it is found; views load it.
-struct Image final {
-    std::string name;
-
-    friend bool operator==(const Image&, const Image&) = default;
-};
 
 /// What the system knows of a kind of device.
 struct TypeDeclaration final {
@@ -38,6 +33,10 @@ public:
     [[nodiscard]] virtual bool exists(const std::string& path) const = 0;
     /// Creates one level, for the owner alone; false when that failed.
     virtual bool createDirectory(const std::string& path) = 0;
+
+    /// Opens a URL, or an absolute path, with what the user set for it; returns at once. False when nothing could be
+    /// started.
+    virtual bool openURL(const std::string& url) = 0;
 
     [[nodiscard]] virtual std::string typeIdentifierForModelCode(const std::string& modelCode) const = 0;
     [[nodiscard]] virtual std::optional<TypeDeclaration> typeDeclaration(const std::string& identifier) const = 0;

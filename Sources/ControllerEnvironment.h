@@ -12,6 +12,7 @@ class Preferences;
 class PropertyListFile;
 class StringTable;
 class Workspace;
+struct ControllerWindows;
 struct MountEnvironment;
 struct ResolverEnvironment;
 
@@ -28,6 +29,7 @@ struct ControllerEnvironment final {
     MainThreadQueue& mainThreadQueue;
     ControllerParts& parts;
     PasswordWindow& passwordWindow;
+    ControllerWindows* windows = nullptr; ///< null for a program without windows
 };
 
 } // namespace quorrel

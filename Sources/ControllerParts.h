@@ -1,28 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Foundation/Menu.h"
 #include "Foundation/Operation.h"
 #include "Foundation/PreferencesStore.h"
 #include "Foundation/Property.h"
 #include "Foundation/TextList.h"
+#include "Sources/StatusBarItem.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace quorrel {
 
 class HostDefinition;
-
-/// The program's item in the desktop's status area; there as long as the object.
-class StatusItem {
-public:
-    virtual ~StatusItem() = default;
-    virtual void setMenu(const Menu& menu) = 0;
-};
 
 /// Browses for one type of service and posts what comes and goes as "ServiceAdded/Removed".
 class ServiceBrowser {
@@ -56,16 +48,6 @@ public:
     virtual int remoteHostStatus() = 0;
 };
 
-/// Builds the parts of the status item's menu that follow the catalogue.
-class MenuBuilder {
-public:
-    using Hosts = std::vector<std::shared_ptr<HostDefinition>>;
-
-    virtual ~MenuBuilder() = default;
-    virtual void makeMountMenus(const Hosts& hosts) = 0;
-    virtual void makeFavouritesSection(const Hosts& hosts) = 0;
-};
-
 /// Is told when one of the preferences changed that turn browsers and scans on and off.
 class PreferenceSwitches {
 public:
@@ -79,7 +61,7 @@ class ControllerParts {
 public:
     virtual ~ControllerParts() = default;
 
-    [[nodiscard]] virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
+    [[nodiscard]] virtual std::unique_ptr<StatusBarItem> makeStatusBarItem() = 0;
     [[nodiscard]] virtual std::unique_ptr<ServiceBrowser> makeServiceBrowser() = 0;
     /// The scans append the host names that they find to the list, from their worker thread.
     [[nodiscard]] virtual std::shared_ptr<Operation> makeSMBScanner(TextList& smbHosts) = 0;
@@ -89,7 +71,6 @@ public:
     [[nodiscard]] virtual std::unique_ptr<DeviceModelMonitor> makeMonitor(const std::shared_ptr<HostDefinition>& host)
         = 0;
 
-    [[nodiscard]] virtual MenuBuilder* menuBuilder() = 0;
     [[nodiscard]] virtual PreferenceSwitches* preferenceSwitches() = 0;
 };
 

@@ -8,7 +8,7 @@ namespace quorrel {
 /// No parts at all: for programs that neither browse nor watch nor show a menu.
 class IdleControllerParts final : public ControllerParts {
 public:
-    [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem() override { return nullptr; }
+    [[nodiscard]] std::unique_ptr<StatusBarItem> makeStatusBarItem() override { return nullptr; }
     [[nodiscard]] std::unique_ptr<ServiceBrowser> makeServiceBrowser() override { return nullptr; }
     [[nodiscard]] std::shared_ptr<Operation> makeSMBScanner(TextList&) override { return nullptr; }
     [[nodiscard]] std::shared_ptr<Operation> makeHostFileScanner(TextList&) override { return nullptr; }
@@ -17,7 +17,6 @@ public:
     [[nodiscard]] std::unique_ptr<DeviceModelMonitor> makeMonitor(const std::shared_ptr<HostDefinition>&) override {
         return nullptr;
     }
-    [[nodiscard]] MenuBuilder* menuBuilder() override { return nullptr; }
     [[nodiscard]] PreferenceSwitches* preferenceSwitches() override { return nullptr; }
 };
 

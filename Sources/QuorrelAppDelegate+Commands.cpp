@@ -154,7 +154,7 @@ std::vector<QuorrelAppDelegate::HostPointer> QuorrelAppDelegate::hostsOfMenu(con
     if (!item.menu)
         return result;
     for (const auto& host : hosts.snapshot())
-        if (host->displayName.get() == item.menu->title)
+        if (host->displayName.get() == item.menu->title())
             result.push_back(host);
     return result;
 }

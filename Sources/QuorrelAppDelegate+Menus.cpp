@@ -4,14 +4,9 @@
 namespace quorrel {
 
 void QuorrelAppDelegate::makeMountpopMenu() {
-    if (auto* builder = m_environment.parts.menuBuilder())
-        builder->makeMountMenus(hosts.snapshot());
     makeFavroitesMenu();
 }
 
-void QuorrelAppDelegate::makeFavroitesMenu() {
-    if (auto* builder = m_environment.parts.menuBuilder())
-        builder->makeFavouritesSection(hosts.snapshot());
-}
+void QuorrelAppDelegate::makeFavroitesMenu() { }
 
 } // namespace quorrel

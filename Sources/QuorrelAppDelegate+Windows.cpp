@@ -24,4 +24,16 @@ void QuorrelAppDelegate::showHostPasswordWindow(const SharePointPointer& sharePo
     m_passwordWindowController->showWindowModal();
 }
 
+void QuorrelAppDelegate::addMountSheet() { }
+void QuorrelAppDelegate::editMountAction() { }
+void QuorrelAppDelegate::deleteSelectedMount() { }
+void QuorrelAppDelegate::sheetDidEndShouldDelete(AlertAnswer) { }
+void QuorrelAppDelegate::showMountList() { }
+void QuorrelAppDelegate::showPreferences() { }
+void QuorrelAppDelegate::switchTab(const MenuItem&) { }
+void QuorrelAppDelegate::showAbout() { }
+void QuorrelAppDelegate::help() { }
+void QuorrelAppDelegate::openMountedFolder() { }
+void QuorrelAppDelegate::toggleFavroite() { }
+
 } // namespace quorrel

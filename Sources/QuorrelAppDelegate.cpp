@@ -4,6 +4,8 @@
 #include "Foundation/Log.h"
 #include "Foundation/MainThreadQueue.h"
 #include "Foundation/Preferences.h"
+#include "Foundation/StringTable.h"
+#include "Sources/AddMountWindowController.h"
 #include "Sources/BonjourResolver.h"
 #include "Sources/Globals.h"
 #include "Sources/HostDefinition.h"
@@ -34,6 +36,9 @@ std::string sortKeyOfHost(const std::shared_ptr<HostDefinition>& host, std::stri
 QuorrelAppDelegate::QuorrelAppDelegate(const ControllerEnvironment& environment)
     : mountsArrayController(sortKeyOfSharePoint)
     , hostsArrayController(sortKeyOfHost)
+    , popMenu(std::make_shared<Menu>("Quorrel"))
+    , mountMenu(std::make_shared<Menu>(environment.strings.text("Mount")))
+    , unmountMenu(std::make_shared<Menu>(environment.strings.text("Unmount")))
     , m_environment(environment)
     , m_context(
           std::make_shared<const CatalogueContext>(CatalogueContext { environment.strings, environment.workspace }))
@@ -74,7 +79,7 @@ void QuorrelAppDelegate::awakeFromNib() {
 }
 
 void QuorrelAppDelegate::applicationDidFinishLaunching() {
-    m_statusBarItem = m_environment.parts.makeStatusItem();
+    m_statusBarItem = m_environment.parts.makeStatusBarItem();
     if (m_statusBarItem)
         m_statusBarItem->setMenu(popMenu);
     writeFirstLaunchDefaults();

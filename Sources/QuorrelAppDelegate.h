@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Foundation/ListController.h"
+#include "Foundation/ActionTarget.h"
 #include "Foundation/Menu.h"
 #include "Foundation/NotificationCenter.h"
 #include "Foundation/ObservableList.h"
 #include "Foundation/OperationQueue.h"
 #include "Foundation/PreferencesStore.h"
 #include "Foundation/TextList.h"
+#include "Platform/Window.h"
 #include "Sources/CatalogueContext.h"
+#include "Sources/CatalogueLists.h"
 #include "Sources/ControllerEnvironment.h"
 #include "Sources/ControllerParts.h"
 
@@ -21,6 +23,7 @@
 
 namespace quorrel {
 
+class AddMountWindowController;
 class BonjourResolver;
 class HostDefinition;
 class PasswordWindowController;
@@ -30,14 +33,14 @@ struct PropertyListReadResult;
 
 /// The one controller: it owns the catalogue, the operation queue and whatever watches the world, and takes every
 /// decision. Main thread only, save for `bonjourServices`, which scans append to.
-class QuorrelAppDelegate final : public Observable {
+class QuorrelAppDelegate final : public Observable, public ActionTarget {
 public:
     using HostPointer = std::shared_ptr<HostDefinition>;
     using SharePointPointer = std::shared_ptr<SharePointDefinition>;
 
     explicit QuorrelAppDelegate(const ControllerEnvironment& environment);
     /// Waits for operations that run; a program that must not wait ends its process instead.
-    ~QuorrelAppDelegate();
+    ~QuorrelAppDelegate() override;
 
     // Life
     void awakeFromNib();
@@ -82,6 +85,10 @@ public:
     void mountFavroiteItem(const MenuItem& item);
     void browseMount() { }
 
+    // Actions of menus, buttons and shortcuts, by the name of the operation
+    void perform(Selector action, const MenuItem& sender) override;
+    [[nodiscard]] ActionState validate(Selector action) const override;
+
     // Menus
     void makeMountpopMenu();
     void makeFavroitesMenu();
@@ -90,6 +97,19 @@ public:
     /// Returns when the prompt, if one was needed, is closed.
     void getHostPassword(const SharePointPointer& sharePoint);
     void showHostPasswordWindow(const SharePointPointer& sharePoint);
+    void addMountSheet();
+    void editMountAction();
+    void deleteSelectedMount();
+    void sheetDidEndShouldDelete(AlertAnswer answer);
+    void showMountList();
+    void showPreferences();
+    void switchTab(const MenuItem& sender);
+    void showAbout();
+    void help();
+    /// Opens the folder of the first selected share point, if it is mounted.
+    void openMountedFolder();
+    /// Makes the first selected share point a favourite, or no longer one, and saves.
+    void toggleFavroite();
 
     [[nodiscard]] OperationQueue& opQueue() { return *m_opQueue; }
 
@@ -97,11 +117,11 @@ public:
     TextList bonjourServices { *this, "bonjourServices" }; ///< names of servers seen
     const std::vector<SortDescriptor> sharePointListSortDescriptors { { "sharePoint", SortOrder::Ascending } };
     const std::vector<SortDescriptor> hostsListSortDescriptors { { "displayName", SortOrder::Ascending } };
-    ListController<SharePointPointer> mountsArrayController;
-    ListController<HostPointer> hostsArrayController;
-    Menu popMenu;
-    Menu mountMenu;
-    Menu unmountMenu;
+    SharePointListController mountsArrayController;
+    HostListController hostsArrayController;
+    const std::shared_ptr<Menu> popMenu;
+    const std::shared_ptr<Menu> mountMenu;
+    const std::shared_ptr<Menu> unmountMenu;
 
 private:
     void writeFirstLaunchDefaults();
@@ -136,6 +156,7 @@ private:
     const ControllerEnvironment m_environment;
     const CatalogueContextPointer m_context;
     std::unique_ptr<PasswordWindowController> m_passwordWindowController;
+    std::unique_ptr<AddMountWindowController> m_addMountWindowController;
     std::unique_ptr<ServiceBrowser> m_AFP_Scanner;
     std::unique_ptr<ServiceBrowser> m_SMB_Scanner;
     std::unique_ptr<ServiceBrowser> m_HTTP_Scanner;
@@ -146,7 +167,7 @@ private:
     std::vector<std::unique_ptr<DeviceModelMonitor>> m_monitorsArray;
     std::optional<OperationQueue> m_opQueue;
     std::unique_ptr<VolumeMonitor> m_diskMonitor;
-    std::unique_ptr<StatusItem> m_statusBarItem;
+    std::unique_ptr<StatusBarItem> m_statusBarItem;
     std::unique_ptr<HostReachability> m_sharedReachabilityObject;
     bool m_reachable = false;
 

@@ -80,6 +80,10 @@ bool LinuxWorkspace::createDirectory(const std::string& path) {
     return ::mkdir(path.c_str(), S_IRWXU) == 0 && ::chmod(path.c_str(), S_IRWXU) == 0;
 }
 
+bool LinuxWorkspace::openURL(const std::string&) {
+    return false;
+}
+
 std::string LinuxWorkspace::typeIdentifierForModelCode(const std::string& modelCode) const {
     return typeIdentifierForModel(modelCode);
 }

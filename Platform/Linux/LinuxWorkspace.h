@@ -30,6 +30,7 @@ public:
     [[nodiscard]] std::string temporaryDirectory() const override;
     [[nodiscard]] bool exists(const std::string& path) const override;
     bool createDirectory(const std::string& path) override;
+    bool openURL(const std::string& url) override;
     [[nodiscard]] std::string typeIdentifierForModelCode(const std::string& modelCode) const override;
     [[nodiscard]] std::optional<TypeDeclaration> typeDeclaration(const std::string& identifier) const override;
     /// PNG and SVG.

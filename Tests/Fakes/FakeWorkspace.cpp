@@ -50,6 +50,23 @@ bool FakeWorkspace::createDirectory(const std::string& path) {
     return true;
 }
 
+bool FakeWorkspace::openURL(const std::string& url) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_openFails)
+        m_opened.push_back(url);
+    return !m_openFails;
+}
+
+std::vector<std::string> FakeWorkspace::openedURLs() const {
+    const std::lock_guard lock(m_mutex);
+    return m_opened;
+}
+
+void FakeWorkspace::failOpenURL(bool fails) {
+    const std::lock_guard lock(m_mutex);
+    m_openFails = fails;
+}
+
 std::string FakeWorkspace::typeIdentifierForModelCode(const std::string& modelCode) const {
     const std::lock_guard lock(m_mutex);
     const auto found = m_identifiers.find(modelCode);

@@ -24,6 +24,7 @@ public:
     [[nodiscard]] std::string temporaryDirectory() const override;
     [[nodiscard]] bool exists(const std::string& path) const override;
     bool createDirectory(const std::string& path) override;
+    bool openURL(const std::string& url) override;
     [[nodiscard]] std::string typeIdentifierForModelCode(const std::string& modelCode) const override;
     [[nodiscard]] std::optional<TypeDeclaration> typeDeclaration(const std::string& identifier) const override;
     [[nodiscard]] std::optional<Image> imageAtPath(const std::string& path) const override;
@@ -44,6 +45,8 @@ public:
     void setSystemIcon(SystemIcon icon, std::optional<Image> image);
 
     [[nodiscard]] std::vector<std::string> createdDirectories() const;
+    [[nodiscard]] std::vector<std::string> openedURLs() const;
+    void failOpenURL(bool fails);
 
 private:
     mutable std::mutex m_mutex;
@@ -53,6 +56,8 @@ private:
     std::set<std::string> m_paths { "/", "/tmp", "/home", "/home/user", "/home/user/data" };
     bool m_createFails = false;
     std::vector<std::string> m_created;
+    std::vector<std::string> m_opened;
+    bool m_openFails = false;
     std::map<std::string, std::string> m_identifiers;
     std::map<std::string, TypeDeclaration> m_declarations;
     std::set<std::string> m_images;

@@ -183,7 +183,7 @@ TEST_F(CommandsTest, AFavouriteIsToggled) {
     const auto host = addHost("192.168.1.20", smb, { "Public" });
     const auto sharePoint = host->sharePointForName("Public");
     mountNothingOnItsOwn(host);
-    const MenuItem item { "192.168.1.20 : Public", &controller->popMenu };
+    const MenuItem item { "192.168.1.20 : Public", controller->popMenu.get() };
 
     controller->mountFavroiteItem(item);
     waitUntilIdle();

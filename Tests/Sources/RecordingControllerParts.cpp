@@ -10,19 +10,6 @@ namespace quorrel {
 
 namespace {
 
-class RecordingStatusItem final : public StatusItem {
-public:
-    explicit RecordingStatusItem(RecordingControllerParts& parts)
-        : m_parts(parts) {
-        m_parts.record("status item");
-    }
-    ~RecordingStatusItem() override { m_parts.record("end of status item"); }
-    void setMenu(const Menu& menu) override { m_parts.record("status item menu " + menu.title); }
-
-private:
-    RecordingControllerParts& m_parts;
-};
-
 class RecordingBrowser final : public ServiceBrowser {
 public:
     explicit RecordingBrowser(RecordingControllerParts& parts)
@@ -116,8 +103,9 @@ private:
     const std::string m_name;
 };
 
-std::unique_ptr<StatusItem> RecordingControllerParts::makeStatusItem() {
-    return std::make_unique<RecordingStatusItem>(*this);
+std::unique_ptr<StatusBarItem> RecordingControllerParts::makeStatusBarItem() {
+    m_statusBar.setWitness([this](const std::string& event) { record(event); });
+    return std::make_unique<StatusBarItem>(m_statusBar, m_timers);
 }
 
 std::unique_ptr<ServiceBrowser> RecordingControllerParts::makeServiceBrowser() {
@@ -157,14 +145,6 @@ std::vector<std::string> RecordingControllerParts::eventsWith(std::string_view b
     std::copy_if(m_events.begin(), m_events.end(), std::back_inserter(result),
         [&](const std::string& event) { return event.starts_with(beginning); });
     return result;
-}
-
-void RecordingControllerParts::RecordingMenuBuilder::makeMountMenus(const Hosts& hosts) {
-    m_parts.record("mount menus of " + std::to_string(hosts.size()));
-}
-
-void RecordingControllerParts::RecordingMenuBuilder::makeFavouritesSection(const Hosts& hosts) {
-    m_parts.record("favourites of " + std::to_string(hosts.size()));
 }
 
 void RecordingControllerParts::RecordingSwitches::preferenceChanged(

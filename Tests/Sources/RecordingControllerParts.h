@@ -2,6 +2,8 @@
 #pragma once
 
 #include "Sources/ControllerParts.h"
+#include "Tests/Fakes/FakeStatusBar.h"
+#include "Tests/Fakes/FakeTimers.h"
 
 #include <functional>
 #include <memory>
@@ -14,7 +16,7 @@ namespace quorrel {
 /// Parts that do nothing but write down, in order, what the controller does with them. Main thread.
 class RecordingControllerParts final : public ControllerParts {
 public:
-    [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem() override;
+    [[nodiscard]] std::unique_ptr<StatusBarItem> makeStatusBarItem() override;
     [[nodiscard]] std::unique_ptr<ServiceBrowser> makeServiceBrowser() override;
     [[nodiscard]] std::shared_ptr<Operation> makeSMBScanner(TextList& smbHosts) override;
     [[nodiscard]] std::shared_ptr<Operation> makeHostFileScanner(TextList& hosts) override;
@@ -22,7 +24,6 @@ public:
     [[nodiscard]] std::unique_ptr<HostReachability> makeReachability() override;
     /// Marks the host as monitored while the monitor lives.
     [[nodiscard]] std::unique_ptr<DeviceModelMonitor> makeMonitor(const std::shared_ptr<HostDefinition>& host) override;
-    [[nodiscard]] MenuBuilder* menuBuilder() override { return &m_menuBuilder; }
     [[nodiscard]] PreferenceSwitches* preferenceSwitches() override { return &m_switches; }
 
     void record(const std::string& event);
@@ -33,22 +34,14 @@ public:
     /// Called with every event, for tests that look at the world at that moment.
     void setWitness(std::function<void(const std::string& event)> witness) { m_witness = std::move(witness); }
 
+    [[nodiscard]] FakeStatusBar& statusBar() { return m_statusBar; }
+    [[nodiscard]] FakeTimers& timers() { return m_timers; }
+
     /// The names of the hosts with a living monitor.
     [[nodiscard]] const std::vector<std::string>& monitored() const { return m_monitored; }
     void setRemoteHostStatus(int status) { m_remoteHostStatus = status; }
 
 private:
-    class RecordingMenuBuilder final : public MenuBuilder {
-    public:
-        explicit RecordingMenuBuilder(RecordingControllerParts& parts)
-            : m_parts(parts) { }
-        void makeMountMenus(const Hosts& hosts) override;
-        void makeFavouritesSection(const Hosts& hosts) override;
-
-    private:
-        RecordingControllerParts& m_parts;
-    };
-
     class RecordingSwitches final : public PreferenceSwitches {
     public:
         explicit RecordingSwitches(RecordingControllerParts& parts)
@@ -66,7 +59,8 @@ private:
     std::function<void(const std::string&)> m_witness;
     std::vector<std::string> m_monitored;
     int m_remoteHostStatus = 0;
-    RecordingMenuBuilder m_menuBuilder { *this };
+    FakeStatusBar m_statusBar;
+    FakeTimers m_timers;
     RecordingSwitches m_switches { *this };
 };
 
