@@ -139,8 +139,9 @@ private:
     ResolverEnvironment m_resolving { m_discovery, m_childProcess, m_log };
 
 public:
-    QuorrelAppDelegate controller { { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_plistFile,
-        m_workspace, m_strings, m_log, m_mainThreadQueue, m_parts, m_passwordWindow } };
+    QuorrelAppDelegate controller { { { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_plistFile,
+                                          m_workspace, m_strings, m_log, m_mainThreadQueue },
+        m_parts, m_passwordWindow } };
 };
 
 void describe(benchmark::State& state, Program& program) {

@@ -85,9 +85,7 @@ int ConsoleProgram::carryOut(const CommandLine& commandLine) {
             operations->stepAside();
     });
     IdleControllerParts parts;
-    QuorrelAppDelegate controller(
-        { world.mounting, world.resolving, world.preferences, world.notificationCenter, world.propertyListFile,
-            world.workspace, world.strings, world.log, world.mainThreadQueue, parts, passwordWindow });
+    QuorrelAppDelegate controller({ world, parts, passwordWindow });
     controller.awakeFromNib();
     controller.applicationDidFinishLaunching();
     m_guard->guard(controller.opQueue());

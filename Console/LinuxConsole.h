@@ -1,25 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Assembly/LinuxAssembly.h"
 #include "Console/ConsoleEnvironment.h"
 #include "Console/FileOutput.h"
 #include "Console/TerminalPassword.h"
-#include "Foundation/Log.h"
-#include "Foundation/MainThreadQueue.h"
-#include "Foundation/NotificationCenter.h"
-#include "Foundation/Preferences.h"
-#include "Foundation/SystemClock.h"
-#include "Platform/Linux/AvahiServiceDiscovery.h"
-#include "Platform/Linux/GettextStringTable.h"
-#include "Platform/Linux/GlibRunLoop.h"
-#include "Platform/Linux/LinuxVolumeService.h"
-#include "Platform/Linux/LinuxWorkspace.h"
-#include "Platform/Linux/PlistFile.h"
-#include "Platform/Linux/PosixChildProcess.h"
-#include "Platform/Linux/StandardErrorLogSink.h"
-#include "Platform/Linux/StandardPaths.h"
-#include "Sources/BonjourResolver.h"
-#include "Sources/MountEnvironment.h"
 
 #include <string>
 
@@ -34,25 +19,10 @@ public:
     [[nodiscard]] ConsoleEnvironment environment(const std::string& version);
 
 private:
-    const StandardPaths m_paths;
+    LinuxAssembly m_assembly;
     FileOutput m_output;
     FileOutput m_errors;
     TerminalPassword m_prompt;
-    SystemClock m_clock;
-    Preferences m_preferences;
-    StandardErrorLogSink m_logSink;
-    Log m_log;
-    GettextStringTable m_strings;
-    MainThreadQueue m_mainThreadQueue;
-    GlibRunLoop m_runLoop;
-    NotificationCenter m_notificationCenter;
-    PlistFile m_propertyListFile;
-    LinuxWorkspace m_workspace;
-    PosixChildProcess m_childProcess;
-    LinuxVolumeService m_volumes;
-    AvahiServiceDiscovery m_discovery;
-    MountEnvironment m_mounting;
-    ResolverEnvironment m_resolving;
 };
 
 } // namespace quorrel

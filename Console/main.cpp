@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/ConsoleProgram.h"
 #include "Console/LinuxConsole.h"
-#include "Console/SignalWatch.h"
 #include "Platform/Linux/LogFile.h"
+#include "Platform/Linux/SignalWatch.h"
 #include "Platform/Linux/StandardPaths.h"
+#include "Platform/Linux/StandardStreams.h"
 
 #include <atomic>
 #include <clocale>
@@ -18,19 +19,8 @@
 
 using namespace quorrel;
 
-namespace {
-
-/// A closed standard stream's number would go to the next file that is opened, and our output into that file.
-void fillStandardStreams() {
-    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
-        if (fcntl(stream, F_GETFD) < 0)
-            (void)open("/dev/null", O_RDWR);
-}
-
-} // namespace
-
 int main(int argumentCount, char** arguments) {
-    fillStandardStreams();
+    StandardStreams::fillClosedOnes();
     std::setlocale(LC_ALL, "");
     // Whoever reads our output may go; what was begun is ended all the same.
     std::signal(SIGPIPE, SIG_IGN);

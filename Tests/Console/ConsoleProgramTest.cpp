@@ -98,8 +98,10 @@ protected:
     RecordingOutput errors;
     MountEnvironment mounting { volumes, childProcess, clock, log, strings };
     ResolverEnvironment resolving { discovery, childProcess, log };
-    ConsoleProgram program { { mounting, resolving, preferences, notificationCenter, files, workspace, strings, log,
-        mainThreadQueue, runLoop, output, errors, prompt, "/home/user", "/home/user/log", "1.2.3" } };
+    ConsoleProgram program {
+        { { mounting, resolving, preferences, notificationCenter, files, workspace, strings, log, mainThreadQueue },
+            runLoop, output, errors, prompt, "/home/user", "/home/user/log", "1.2.3" }
+    };
 };
 
 TEST_F(ConsoleProgramTest, tellsItsVersionAndItsUse) {

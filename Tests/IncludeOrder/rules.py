@@ -14,7 +14,8 @@ ROOMS = {
     "Foundation": set(),
     "Sources": {"Platform", "Foundation"},
     "Desktop": {"Sources", "Platform", "Foundation"},
-    "Console": {"Sources", "Platform/Linux", "Platform", "Foundation"},
+    "Assembly": {"Sources", "Platform/Linux", "Platform", "Foundation"},
+    "Console": {"Assembly", "Sources", "Platform/Linux", "Platform", "Foundation"},
     "Tests": None,  # everything
     "Benchmarks": None,
     "main": None,

@@ -108,8 +108,9 @@ protected:
     LinuxWorkspace desktop { { home.path() + "/data", home.path(), QUORREL_ICONS, "unix:path=/nonexistent" } };
     const std::string folder = home.path() + "/data/Quorrel";
     const std::string file = folder + "/Quorrel2.plist";
-    ControllerEnvironment onDisk { mounting, resolving, preferences, notificationCenter, plist, desktop, strings, log,
-        mainThreadQueue, parts, passwordWindow };
+    ControllerEnvironment onDisk { { mounting, resolving, preferences, notificationCenter, plist, desktop, strings, log,
+                                       mainThreadQueue },
+        parts, passwordWindow };
 };
 
 TEST_F(CatalogueOnDiskTest, AnXMLFileOfAnotherToolLoads) {

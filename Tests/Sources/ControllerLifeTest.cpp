@@ -289,8 +289,9 @@ TEST_F(ControllerLifeTest, TheEndReleasesWhatTheControllerOwnsInOrder) {
 
 TEST_F(ControllerLifeTest, AProgramWithoutPartsStartsMountsAndQuits) {
     IdleControllerParts none;
-    const ControllerEnvironment bare { mounting, resolving, preferences, notificationCenter, files, workspace, strings,
-        log, mainThreadQueue, none, passwordWindow };
+    const ControllerEnvironment bare { { mounting, resolving, preferences, notificationCenter, files, workspace,
+                                           strings, log, mainThreadQueue },
+        none, passwordWindow };
     controller = std::make_unique<QuorrelAppDelegate>(bare);
     turnOn({ "BrowseForServices", "afp", "smb", "http", "ftp", "scanForSMBHosts", "lookUpHostFile" });
     controller->awakeFromNib();

@@ -102,8 +102,9 @@ protected:
     RecordingControllerParts parts;
     MountEnvironment mounting { volumes, childProcess, clock, log, strings };
     ResolverEnvironment resolving { discovery, childProcess, log };
-    ControllerEnvironment environment { mounting, resolving, preferences, notificationCenter, files, workspace, strings,
-        log, mainThreadQueue, parts, passwordWindow };
+    ControllerEnvironment environment { { mounting, resolving, preferences, notificationCenter, files, workspace,
+                                            strings, log, mainThreadQueue },
+        parts, passwordWindow };
     std::unique_ptr<QuorrelAppDelegate> controller = std::make_unique<QuorrelAppDelegate>(environment);
 
 private:

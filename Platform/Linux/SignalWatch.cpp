@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Console/SignalWatch.h"
+#include "Platform/Linux/SignalWatch.h"
 
 #include <array>
 #include <cerrno>

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Assembly/LinuxAssembly.h"
+
+#include "Platform/Linux/KeyFilePreferencesStore.h"
+
+#include <memory>
+
+namespace quorrel {
+
+LinuxAssembly::LinuxAssembly(
+    const StandardPaths& paths, const std::string& localeFolder, const std::string& iconsFolder)
+    : m_paths(paths)
+    , m_preferences(std::make_shared<KeyFilePreferencesStore>(paths.preferencesFile()))
+    , m_log(m_preferences, m_clock, m_logSink)
+    , m_strings(localeFolder)
+    , m_runLoop(m_mainThreadQueue, [this](const std::string& what) { m_log.lineAlways("Task failed: %@", { what }); })
+    , m_workspace({ paths.data, paths.temporary, iconsFolder, paths.systemBus })
+    , m_volumes(m_log, m_preferences, { paths.home, paths.runtime.value_or(std::string()) })
+    , m_mounting { m_volumes, m_childProcess, m_clock, m_log, m_strings }
+    , m_resolving { m_discovery, m_childProcess, m_log } { }
+
+ProgramEnvironment LinuxAssembly::environment() {
+    return { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_propertyListFile, m_workspace, m_strings,
+        m_log, m_mainThreadQueue };
+}
+
+} // namespace quorrel

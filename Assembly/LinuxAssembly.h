@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Foundation/Log.h"
+#include "Foundation/MainThreadQueue.h"
+#include "Foundation/NotificationCenter.h"
+#include "Foundation/Preferences.h"
+#include "Foundation/SystemClock.h"
+#include "Platform/Linux/AvahiServiceDiscovery.h"
+#include "Platform/Linux/GettextStringTable.h"
+#include "Platform/Linux/GlibRunLoop.h"
+#include "Platform/Linux/LinuxVolumeService.h"
+#include "Platform/Linux/LinuxWorkspace.h"
+#include "Platform/Linux/PlistFile.h"
+#include "Platform/Linux/PosixChildProcess.h"
+#include "Platform/Linux/StandardErrorLogSink.h"
+#include "Platform/Linux/StandardPaths.h"
+#include "Sources/BonjourResolver.h"
+#include "Sources/MountEnvironment.h"
+#include "Sources/ProgramEnvironment.h"
+
+#include <string>
+
+namespace quorrel {
+
+/// What every program of ours is made of on this machine, put together. Made and destroyed on the main thread.
+class LinuxAssembly final {
+public:
+    /// The folders hold the translations and the icons.
+    LinuxAssembly(const StandardPaths& paths, const std::string& localeFolder, const std::string& iconsFolder);
+
+    [[nodiscard]] ProgramEnvironment environment();
+    [[nodiscard]] const StandardPaths& paths() const { return m_paths; }
+    [[nodiscard]] GlibRunLoop& runLoop() { return m_runLoop; }
+    [[nodiscard]] VolumeService& volumes() { return m_volumes; }
+
+private:
+    const StandardPaths m_paths;
+    SystemClock m_clock;
+    Preferences m_preferences;
+    StandardErrorLogSink m_logSink;
+    Log m_log;
+    GettextStringTable m_strings;
+    MainThreadQueue m_mainThreadQueue;
+    GlibRunLoop m_runLoop;
+    NotificationCenter m_notificationCenter;
+    PlistFile m_propertyListFile;
+    LinuxWorkspace m_workspace;
+    PosixChildProcess m_childProcess;
+    LinuxVolumeService m_volumes;
+    AvahiServiceDiscovery m_discovery;
+    MountEnvironment m_mounting;
+    ResolverEnvironment m_resolving;
+};
+
+} // namespace quorrel
