@@ -10,7 +10,7 @@ import signal
 import subprocess
 import sys
 
-from . import processes
+from . import desktop, processes
 from .bed import Bed, Failure
 from .servers import prepare_servers, start_servers
 
@@ -74,7 +74,11 @@ def _inner(bed, options):
             signal.alarm(options.timeout)
         bed.furnish()
         start_servers(bed, options)
+        if options.desktop:
+            desktop.start_screen(bed, options.scale)
         bed.start_bus()
+        if options.desktop:
+            desktop.start_desktop(bed, options.desktop, options.scale)
         bed.save_exports()
         code = _run_command(bed, options.command)
     except _Stopped as stop:
