@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/LinuxConsole.h"
 
+#include "Platform/Linux/ResourcePaths.h"
+
 namespace quorrel {
 
 LinuxConsole::LinuxConsole(const StandardPaths& paths, int output, int errors, const std::string& terminalType)
-    : m_assembly(paths, QUORREL_LOCALE_FOLDER, {})
+    : m_assembly(paths, ResourcePaths::find().locale, {})
     , m_output(output, terminalType)
     , m_errors(errors, terminalType) { }
 
