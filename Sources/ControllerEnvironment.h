@@ -3,6 +3,8 @@
 
 #include "Sources/ProgramEnvironment.h"
 
+#include <string>
+
 namespace quorrel {
 
 class ControllerParts;
@@ -14,6 +16,8 @@ struct ControllerEnvironment final : ProgramEnvironment {
     ControllerParts& parts;
     PasswordWindow& passwordWindow;
     ControllerWindows* windows = nullptr; ///< null for a program without windows
+    std::string helpPage {}; ///< a URL; empty for a program without one
+    std::string version {};
 };
 
 } // namespace quorrel
