@@ -4,6 +4,7 @@
 import os
 import secrets
 import shutil
+import socket
 import struct
 import subprocess
 
@@ -50,10 +51,13 @@ def _authority(bed):
     def field(value):
         return struct.pack(">H", len(value)) + value
 
-    cookie = struct.pack(">H", 0xFFFF) + field(b"") + field(b"") + field(b"MIT-MAGIC-COOKIE-1")
+    secret = secrets.token_bytes(16)
     place = bed.write("Xauthority", "")
     with open(place, "wb") as file:
-        file.write(cookie + field(secrets.token_bytes(16)))
+        # Not every library knows the wild card; those look for this machine's name.
+        for family, address in ((0xFFFF, b""), (256, socket.gethostname().encode())):
+            file.write(struct.pack(">H", family) + field(address) + field(b"")
+                       + field(b"MIT-MAGIC-COOKIE-1") + field(secret))
     return place
 
 
