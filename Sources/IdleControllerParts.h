@@ -5,8 +5,8 @@
 
 namespace quorrel {
 
-/// No parts at all: for programs that neither browse nor watch nor show a menu.
-class IdleControllerParts final : public ControllerParts {
+/// No parts at all: for programs that neither browse nor watch nor show a menu, and the base of those that have some.
+class IdleControllerParts : public ControllerParts {
 public:
     [[nodiscard]] std::unique_ptr<StatusBarItem> makeStatusBarItem() override { return nullptr; }
     [[nodiscard]] std::unique_ptr<ServiceBrowser> makeServiceBrowser() override { return nullptr; }

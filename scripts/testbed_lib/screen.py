@@ -1,0 +1,153 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Sees and works a desktop program as a person does: by what assistive tools find, by keys, clicks and pictures.
+
+For a command inside `scripts/testbed run --desktop ...`. Every wait is bounded and
+ends with Missing, whose text says what was there instead.
+"""
+
+import os
+import subprocess
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+PATIENCE = 15
+_LOOK_AGAIN = 0.05
+
+
+class Missing(Exception):
+    """Something did not come in time."""
+
+
+def wait_for(condition, what, seconds=PATIENCE):
+    """The first true value of the condition."""
+    end = time.monotonic() + seconds
+    while True:
+        try:
+            value = condition()
+        except GLib.Error:
+            value = None  # what was looked at is gone
+        if value:
+            return value
+        if time.monotonic() >= end:
+            raise Missing(what() if callable(what) else what)
+        time.sleep(_LOOK_AGAIN)
+
+
+def tool(*command):
+    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=20,
+                          check=True).stdout
+
+
+def picture(path, window=None):
+    """A PNG of the whole screen, or of one window with what lies over it."""
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    command = ["import", "-silent", "-window", "root"]
+    if window:
+        x, y, width, height = window
+        command += ["-crop", f"{width}x{height}+{x}+{y}", "+repage"]
+    tool(*command, path)
+    return path
+
+
+def type_text(text):
+    # Through a file: what is typed may be a password, and arguments can be read by anybody.
+    subprocess.run(["xdotool", "type", "--delay", "5", "--file", "-"], input=text, text=True, timeout=60, check=True)
+
+
+def press(*keys):
+    tool("xdotool", "key", "--delay", "20", *keys)
+
+
+def click(x, y, button=1, times=1):
+    tool("xdotool", "mousemove", str(int(x)), str(int(y)))
+    tool("xdotool", "click", "--repeat", str(times), "--delay", "60", str(button))
+
+
+class Node:
+    """One thing that assistive tools see."""
+
+    def __init__(self, accessible):
+        self.accessible = accessible
+
+    @property
+    def name(self):
+        return self.accessible.get_name() or ""
+
+    @property
+    def role(self):
+        return self.accessible.get_role_name()
+
+    @property
+    def description(self):
+        return self.accessible.get_description() or ""
+
+    @property
+    def children(self):
+        found = (self.accessible.get_child_at_index(index) for index in range(self.accessible.get_child_count()))
+        return [Node(child) for child in found if child is not None]
+
+    def has(self, state):
+        return self.accessible.get_state_set().contains(getattr(Atspi.StateType, state))
+
+    def walk(self):
+        """This node and all below it."""
+        yield self
+        for child in self.children:
+            yield from child.walk()
+
+    def matches(self, name=None, role=None, showing=True):
+        return (name is None or (name(self.name) if callable(name) else self.name == name)) \
+            and (role is None or self.role == role) and (not showing or self.has("SHOWING"))
+
+    def look(self, name=None, role=None, showing=True):
+        """What is there now, or None."""
+        return next((node for node in self.walk() if node.matches(name, role, showing)), None)
+
+    def find(self, name=None, role=None, showing=True, seconds=PATIENCE):
+        return wait_for(lambda: self.look(name, role, showing),
+                        lambda: f"no {role or 'thing'} named {name!r} below {self.name!r}:\n{self.tree()}", seconds)
+
+    def await_gone(self, name=None, role=None, seconds=PATIENCE):
+        wait_for(lambda: self.look(name, role) is None, f"{role or 'thing'} named {name!r} stays", seconds)
+
+    def act(self, action=0):
+        if not self.accessible.do_action(action):
+            raise Missing(f"{self.role} {self.name!r} does nothing")
+
+    @property
+    def text(self):
+        return Atspi.Text.get_text(self.accessible, 0, -1)
+
+    def write(self, text):
+        if not Atspi.EditableText.set_text_contents(self.accessible, text):
+            raise Missing(f"{self.role} {self.name!r} takes no text")
+
+    def place(self):
+        """Left, top, width, height on the screen."""
+        extents = self.accessible.get_extents(Atspi.CoordType.SCREEN)
+        return extents.x, extents.y, extents.width, extents.height
+
+    def click(self, button=1, times=1):
+        x, y, width, height = self.place()
+        click(x + width // 2, y + height // 2, button, times)
+
+    def tree(self, depth=0):
+        line = f"{'  ' * depth}{self.role} {self.name!r}\n"
+        return line + "".join(child.tree(depth + 1) for child in self.children)
+
+
+def applications():
+    # The list is kept by the library and refreshed as its own loop runs.
+    context = GLib.MainContext.default()
+    while context.iteration(False):
+        pass
+    return Node(Atspi.get_desktop(0)).children
+
+
+def application(name, seconds=PATIENCE):
+    return wait_for(lambda: next((each for each in applications() if each.name == name), None),
+                    lambda: f"no application {name!r} among {[each.name for each in applications()]}", seconds)
