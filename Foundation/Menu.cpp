@@ -23,6 +23,12 @@ MenuItem MenuItem::separator() {
     return item;
 }
 
+MenuItem MenuItem::command(std::string title, Selector action) {
+    MenuItem item { std::move(title) };
+    item.action = action;
+    return item;
+}
+
 Menu::Menu(std::string title)
     : m_title(std::move(title)) { }
 
@@ -37,6 +43,10 @@ std::optional<std::size_t> Menu::indexOfItemWithTag(int tag) const {
 
 std::optional<std::size_t> Menu::indexOfItemWithTitle(std::string_view title) const {
     return indexOf(m_items, [&](const MenuItem& item) { return item.title == title; });
+}
+
+std::optional<std::size_t> Menu::indexOfItemWithSubmenu(const Menu* submenu) const {
+    return indexOf(m_items, [&](const MenuItem& item) { return item.submenu.get() == submenu; });
 }
 
 void Menu::addItem(MenuItem item) {
@@ -63,6 +73,11 @@ void Menu::replaceItems(std::size_t first, std::size_t last, Items items) {
 void Menu::setHidden(std::size_t index, bool isHidden) {
     m_items.at(index).isHidden = isHidden;
     announce();
+}
+
+void Menu::setEnabled(std::size_t index, bool isEnabled) {
+    if (std::exchange(m_items.at(index).isEnabled, isEnabled) != isEnabled)
+        announce();
 }
 
 Subscription Menu::observe(std::function<void()> callback) {

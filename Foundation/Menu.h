@@ -34,6 +34,7 @@ struct MenuItem final {
     std::shared_ptr<Menu> submenu {};
 
     [[nodiscard]] static MenuItem separator();
+    [[nodiscard]] static MenuItem command(std::string title, Selector action);
 };
 
 /// A menu of the model that the status item shows. Main thread. It must outlive the items' use as senders.
@@ -52,6 +53,7 @@ public:
     /// The first item with the tag.
     [[nodiscard]] std::optional<std::size_t> indexOfItemWithTag(int tag) const;
     [[nodiscard]] std::optional<std::size_t> indexOfItemWithTitle(std::string_view title) const;
+    [[nodiscard]] std::optional<std::size_t> indexOfItemWithSubmenu(const Menu* submenu) const;
 
     void addItem(MenuItem item);
     void removeAllItems();
@@ -59,6 +61,8 @@ public:
     /// REQUIRES: first <= last <= the number of items.
     void replaceItems(std::size_t first, std::size_t last, Items items);
     void setHidden(std::size_t index, bool isHidden);
+    /// Announces nothing where nothing changes.
+    void setEnabled(std::size_t index, bool isEnabled);
 
     /// Called after each change of this menu and of every menu below it.
     Subscription observe(std::function<void()> callback);

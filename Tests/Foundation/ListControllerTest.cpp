@@ -24,7 +24,20 @@ std::string part(const std::string& item, std::string_view key) {
 
 class ListControllerTest : public testing::Test {
 protected:
+    /// Watches the list from now on; each announcement with what is selected at that moment.
+    void watch() {
+        subscription = controller.observe([this](ListChange change) {
+            std::string line = change == ListChange::Arrangement ? "arrangement" : "selection";
+            if (change == ListChange::Selection)
+                for (const auto& item : controller.selectedObjects())
+                    line += " " + item;
+            announced.push_back(line);
+        });
+    }
+
     Controller controller { part };
+    Items announced;
+    Subscription subscription;
 };
 
 TEST_F(ListControllerTest, keepsTheOrderOfTheContentWithoutDescriptors) {
@@ -85,6 +98,62 @@ TEST_F(ListControllerTest, theSelectionIsInTheOrderOfTheList) {
     EXPECT_EQ(controller.selectedObjects(), (Items { "a/1", "c/1" }));
     controller.setSortDescriptors({ { "host", SortOrder::Descending } });
     EXPECT_EQ(controller.selectedObjects(), (Items { "c/1", "a/1" }));
+}
+
+TEST_F(ListControllerTest, announcesEveryNewArrangement) {
+    watch();
+    controller.setContent({ "b/1", "a/1" });
+    controller.setContent({ "b/1", "a/1" });
+    controller.setSortDescriptors({ { "host" } });
+    controller.rearrange();
+    EXPECT_EQ(announced, (Items { "arrangement", "arrangement", "arrangement", "arrangement" }));
+}
+
+TEST_F(ListControllerTest, theNewArrangementIsThereWhenItIsAnnounced) {
+    Items seen;
+    subscription = controller.observe([&](ListChange) { seen = controller.arrangedObjects(); });
+    controller.setSortDescriptors({ { "host" } });
+    controller.setContent({ "b/1", "a/1" });
+    EXPECT_EQ(seen, (Items { "a/1", "b/1" }));
+}
+
+TEST_F(ListControllerTest, announcesASelectionOnlyWhenItChanges) {
+    controller.setContent({ "a/1", "b/1" });
+    watch();
+    controller.setSelectedObjects({ "b/1" });
+    controller.setSelectedObjects({ "b/1", "x/1" });
+    controller.setSelectedObjects({ "b/1", "a/1" });
+    controller.setSelectedObjects({});
+    EXPECT_EQ(announced, (Items { "selection b/1", "selection a/1 b/1", "selection" }));
+}
+
+TEST_F(ListControllerTest, announcesTheSelectionThatANewContentLeaves) {
+    controller.setContent({ "a/1", "b/1", "c/1" });
+    controller.setSelectedObjects({ "a/1", "c/1" });
+    watch();
+    controller.setContent({ "c/1", "a/1" });
+    controller.setContent({ "c/1" });
+    controller.setContent({ "c/1", "d/1" });
+    EXPECT_EQ(announced, (Items { "arrangement", "selection c/1 a/1", "arrangement", "selection c/1", "arrangement" }));
+}
+
+TEST_F(ListControllerTest, announcesNothingToWhoGaveItsSubscriptionUp) {
+    watch();
+    subscription.cancel();
+    controller.setContent({ "a/1" });
+    controller.setSelectedObjects({ "a/1" });
+    EXPECT_TRUE(announced.empty());
+}
+
+TEST_F(ListControllerTest, anObserverMaySelectWhenTheArrangementChanges) {
+    subscription = controller.observe([&](ListChange change) {
+        if (change == ListChange::Arrangement)
+            controller.setSelectedObjects({ controller.arrangedObjects().front() });
+    });
+    controller.setContent({ "a/1", "b/1" });
+    EXPECT_EQ(controller.selectedObjects(), (Items { "a/1" }));
+    controller.setContent({ "b/1" });
+    EXPECT_EQ(controller.selectedObjects(), (Items { "b/1" }));
 }
 
 TEST_F(ListControllerTest, readsEachKeyOnceHoweverManyItCompares) {
