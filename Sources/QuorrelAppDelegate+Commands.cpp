@@ -3,6 +3,7 @@
 
 #include "Sources/BonjourResolver.h"
 #include "Sources/HostDefinition.h"
+#include "Sources/MenuLayout.h"
 #include "Sources/MountOperation.h"
 #include "Sources/ServiceDefinition.h"
 #include "Sources/SharePointDefinition.h"
@@ -11,12 +12,6 @@
 #include <utility>
 
 namespace quorrel {
-
-namespace {
-
-constexpr std::string_view favouriteSeparator = " : ";
-
-} // namespace
 
 void QuorrelAppDelegate::mount(const SharePointPointer& sharePoint) {
     getHostPassword(sharePoint);
@@ -96,6 +91,7 @@ void QuorrelAppDelegate::unmountSelectedListItem() {
 }
 
 void QuorrelAppDelegate::mountFavroiteItem(const MenuItem& item) {
+    constexpr auto favouriteSeparator = MenuLayout::favouriteSeparator;
     const auto separator = item.title.find(favouriteSeparator);
     if (separator == std::string::npos)
         return;

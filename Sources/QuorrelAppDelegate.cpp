@@ -9,6 +9,7 @@
 #include "Sources/BonjourResolver.h"
 #include "Sources/Globals.h"
 #include "Sources/HostDefinition.h"
+#include "Sources/MenuLayout.h"
 #include "Sources/PasswordWindowController.h"
 #include "Sources/SharePointDefinition.h"
 
@@ -36,9 +37,9 @@ std::string sortKeyOfHost(const std::shared_ptr<HostDefinition>& host, std::stri
 QuorrelAppDelegate::QuorrelAppDelegate(const ControllerEnvironment& environment)
     : mountsArrayController(sortKeyOfSharePoint)
     , hostsArrayController(sortKeyOfHost)
-    , popMenu(std::make_shared<Menu>("Quorrel"))
     , mountMenu(std::make_shared<Menu>(environment.strings.text("Mount")))
     , unmountMenu(std::make_shared<Menu>(environment.strings.text("Unmount")))
+    , popMenu(MenuLayout::popMenu(environment.strings, mountMenu, unmountMenu))
     , m_environment(environment)
     , m_context(
           std::make_shared<const CatalogueContext>(CatalogueContext { environment.strings, environment.workspace }))

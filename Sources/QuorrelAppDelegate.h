@@ -89,8 +89,9 @@ public:
     void perform(Selector action, const MenuItem& sender) override;
     [[nodiscard]] ActionState validate(Selector action) const override;
 
-    // Menus
+    // Menus. Without a status item they are not built.
     void makeMountpopMenu();
+    /// Leaves the menu as it is where one of its markers is missing.
     void makeFavroitesMenu();
 
     // Windows
@@ -119,9 +120,9 @@ public:
     const std::vector<SortDescriptor> hostsListSortDescriptors { { "displayName", SortOrder::Ascending } };
     SharePointListController mountsArrayController;
     HostListController hostsArrayController;
-    const std::shared_ptr<Menu> popMenu;
     const std::shared_ptr<Menu> mountMenu;
     const std::shared_ptr<Menu> unmountMenu;
+    const std::shared_ptr<Menu> popMenu; ///< what the status item shows; holds both
 
 private:
     void writeFirstLaunchDefaults();

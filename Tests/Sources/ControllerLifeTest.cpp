@@ -38,15 +38,20 @@ TEST_F(ControllerLifeTest, StartUpGoesThroughItsStepsInOrder) {
     catalogue.emplace_back(office);
     files.put(cataloguePath, catalogue);
     turnOn({ "BrowseForServices", "afp", "smb", "http", "ftp", "scanForSMBHosts", "lookUpHostFile" });
+    const auto mountMenu = controller->mountMenu->observe([this] { parts.record("mount menu"); });
+    const auto unmountMenu = controller->unmountMenu->observe([this] { parts.record("unmount menu"); });
 
     controller->applicationDidFinishLaunching();
 
     EXPECT_THAT(parts.takeEvents(),
-        ElementsAre("status item", "status item menu ", "monitor Office", "reachability", "reachability on",
-            "disk monitor", "browser", "search _afpovertcp._tcp. in no domain", "browser",
-            "search _smb._tcp. in no domain", "browser", "search _http._tcp. in no domain", "browser",
-            "search _ftp._tcp. in no domain", "SMB scan", "hosts-file scan", "reachability host ",
-            "reachability host example.com", "reachability status", "mount menus of 1", "favourites of 1"));
+        ElementsAre("status item 28", "image menubarIcon.png", "alternate image menubarIcon-neg.png", "highlight on",
+            "menu Quorrel", "monitor Office", "reachability", "reachability on", "disk monitor", "browser",
+            "search _afpovertcp._tcp. in no domain", "browser", "search _smb._tcp. in no domain", "browser",
+            "search _http._tcp. in no domain", "browser", "search _ftp._tcp. in no domain", "SMB scan",
+            "hosts-file scan", "reachability host ", "reachability host example.com", "reachability status",
+            "mount menu", "unmount menu"));
+    EXPECT_EQ(parts.statusBar().menu(), controller->popMenu);
+    EXPECT_TRUE(controller->mountMenu->indexOfItemWithTitle("Office"));
     waitUntilIdle();
 }
 
@@ -239,6 +244,10 @@ TEST_F(ControllerLifeTest, NotificationsAndPreferencesAreHeardUntilTheBrowsersAr
     };
     parts.takeEvents();
     logSink.clear();
+    // The whole menu's changes are those of its submenus too.
+    const auto wholeMenu = controller->popMenu->observe([this] { parts.record("whole menu"); });
+    const auto mountMenu = controller->mountMenu->observe([this] { parts.record("mount menu"); });
+    const auto unmountMenu = controller->unmountMenu->observe([this] { parts.record("unmount menu"); });
     parts.setWitness([&](const std::string& event) {
         if (event.starts_with("stop"))
             announceAll();
@@ -248,9 +257,9 @@ TEST_F(ControllerLifeTest, NotificationsAndPreferencesAreHeardUntilTheBrowsersAr
 
     parts.setWitness({});
     EXPECT_THAT(parts.takeEvents(),
-        ElementsAre("stop _afpovertcp._tcp.", "favourites of 0", "mount menus of 0", "favourites of 0",
-            "reachability status", "switch BrowseForServices on", "switch afp on", "switch smb on", "switch ftp on",
-            "switch http on", "switch scanForSMBHosts on", "switch lookUpHostFile on"));
+        ElementsAre("stop _afpovertcp._tcp.", "whole menu", "mount menu", "whole menu", "unmount menu", "whole menu",
+            "whole menu", "reachability status", "switch BrowseForServices on", "switch afp on", "switch smb on",
+            "switch ftp on", "switch http on", "switch scanForSMBHosts on", "switch lookUpHostFile on"));
     EXPECT_THAT(logSink.texts(), ElementsAre("Clearing thread queue.", "Server Appeared", "Network NOT Reachable."));
     logSink.clear();
     announceAll();

@@ -230,10 +230,13 @@ TEST_F(ReconciliationTest, OtherVolumeActionsAndUnknownVolumesChangeNoSharePoint
 }
 
 TEST_F(ReconciliationTest, EveryVolumeNotificationRebuildsTheFavouritesAlone) {
+    const auto favourites = controller->popMenu->observe([this] { parts.record("favourites"); });
+    const auto mountMenu = controller->mountMenu->observe([this] { parts.record("mount menu"); });
+    const auto unmountMenu = controller->unmountMenu->observe([this] { parts.record("unmount menu"); });
     announceVolume(91, "Public");
     announceVolume(5, "Public");
     controller->diskNotigficationUpdate({ "diskAddRemoveNotification", nullptr, std::nullopt });
-    EXPECT_THAT(parts.takeEvents(), ElementsAre("favourites of 0", "favourites of 0", "favourites of 0"));
+    EXPECT_THAT(parts.takeEvents(), ElementsAre("favourites", "favourites", "favourites"));
 }
 
 TEST_F(ReconciliationTest, TheNetworkComingUpMountsWhatIsAutomaticOnce) {
@@ -281,15 +284,14 @@ TEST_F(ReconciliationTest, ANetworkThatIsLostResetsEveryHostAndUnmountsNothing) 
 }
 
 TEST_F(ReconciliationTest, TheSaveNotificationSavesThenRebuildsTheMenus) {
-    addHost("Office", smb, { "Public" });
+    addHost("Office", smb, { "Public" })->sharePointForName("Public")->favroite.set(true);
     int writesWhenTheMenusWereMade = -1;
-    parts.setWitness([&](const std::string& event) {
-        if (event.starts_with("mount menus"))
-            writesWhenTheMenusWereMade = files.writeCount();
-    });
+    const auto subscription = controller->mountMenu->observe([&] { writesWhenTheMenusWereMade = files.writeCount(); });
     notificationCenter.post("900");
     EXPECT_EQ(writesWhenTheMenusWereMade, 1);
-    EXPECT_THAT(parts.takeEvents(), ElementsAre("monitor Office", "mount menus of 1", "favourites of 1"));
+    EXPECT_TRUE(controller->mountMenu->indexOfItemWithTitle("Office"));
+    EXPECT_TRUE(controller->unmountMenu->indexOfItemWithTitle("Office"));
+    EXPECT_TRUE(controller->popMenu->indexOfItemWithTitle("Office : Public"));
 }
 
 TEST_F(ReconciliationTest, TheSaveActionPostsWithTheControllerAsItsObject) {
