@@ -20,7 +20,6 @@ namespace {
 
 constexpr Seconds nameDeadline { 0.5 };
 constexpr std::size_t largestMachineInfo = std::size_t { 64 } << 10U;
-constexpr std::size_t largestImage = std::size_t { 16 } << 20U;
 
 std::string askForName(const LinuxWorkspace::Places& places) {
     if (auto name = prettyHostname(places.systemBus, nameDeadline))
@@ -96,16 +95,13 @@ std::optional<TypeDeclaration> LinuxWorkspace::typeDeclaration(const std::string
 }
 
 std::optional<Image> LinuxWorkspace::imageAtPath(const std::string& path) const {
-    const auto file = OwnerOnlyFile::read(path, largestImage);
-    const bool isPNG = file.bytes.starts_with("\x89PNG\r\n");
-    const bool isSVG = file.bytes.find("<svg") != std::string::npos;
-    return isPNG || isSVG ? std::optional(Image { path }) : std::nullopt;
+    return m_imageFiles.contain(path) ? std::optional(Image { path }) : std::nullopt;
 }
 
 std::optional<Image> LinuxWorkspace::systemIcon(SystemIcon icon) const {
-    const auto* file = icon == SystemIcon::MusicPlayer ? "music-player.svg"
-        : icon == SystemIcon::Phone                    ? "phone.svg"
-                                                       : "server.svg";
+    const auto* file = icon == SystemIcon::MusicPlayer ? "music-player.png"
+        : icon == SystemIcon::Phone                    ? "phone.png"
+                                                       : "server.png";
     return imageAtPath(m_places.icons + "/Contents/Resources/" + file);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Linux/ImageFiles.h"
 #include "Platform/Workspace.h"
 
 #include <mutex>
@@ -33,12 +34,13 @@ public:
     bool openURL(const std::string& url) override;
     [[nodiscard]] std::string typeIdentifierForModelCode(const std::string& modelCode) const override;
     [[nodiscard]] std::optional<TypeDeclaration> typeDeclaration(const std::string& identifier) const override;
-    /// PNG and SVG.
+    /// PNG files. What was looked at once is not looked at again.
     [[nodiscard]] std::optional<Image> imageAtPath(const std::string& path) const override;
     [[nodiscard]] std::optional<Image> systemIcon(SystemIcon icon) const override;
 
 private:
     const Places m_places;
+    const ImageFiles m_imageFiles;
     mutable std::once_flag m_nameAsked;
     mutable std::string m_name;
     mutable std::once_flag m_temporaryMade;

@@ -8,14 +8,14 @@ namespace quorrel {
 namespace {
 
 constexpr std::array types {
-    ModelType { "public.generic-pc", "generic-pc.svg", "" },
-    ModelType { "public.server", "server.svg", "public.generic-pc" },
-    ModelType { "public.storage", "storage.svg", "public.server" },
-    ModelType { "public.phone", "phone.svg", "" },
-    ModelType { "com.apple.mac", "desktop.svg", "" },
+    ModelType { "public.generic-pc", "generic-pc.png", "" },
+    ModelType { "public.server", "server.png", "public.generic-pc" },
+    ModelType { "public.storage", "storage.png", "public.server" },
+    ModelType { "public.phone", "phone.png", "" },
+    ModelType { "com.apple.mac", "desktop.png", "" },
     ModelType { "com.apple.mac.desktop", "", "com.apple.mac" },
-    ModelType { "com.apple.mac.laptop", "laptop.svg", "com.apple.mac" },
-    ModelType { "com.apple.mac.all-in-one", "all-in-one.svg", "com.apple.mac" },
+    ModelType { "com.apple.mac.laptop", "laptop.png", "com.apple.mac" },
+    ModelType { "com.apple.mac.all-in-one", "all-in-one.png", "com.apple.mac" },
     ModelType { "com.apple.mac.server", "", "public.server" },
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/ImageLoader.h"
 
+#include "Platform/Linux/LinuxWorkspace.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,9 @@
 #include <QFile>
 #include <QImage>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace quorrel {
 
@@ -82,6 +85,27 @@ TEST_F(ImageLoaderTest, everyPictureOfTheProgramIsThereForBothDensities) {
         const auto base = QString(":/images/%1").arg(QString(picture.name).section('.', 0, 0));
         EXPECT_EQ(QImage(base + ".png").width(), picture.size) << picture.name;
         EXPECT_EQ(QImage(base + "@2x.png").width(), 2 * picture.size) << picture.name;
+    }
+}
+
+TEST_F(ImageLoaderTest, everyKindOfHostHasItsPicture) {
+    const LinuxWorkspace workspace(
+        { folder.path("data"), folder.path("tmp"), QUORREL_ICONS, "unix:path=/nonexistent" });
+    std::vector<std::optional<Image>> icons;
+    for (const auto icon : { SystemIcon::GenericServer, SystemIcon::MusicPlayer, SystemIcon::Phone })
+        icons.push_back(workspace.systemIcon(icon));
+    for (const char* kind : { "public.generic-pc", "public.server", "public.storage", "public.phone", "com.apple.mac",
+             "com.apple.mac.laptop", "com.apple.mac.all-in-one" }) {
+        const auto type = workspace.typeDeclaration(kind);
+        ASSERT_TRUE(type && type->iconFile) << kind;
+        icons.push_back(workspace.imageAtPath(type->bundlePath + "/Contents/Resources/" + *type->iconFile));
+    }
+    for (const auto& icon : icons) {
+        ASSERT_TRUE(icon);
+        const auto available = loader.icon({ icon->name, 16 }).availableSizes();
+        for (const int size : { 16, 24, 32, 48, 64 })
+            EXPECT_TRUE(available.contains(QSize(size, size))) << icon->name << size;
+        EXPECT_GT(inkIn(loader.pixmap(*icon, 16, 1).toImage()), 50) << icon->name;
     }
 }
 

@@ -187,14 +187,14 @@ TEST_F(LinuxWorkspaceTest, aLinkToNothingIsSomething) {
 
 TEST_F(LinuxWorkspaceTest, knownModelsHaveTheirIcons) {
     const LinuxWorkspace workspace(places());
-    EXPECT_EQ(iconFor(workspace, "MacBookPro18,3"), "laptop.svg");
-    EXPECT_EQ(iconFor(workspace, "iMac21,1"), "all-in-one.svg");
-    EXPECT_EQ(iconFor(workspace, "Macmini9,1"), "desktop.svg");
-    EXPECT_EQ(iconFor(workspace, "Mac14,2"), "desktop.svg");
-    EXPECT_EQ(iconFor(workspace, "MacSamba"), "server.svg");
-    EXPECT_EQ(iconFor(workspace, "RackMac3,1"), "server.svg");
-    EXPECT_EQ(iconFor(workspace, "TimeCapsule6,106"), "storage.svg");
-    EXPECT_EQ(iconFor(workspace, "iPhone14,2"), "phone.svg");
+    EXPECT_EQ(iconFor(workspace, "MacBookPro18,3"), "laptop.png");
+    EXPECT_EQ(iconFor(workspace, "iMac21,1"), "all-in-one.png");
+    EXPECT_EQ(iconFor(workspace, "Macmini9,1"), "desktop.png");
+    EXPECT_EQ(iconFor(workspace, "Mac14,2"), "desktop.png");
+    EXPECT_EQ(iconFor(workspace, "MacSamba"), "server.png");
+    EXPECT_EQ(iconFor(workspace, "RackMac3,1"), "server.png");
+    EXPECT_EQ(iconFor(workspace, "TimeCapsule6,106"), "storage.png");
+    EXPECT_EQ(iconFor(workspace, "iPhone14,2"), "phone.png");
     EXPECT_EQ(iconFor(workspace, "Toaster9,1"), "");
 }
 
