@@ -75,6 +75,19 @@ bool flushFolder(const std::string& path) {
     return ::fsync(folder.get()) == 0 || errno == EINVAL || errno == EROFS;
 }
 
+/// Writes the bytes, flushed, to a new file beside the path; returns the error number, with nothing left behind.
+int writeBeside(const std::string& path, std::string_view bytes, std::string& name) {
+    const FileDescriptor file = createBeside(path, name);
+    if (!file.isOpen())
+        return errno;
+    // The umask can only have taken rights away, even the owner's own.
+    if (::fchmod(file.get(), ownerFile) == 0 && writeAll(file.get(), bytes) && ::fsync(file.get()) == 0)
+        return 0;
+    const int error = errno;
+    ::unlink(name.c_str());
+    return error;
+}
+
 /// Renames unless something has the new name; returns the error number.
 int renameToFree(const std::string& from, const std::string& to) {
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
@@ -120,20 +133,31 @@ Content read(const std::string& path, std::size_t largest) {
 std::optional<std::string> replace(const std::string& path, std::string_view bytes) {
     const std::string target = behindLinks(path);
     std::string name;
-    FileDescriptor file = createBeside(target, name);
-    if (!file.isOpen())
-        return systemErrorText(errno);
-    // The umask can only have taken rights away, even the owner's own.
-    bool done = ::fchmod(file.get(), ownerFile) == 0 && writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
-    done = done && ::rename(name.c_str(), target.c_str()) == 0;
-    if (!done) {
+    if (const int error = writeBeside(target, bytes, name))
+        return systemErrorText(error);
+    if (::rename(name.c_str(), target.c_str()) != 0) {
         const int error = errno;
         ::unlink(name.c_str());
         return systemErrorText(error);
     }
-    file.close();
     if (!flushFolder(folderOf(target)))
         return systemErrorText(errno);
+    return std::nullopt;
+}
+
+std::optional<std::string> create(const std::string& stem, const std::string& ending, std::string_view bytes) {
+    std::string name;
+    if (writeBeside(stem + ending, bytes, name) != 0)
+        return std::nullopt;
+    for (int number = 0; number < INT_MAX; ++number) {
+        const auto path = stem + (number == 0 ? std::string() : "-" + std::to_string(number)) + ending;
+        const int error = renameToFree(name, path);
+        if (error == 0)
+            return flushFolder(folderOf(path)) ? std::optional(path) : std::nullopt;
+        if (error != EEXIST)
+            break;
+    }
+    ::unlink(name.c_str());
     return std::nullopt;
 }
 

@@ -25,6 +25,11 @@ struct Content final {
 /// and nothing is left beside it.
 [[nodiscard]] std::optional<std::string> replace(const std::string& path, std::string_view bytes);
 
+/// Writes a new file, as `replace` does, under the first free name of STEM + ENDING, STEM-1 + ENDING and so on; what is
+/// there stays. The file's path, or absent after a failure.
+[[nodiscard]] std::optional<std::string> create(
+    const std::string& stem, const std::string& ending, std::string_view bytes);
+
 /// Moves what is there to the first free name of PATH.damaged, PATH.damaged-2 and so on; nothing there is no failure.
 [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path);
 

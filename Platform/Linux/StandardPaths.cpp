@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
-#include <vector>
+#include <sstream>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -37,6 +37,16 @@ std::string homeFromAccounts() {
     return "/";
 }
 
+/// Relative folders are left out: a program's meaning must not hang on where it was started.
+std::vector<std::string> foldersIn(const char* list) {
+    std::vector<std::string> folders;
+    std::istringstream stream(list ? list : "");
+    for (std::string path; std::getline(stream, path, ':');)
+        if (path.starts_with('/'))
+            folders.push_back(path);
+    return folders;
+}
+
 } // namespace
 
 StandardPaths StandardPaths::fromEnvironment() {
@@ -52,6 +62,7 @@ StandardPaths StandardPaths::fromEnvironment() {
     paths.temporary = folder("TMPDIR").value_or("/tmp");
     const char* bus = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
     paths.systemBus = bus && *bus ? bus : "unix:path=/run/dbus/system_bus_socket";
+    paths.programs = foldersIn(std::getenv("PATH"));
     return paths;
 }
 

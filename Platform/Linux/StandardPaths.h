@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quorrel {
 
@@ -17,11 +18,14 @@ struct StandardPaths final {
     std::optional<std::string> runtime; ///< present only when the session has one
     std::string temporary;
     std::string systemBus; ///< the system message bus's address
+    std::vector<std::string> programs; ///< the folders in which programs are looked for
 
     [[nodiscard]] static StandardPaths fromEnvironment();
 
     [[nodiscard]] std::string preferencesFile() const { return config + "/Quorrel/Quorrel.conf"; }
     [[nodiscard]] std::string logFile() const { return state + "/Quorrel/Quorrel.log"; }
+    /// What is in it, the desktop starts at login.
+    [[nodiscard]] std::string autostartFolder() const { return config + "/autostart"; }
     [[nodiscard]] std::string volumesFolder() const { return home + "/Volumes"; }
 };
 

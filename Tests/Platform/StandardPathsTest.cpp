@@ -24,6 +24,7 @@ TEST_F(StandardPathsTest, followTheHomeFolderWhereNothingElseIsSaid) {
     EXPECT_EQ(paths.preferencesFile(), "/home/anna/.config/Quorrel/Quorrel.conf");
     EXPECT_EQ(paths.logFile(), "/home/anna/.local/state/Quorrel/Quorrel.log");
     EXPECT_EQ(paths.cache, "/home/anna/.cache");
+    EXPECT_EQ(paths.autostartFolder(), "/home/anna/.config/autostart");
     EXPECT_EQ(paths.volumesFolder(), "/home/anna/Volumes");
     EXPECT_EQ(paths.runtime, std::nullopt);
     EXPECT_EQ(paths.temporary, "/tmp");
@@ -50,6 +51,17 @@ TEST_F(StandardPathsTest, takeRelativeAndEmptyVariablesAsNotSet) {
     const auto paths = StandardPaths::fromEnvironment();
     EXPECT_EQ(paths.data, "/home/anna/.local/share");
     EXPECT_EQ(paths.config, "/home/anna/.config");
+}
+
+TEST_F(StandardPathsTest, programsAreInTheAbsoluteFoldersOfTheSearchPath) {
+    const std::string before = std::getenv("PATH");
+    ::setenv("PATH", "/usr/local/bin:.::bin:/usr/bin", 1);
+    const auto some = StandardPaths::fromEnvironment().programs;
+    ::unsetenv("PATH");
+    const auto none = StandardPaths::fromEnvironment().programs;
+    ::setenv("PATH", before.c_str(), 1);
+    EXPECT_EQ(some, (std::vector<std::string> { "/usr/local/bin", "/usr/bin" }));
+    EXPECT_TRUE(none.empty());
 }
 
 TEST_F(StandardPathsTest, askTheAccountsWhereThereIsNoHome) {
