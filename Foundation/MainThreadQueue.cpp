@@ -27,6 +27,8 @@ void MainThreadQueue::setWaker(Task waker) {
 }
 
 void MainThreadQueue::runPending() {
+    if (m_pauses > 0)
+        return;
     std::deque<Task> tasks;
     {
         const std::lock_guard lock(m_mutex);
@@ -42,6 +44,24 @@ void MainThreadQueue::runPending() {
         putBack(std::move(tasks));
         throw;
     }
+}
+
+MainThreadQueue::Pause::Pause(MainThreadQueue& queue)
+    : m_queue(queue) {
+    ++m_queue.m_pauses;
+}
+
+MainThreadQueue::Pause::~Pause() {
+    if (--m_queue.m_pauses > 0)
+        return;
+    Task waker;
+    {
+        const std::lock_guard lock(m_queue.m_mutex);
+        if (!m_queue.m_tasks.empty())
+            waker = m_queue.m_waker;
+    }
+    if (waker)
+        waker();
 }
 
 void MainThreadQueue::putBack(std::deque<Task> tasks) {

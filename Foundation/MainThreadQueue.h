@@ -28,12 +28,26 @@ public:
     /// leaves this call, and the tasks behind it wait for the next turn.
     void runPending();
 
+    /// While one exists, `runPending` leaves everything where it is; the last one's end wakes the run loop for it. For
+    /// an event loop within a task, as a modal window has one. Main thread.
+    class Pause final {
+    public:
+        explicit Pause(MainThreadQueue& queue);
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+        ~Pause();
+
+    private:
+        MainThreadQueue& m_queue;
+    };
+
     [[nodiscard]] bool isMainThread() const { return std::this_thread::get_id() == m_mainThread; }
 
 private:
     void putBack(std::deque<Task> tasks);
 
     const std::thread::id m_mainThread;
+    int m_pauses = 0; // main thread only
     std::mutex m_mutex;
     std::deque<Task> m_tasks;
     Task m_waker;

@@ -56,6 +56,35 @@ TEST(MainThreadQueueTest, wakesForATaskPostedWhileOthersRun) {
     EXPECT_EQ(wakes, 2);
 }
 
+TEST(MainThreadQueueTest, leavesTasksWhereTheyAreDuringAPause) {
+    MainThreadQueue queue;
+    int wakes = 0;
+    int ran = 0;
+    queue.setWaker([&] { ++wakes; });
+    {
+        const MainThreadQueue::Pause outer(queue);
+        {
+            const MainThreadQueue::Pause inner(queue);
+            queue.post([&] { ++ran; });
+            queue.runPending();
+        }
+        queue.runPending();
+        EXPECT_EQ(ran, 0);
+        EXPECT_EQ(wakes, 1);
+    }
+    EXPECT_EQ(wakes, 2);
+    queue.runPending();
+    EXPECT_EQ(ran, 1);
+}
+
+TEST(MainThreadQueueTest, aPauseDuringWhichNothingWasPostedWakesNobody) {
+    MainThreadQueue queue;
+    int wakes = 0;
+    queue.setWaker([&] { ++wakes; });
+    { const MainThreadQueue::Pause pause(queue); }
+    EXPECT_EQ(wakes, 0);
+}
+
 TEST(MainThreadQueueTest, knowsItsThread) {
     const MainThreadQueue queue;
     EXPECT_TRUE(queue.isMainThread());
