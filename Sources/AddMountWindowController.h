@@ -27,7 +27,7 @@ public:
     using HostPointer = std::shared_ptr<HostDefinition>;
     using SharePointPointer = std::shared_ptr<SharePointDefinition>;
 
-    /// All of it must outlive the controller.
+    /// All of it must outlive the controller. A sheet that is still open then is hidden.
     AddMountWindowController(AddMountWindow& window, ObservableList<HostPointer>& hosts,
         CatalogueContextPointer context, NotificationCenter& notificationCenter);
     ~AddMountWindowController();
@@ -49,6 +49,8 @@ public:
 
     [[nodiscard]] bool isAdd() const { return m_isAdd; }
     [[nodiscard]] bool isEdit() const { return m_isEdit; }
+    /// From `showSheetForWindow` to `didEndSheet`; meanwhile no other run is to be prepared.
+    [[nodiscard]] bool isShown() const { return m_sheet != nullptr; }
     /// What the combo box offers: the catalogue's hosts and the servers seen, each once, sorted.
     [[nodiscard]] std::vector<std::string> serverNames() const;
     /// Whether the share point that was edited is out of the catalogue, because what it was to become stood there
@@ -71,6 +73,28 @@ public:
     Property<std::optional<double>> _delaySeconds { *this, "_delaySeconds" };
 
 private:
+    struct Sheet;
+
+    void fillFrom(const SharePointDefinition& mount);
+    void takeSelectedHost();
+    void endSheet();
+
+    /// Says what is wrong with the fields; false: nothing is.
+    [[nodiscard]] bool complains();
+    void alert(const std::string& title, const std::string& message,
+        std::optional<AddMountWindow::Control> focusAfterwards = std::nullopt);
+
+    void removeEditedMount();
+    /// False, with an alert, when the share point stands there already.
+    [[nodiscard]] bool addSharePoint();
+    [[nodiscard]] bool addToHost(const HostPointer& host);
+    void refuseDuplicate();
+    void addWithNewHost();
+    [[nodiscard]] std::shared_ptr<ServiceDefinition> addService(const HostPointer& host) const;
+    enum class EmptyPassword { Copied, LeftOut };
+    [[nodiscard]] SharePointPointer newSharePoint(const HostPointer& host,
+        const std::shared_ptr<ServiceDefinition>& service, EmptyPassword emptyPassword = EmptyPassword::Copied) const;
+
     AddMountWindow& m_window;
     ObservableList<HostPointer>& m_hosts;
     const CatalogueContextPointer m_context;
@@ -80,6 +104,7 @@ private:
     std::weak_ptr<SharePointDefinition> m_mount;
     bool m_isAdd = false;
     bool m_isEdit = false;
+    std::shared_ptr<Sheet> m_sheet; // null while none is shown
     Property<bool> m_isEditedMountRemoved { *this, "isEditedMountRemoved" };
 };
 

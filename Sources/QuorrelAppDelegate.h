@@ -151,6 +151,10 @@ private:
     void mountManually(const HostPointer& host);
     void unmountAllOf(const HostPointer& host);
     void cancelQueueIfBusy();
+    /// The first one; null without a selection.
+    [[nodiscard]] SharePointPointer selectedSharePoint() const;
+    /// Made on first use; null without windows, and while its sheet is open.
+    [[nodiscard]] AddMountWindowController* addMountWindowController();
     /// Every host whose display name is the title of the item's menu.
     [[nodiscard]] std::vector<HostPointer> hostsOfMenu(const MenuItem& item) const;
 
