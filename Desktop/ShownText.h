@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <string>
+
+namespace quorrel::ShownText {
+
+/// A name or a message, which may come from the network, as one line of plain text: what would break the line, move
+/// or reorder the text around it becomes a blank, and what nobody could read to its end is cut.
+[[nodiscard]] QString line(const std::string& text);
+
+/// The text for a tool tip, which wraps, and in which nothing counts as markup.
+[[nodiscard]] QString toolTip(const QString& text);
+
+} // namespace quorrel::ShownText

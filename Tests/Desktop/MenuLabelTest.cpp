@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Desktop/MenuLabel.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace quorrel {
+namespace {
+
+std::string text(const std::string& title, MenuLabel::Drawer drawer = MenuLabel::Drawer::Qt, int level = 0) {
+    MenuItem item { title };
+    item.indentationLevel = level;
+    return MenuLabel::textOf(item, drawer).toStdString();
+}
+
+TEST(MenuLabel, DoublesEveryAmpersandForQt) {
+    EXPECT_EQ(text("a & b & c"), "a && b && c");
+    EXPECT_EQ(text("&"), "&&");
+    EXPECT_EQ(text("my_share"), "my_share");
+}
+
+// What the bus makes of these is in the tests among real trays.
+TEST(MenuLabel, DoublesUnderscoresAndTheFirstAmpersandForTheDesktop) {
+    EXPECT_EQ(text("my_share_2", MenuLabel::Drawer::Desktop), "my__share__2");
+    EXPECT_EQ(text("a & b & c", MenuLabel::Drawer::Desktop), "a && b & c");
+    EXPECT_EQ(text("_&_", MenuLabel::Drawer::Desktop), "__&&__");
+}
+
+TEST(MenuLabel, KeepsEveryTitleOnOneLineWithoutColumns) {
+    for (const auto drawer : { MenuLabel::Drawer::Qt, MenuLabel::Drawer::Desktop })
+        EXPECT_EQ(text("a\tb\nc\rd\x1b"
+                       "e\u2028f\u0085g",
+                      drawer),
+            "a b c d e f g");
+}
+
+TEST(MenuLabel, IndentsByBlanksThatDesktopsKeep) {
+    EXPECT_EQ(text("host : share", MenuLabel::Drawer::Desktop, 2), "\u2003\u2003host : share");
+    EXPECT_EQ(text("host", MenuLabel::Drawer::Qt, -1), "host");
+}
+
+TEST(MenuLabel, LeavesOtherScriptsAsTheyAre) {
+    EXPECT_EQ(text("שרת : מסמכים"), "שרת : מסמכים");
+    EXPECT_EQ(text("خادم : Fotos 📷"), "خادم : Fotos 📷");
+}
+
+} // namespace
+} // namespace quorrel
