@@ -104,11 +104,11 @@ std::string HostDefinition::countText(std::size_t count, std::string_view singul
 }
 
 std::string HostDefinition::servicesCountString() const {
-    return countText(services.count(), "%i service", "%i services");
+    return countText(services.count(), localizable("%i service"), localizable("%i services"));
 }
 
 std::string HostDefinition::sharesCountString() const {
-    return countText(sharePoints.count(), "%i share", "%i shares");
+    return countText(sharePoints.count(), localizable("%i share"), localizable("%i shares"));
 }
 
 void HostDefinition::updateCounts() {

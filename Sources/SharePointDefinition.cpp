@@ -62,7 +62,7 @@ void SharePointDefinition::setStatusText(std::string_view key) {
 
 void SharePointDefinition::setResolved(bool value) {
     resolved.assign(value);
-    setStatusText(value ? "Resolved" : "Resolve Failed");
+    setStatusText(value ? localizable("Resolved") : localizable("Resolve Failed"));
 }
 
 void SharePointDefinition::setResolving(bool value) {
@@ -81,7 +81,7 @@ void SharePointDefinition::setMounting(bool value) {
 
 void SharePointDefinition::setMounted(bool value) {
     mounted.assign(value);
-    setStatusText(value ? "Online" : "Offline");
+    setStatusText(value ? localizable("Online") : localizable("Offline"));
 }
 
 void SharePointDefinition::setUnmounting(bool value) {

@@ -16,14 +16,14 @@ struct ErrorText final {
 };
 
 constexpr std::array errorTexts {
-    ErrorText { VolumeStatus::notFound, "File or directory not found; incomplete pathname." },
-    ErrorText { VolumeStatus::authenticationMethodUnknown, "User authentication method is unknown." },
-    ErrorText {
-        VolumeStatus::serverVersionUnknown, "Workstation is using an AFP version that the server doesn’t recognize." },
-    ErrorText { VolumeStatus::permissionDenied, "Requested user permission not possible." },
-    ErrorText { VolumeStatus::notResponding, "Server is not responding." },
-    ErrorText { VolumeStatus::badLogin, "User authentication failed (usually, password is not correct)." },
-    ErrorText { VolumeStatus::shuttingDown, "Server is shutting down." },
+    ErrorText { VolumeStatus::notFound, localizable("File or directory not found; incomplete pathname.") },
+    ErrorText { VolumeStatus::authenticationMethodUnknown, localizable("User authentication method is unknown.") },
+    ErrorText { VolumeStatus::serverVersionUnknown,
+        localizable("Workstation is using an AFP version that the server doesn’t recognize.") },
+    ErrorText { VolumeStatus::permissionDenied, localizable("Requested user permission not possible.") },
+    ErrorText { VolumeStatus::notResponding, localizable("Server is not responding.") },
+    ErrorText { VolumeStatus::badLogin, localizable("User authentication failed (usually, password is not correct).") },
+    ErrorText { VolumeStatus::shuttingDown, localizable("Server is shutting down.") },
 };
 
 } // namespace
@@ -36,7 +36,7 @@ std::optional<std::string_view> mountErrorText(std::int32_t status) {
 
 std::optional<std::string_view> unmountErrorText(std::int32_t status) {
     if (status == VolumeStatus::filesOpen)
-        return "One or more files are open, can not unmount";
+        return localizable("One or more files are open, can not unmount");
     return mountErrorText(status);
 }
 
