@@ -33,7 +33,6 @@ void QuorrelAppDelegate::addMountSheet() {
     if (auto* sheet = addMountWindowController()) {
         sheet->setIsAdd(true);
         sheet->setIsEdit(false);
-        sheet->setMount(nullptr);
         sheet->showSheetForWindow();
     }
 }

@@ -142,10 +142,20 @@ TEST_F(AddMountActionsTest, AnOpenSheetIsNotTurnedIntoAnother) {
     ASSERT_NE(sheet, nullptr);
     sheetWindow.clearEvents();
     controller->editMountAction();
-    controller->addMountSheet();
     EXPECT_THAT(sheetWindow.events(), IsEmpty());
     EXPECT_TRUE(sheet->isAdd());
     EXPECT_FALSE(sheet->isEdit());
+
+    sheet->cancelMountSheet();
+    controller->editMountAction();
+    sheetWindow.clearEvents();
+    controller->addMountSheet();
+    EXPECT_THAT(sheetWindow.events(), IsEmpty());
+    EXPECT_FALSE(sheet->isAdd());
+    EXPECT_TRUE(sheet->isEdit());
+    sheet->_GuestLogin.set(true);
+    sheet->addMountSaveAction();
+    EXPECT_EQ(controller->hosts.snapshot().at(0)->sharePoints.count(), 1U) << "it still edits the same share point";
 }
 
 TEST_F(AddMountActionsTest, AControllerThatEndsTakesItsSheetWithIt) {
