@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/ResourcePaths.h"
 
+#include "Platform/Linux/GettextStringTable.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <cstdlib>
 #include <filesystem>
 
 namespace quorrel {
@@ -52,6 +55,16 @@ TEST_F(ResourcePathsTest, aProgramWithNothingNearTakesWhatWasInstalled) {
     const auto paths = ResourcePaths::find(program("somewhere/quorrel"));
     EXPECT_EQ(paths.locale, std::string(QUORREL_DATA_FOLDER) + "/locale");
     EXPECT_EQ(ResourcePaths::find(folder.path("not/there")).icons, paths.icons);
+}
+
+TEST_F(ResourcePathsTest, whatWasBuiltHereSpeaksTheUsersLanguage) {
+    const GettextStringTable table(ResourcePaths::find().locale);
+    std::setlocale(LC_ALL, "C.UTF-8");
+    ::setenv("LANGUAGE", "de", 1);
+    EXPECT_EQ(table.text("Mount"), "Einhängen");
+    EXPECT_EQ(table.text("Mounting"), "Wird eingehängt");
+    std::setlocale(LC_ALL, "C");
+    EXPECT_EQ(table.text("Mount"), "Mount");
 }
 
 TEST_F(ResourcePathsTest, whatWasBuiltHereHasItsFiles) {
