@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Desktop/AddMountForm.h"
+
+#include "Tests/Desktop/AddMountFixture.h"
+#include "Tests/Desktop/WidgetWalk.h"
+
+#include <gmock/gmock.h>
+
+#include <QSpinBox>
+
+#include <limits>
+
+namespace quorrel {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class AddMountFormTest : public AddMountFixture {
+protected:
+    /// A share point with something in each field.
+    std::shared_ptr<SharePointDefinition> fullSharePoint() {
+        const auto result = addHost("diskstation", { "photos" })->sharePointForName("photos");
+        result->password.set("secret");
+        result->passwordPrompt.set(true);
+        result->guestLogin.set(true);
+        result->automatically.set(false);
+        result->favroite.set(true);
+        result->script.set("/bin/after");
+        result->scriptArguments.set("-v \"x y\"");
+        result->isDelayed.set(true);
+        result->delaySeconds.set(15);
+        return result;
+    }
+};
+
+TEST_F(AddMountFormTest, EachControlShowsItsField) {
+    auto& sheet = edit(fullSharePoint());
+    EXPECT_EQ(named<QComboBox>(sheet, "serverName").currentText(), "diskstation");
+    EXPECT_EQ(named<QComboBox>(sheet, "service").currentText(), smb);
+    EXPECT_EQ(named<QLineEdit>(sheet, "sharePoint").text(), "photos");
+    EXPECT_EQ(named<QLineEdit>(sheet, "userName").text(), "anna");
+    EXPECT_EQ(named<QLineEdit>(sheet, "password").text(), "secret");
+    EXPECT_EQ(named<QLineEdit>(sheet, "password").echoMode(), QLineEdit::Password);
+    EXPECT_TRUE(named<QCheckBox>(sheet, "passwordPrompt").isChecked());
+    EXPECT_TRUE(named<QCheckBox>(sheet, "guestLogin").isChecked());
+    EXPECT_FALSE(named<QCheckBox>(sheet, "automatically").isChecked());
+    EXPECT_TRUE(named<QCheckBox>(sheet, "favroite").isChecked());
+    EXPECT_EQ(named<QLineEdit>(sheet, "script").text(), "/bin/after");
+    EXPECT_EQ(named<QLineEdit>(sheet, "scriptArguments").text(), "-v \"x y\"");
+    EXPECT_TRUE(named<QCheckBox>(sheet, "isDelayed").isChecked());
+    EXPECT_EQ(named<QSpinBox>(sheet, "delaySeconds").value(), 15);
+}
+
+TEST_F(AddMountFormTest, EachKeystrokeIsInItsFieldAtOnce) {
+    auto& sheet = add();
+    const std::vector<std::pair<const char*, Property<OptionalText>*>> texts { { "sharePoint",
+                                                                                   &controller->_SharePoint },
+        { "userName", &controller->_UserName }, { "password", &controller->_Password },
+        { "script", &controller->_script }, { "scriptArguments", &controller->_scriptArguments } };
+    for (const auto& [name, field] : texts) {
+        auto& control = named<QLineEdit>(sheet, name);
+        QTest::keyClicks(&control, "ab");
+        EXPECT_EQ(field->get(), "ab") << name;
+        QTest::keyClick(&control, Qt::Key_Backspace);
+        QTest::keyClick(&control, Qt::Key_Backspace);
+        EXPECT_EQ(field->get(), "") << name;
+    }
+    QTest::keyClicks(named<QComboBox>(sheet, "serverName").lineEdit(), "na");
+    EXPECT_EQ(controller->_Name.get(), "na");
+    choose(sheet, "Secure");
+    EXPECT_EQ(controller->_DisplayType.get(), secureWebDav);
+    const std::vector<std::pair<const char*, Property<OptionalFlag>*>> flags {
+        { "passwordPrompt", &controller->_PasswordPrompt }, { "guestLogin", &controller->_GuestLogin },
+        { "favroite", &controller->_Favroite }, { "isDelayed", &controller->_isDelayed }
+    };
+    for (const auto& [name, field] : flags) {
+        click(sheet, name);
+        EXPECT_EQ(field->get(), true) << name;
+    }
+    click(sheet, "automatically");
+    EXPECT_EQ(controller->_Automatically.get(), false);
+    named<QSpinBox>(sheet, "delaySeconds").selectAll();
+    QTest::keyClicks(&named<QSpinBox>(sheet, "delaySeconds"), "12");
+    EXPECT_EQ(controller->_delaySeconds.get(), 12);
+}
+
+TEST_F(AddMountFormTest, ControlsFollowTheirFieldsAndTheCursorStaysWhereItIs) {
+    auto& sheet = add();
+    auto& user = named<QLineEdit>(sheet, "userName");
+    QTest::keyClicks(&user, "ac");
+    user.setCursorPosition(1);
+    QTest::keyClicks(&user, "b");
+    EXPECT_EQ(user.text(), "abc");
+    EXPECT_EQ(user.cursorPosition(), 2);
+    controller->_script.set("/elsewhere");
+    controller->_Automatically.set(false);
+    controller->_Name.set("nas");
+    EXPECT_EQ(named<QLineEdit>(sheet, "script").text(), "/elsewhere");
+    EXPECT_FALSE(named<QCheckBox>(sheet, "automatically").isChecked());
+    EXPECT_EQ(named<QComboBox>(sheet, "serverName").currentText(), "nas");
+    EXPECT_EQ(user.cursorPosition(), 2);
+}
+
+TEST_F(AddMountFormTest, WhatIsOnlyShownIsNotWritten) {
+    addHost("archive", {});
+    add();
+    EXPECT_FALSE(controller->_Name.get()) << "nor is the first server offered taken";
+    EXPECT_EQ(controller->_DisplayType.get(), afp);
+    EXPECT_FALSE(controller->_UserName.get());
+    EXPECT_FALSE(controller->_GuestLogin.get());
+    EXPECT_FALSE(controller->_delaySeconds.get());
+}
+
+TEST_F(AddMountFormTest, WhatAControlCannotShowAsItIsStaysUntilTheUserChangesIt) {
+    const auto host = addHost("diskstation", {});
+    addService(host, nfs);
+    const auto sharePoint = addSharePoint(host, nfs, "export");
+    for (const double seconds : { 2.5, -1.0, 1e12, std::numeric_limits<double>::infinity() }) {
+        sharePoint->delaySeconds.set(seconds);
+        auto& sheet = edit(sharePoint);
+        EXPECT_EQ(named<QComboBox>(sheet, "service").currentIndex(), -1);
+        EXPECT_EQ(named<QComboBox>(sheet, "service").placeholderText(), nfs);
+        type(sheet, "userName", "berta");
+        EXPECT_EQ(controller->_DisplayType.get(), nfs);
+        EXPECT_EQ(controller->_delaySeconds.get(), seconds);
+        controller->cancelMountSheet();
+    }
+    sharePoint->delaySeconds.set(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(named<QSpinBox>(edit(sharePoint), "delaySeconds").value(), 0);
+}
+
+TEST_F(AddMountFormTest, TheKnownServersAreOfferedAndATypedNameIsTakenAsItIs) {
+    addHost("NAS", {});
+    addHost("archive", {});
+    auto& sheet = add();
+    auto& servers = named<QComboBox>(sheet, "serverName");
+    ASSERT_EQ(servers.count(), 2);
+    EXPECT_EQ(servers.itemText(0), "archive");
+    EXPECT_EQ(servers.itemText(1), "NAS");
+    for (const auto* name : { "nas", "NA", "arch" }) {
+        typeServer(sheet, name);
+        EXPECT_EQ(servers.currentText(), name);
+        EXPECT_EQ(controller->_Name.get(), name);
+    }
+    servers.setFocus();
+    QTest::keyClick(&servers, Qt::Key_Down);
+    EXPECT_EQ(controller->_Name.get(), servers.currentText().toStdString());
+}
+
+TEST_F(AddMountFormTest, WhatHasNoEffectIsGreyAndKeepsItsValue) {
+    auto& sheet = edit(fullSharePoint());
+    const auto isEnabled = [&](const char* name) { return named<QWidget>(sheet, name).isEnabled(); };
+    EXPECT_FALSE(isEnabled("userName"));
+    EXPECT_FALSE(isEnabled("password"));
+    EXPECT_TRUE(isEnabled("delaySeconds"));
+    click(sheet, "guestLogin");
+    EXPECT_TRUE(isEnabled("userName"));
+    EXPECT_FALSE(isEnabled("password")) << "it is asked for";
+    click(sheet, "passwordPrompt");
+    EXPECT_TRUE(isEnabled("password"));
+    click(sheet, "isDelayed");
+    EXPECT_FALSE(isEnabled("delaySeconds"));
+    EXPECT_EQ(named<QLineEdit>(sheet, "userName").text(), "anna");
+    EXPECT_EQ(named<QLineEdit>(sheet, "password").text(), "secret");
+    EXPECT_EQ(controller->_delaySeconds.get(), 15);
+}
+
+TEST_F(AddMountFormTest, OnlyFTPSharesMayBeNameless) {
+    auto& sheet = add();
+    EXPECT_EQ(named<QLineEdit>(sheet, "sharePoint").placeholderText(), "");
+    choose(sheet, "File");
+    EXPECT_EQ(named<QLineEdit>(sheet, "sharePoint").placeholderText(), "optional");
+}
+
+TEST_F(AddMountFormTest, KeyboardAndScreenReaderReachEverything) {
+    auto& sheet = add();
+    EXPECT_THAT(WidgetWalk::withoutObjectName(sheet), IsEmpty());
+    EXPECT_THAT(WidgetWalk::withoutAccessibleName(sheet), IsEmpty());
+    EXPECT_THAT(WidgetWalk::withoutMnemonic(sheet), IsEmpty());
+    EXPECT_THAT(WidgetWalk::ambiguousMnemonics(sheet), IsEmpty());
+    EXPECT_THAT(WidgetWalk::cutTexts(sheet), IsEmpty());
+    click(sheet, "isDelayed");
+    EXPECT_THAT(WidgetWalk::tabOrder(sheet),
+        ElementsAre("serverName", "service", "sharePoint", "guestLogin", "userName", "password", "passwordPrompt",
+            "automatically", "favroite", "isDelayed", "delaySeconds", "script", "selectScript", "scriptArguments",
+            "save", "cancel"));
+    QTest::keyClick(&sheet, Qt::Key_H, Qt::AltModifier);
+    EXPECT_EQ(QApplication::focusWidget(), &named<QLineEdit>(sheet, "sharePoint"));
+}
+
+TEST_F(AddMountFormTest, FitsOnASmallScreenWithTheNoticeShown) {
+    const auto host = addHost("diskstation", { "music", "photos" });
+    auto& sheet = edit(host->sharePointForName("music"));
+    type(sheet, "sharePoint", "photos");
+    click(sheet, "save");
+    EXPECT_EQ(closedAlert().button, "Ok");
+    EXPECT_THAT(WidgetWalk::cutTexts(sheet), IsEmpty());
+    EXPECT_LE(sheet.width(), 1024);
+    EXPECT_LE(sheet.height(), 540) << "what title bar and panel leave of 600";
+}
+
+} // namespace quorrel
