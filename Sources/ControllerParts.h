@@ -37,6 +37,9 @@ public:
     virtual ~VolumeMonitor() = default;
 };
 
+/// Whose reachability counts as the network's while the user chose no other host.
+constexpr const char* defaultReachabilityTarget = "example.com";
+
 /// Watches whether one host can be reached; posts "kNetworkReachabilityChangedNotification".
 class HostReachability {
 public:

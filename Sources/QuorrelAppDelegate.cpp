@@ -21,8 +21,6 @@ namespace quorrel {
 namespace {
 
 constexpr std::size_t operationsAtOnce = 4;
-/// Whose reachability counts as the network's while the user chose no other host.
-constexpr const char* defaultReachabilityTarget = "example.com";
 
 std::string sortKeyOfSharePoint(const std::shared_ptr<SharePointDefinition>& sharePoint, std::string_view key) {
     return key == "sharePoint" ? textOf(sharePoint->sharePoint.get()) : std::string();

@@ -37,8 +37,8 @@ namespace quorrel::WidgetWalk {
 [[nodiscard]] inline std::vector<const QWidget*> reachableWidgets(const QWidget& window) {
     std::vector<const QWidget*> found;
     for (const auto* widget : window.findChildren<QWidget*>())
-        if (widget->focusPolicy() != Qt::NoFocus && widget->window() == &window && widget->isVisibleTo(&window)
-            && !isPart(*widget))
+        if (widget->focusPolicy() != Qt::NoFocus && !widget->focusProxy() && widget->window() == &window
+            && widget->isVisibleTo(&window) && !isPart(*widget))
             found.push_back(widget);
     return found;
 }
