@@ -37,6 +37,7 @@ struct MountRequest final {
 struct MountReply final {
     std::int32_t status = VolumeStatus::success;
     std::int16_t volumeReference = 0; ///< 0 after a failure
+    std::string location {}; ///< the readable path under which its files are, "~/Volumes/NAME"; empty when unknown
 };
 
 /// A mounted volume that is this user's through this program, now or in an earlier run.

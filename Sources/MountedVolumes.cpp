@@ -96,7 +96,7 @@ int adoptMountedVolumes(
     int adopted = 0;
     for (const auto& volume : volumes)
         if (const auto sharePoint = sharePointOf(volume, hosts)) {
-            sharePoint->referenceNumber.set(volume.volumeReference);
+            sharePoint->setVolume(volume.volumeReference, volume.location);
             sharePoint->setMounted(true);
             ++adopted;
         }

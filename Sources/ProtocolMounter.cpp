@@ -216,7 +216,7 @@ ProtocolMounter::Attempt ProtocolMounter::attempt(
 std::int32_t ProtocolMounter::mount(const Attempt& attempt) const {
     const auto reply = m_environment.volumes.mountServerVolume(attempt.request);
     if (m_mount)
-        m_mount->referenceNumber.set(reply.volumeReference);
+        m_mount->setVolume(reply.volumeReference, reply.location);
     if (reply.status != VolumeStatus::success)
         return reply.status;
     m_environment.log.line("Mounted server %@, user == %@, refNum == %d",

@@ -104,6 +104,11 @@ void SharePointDefinition::setDisplayType(const OptionalText& newDisplayType) {
     displayType.assign(newDisplayType);
 }
 
+void SharePointDefinition::setVolume(std::optional<int> reference, const std::string& path) {
+    volumePath.set(path.empty() ? std::nullopt : OptionalText(path));
+    referenceNumber.set(reference);
+}
+
 void SharePointDefinition::resetStatus() {
     setMounting(false);
     setUnmounting(false);

@@ -41,6 +41,9 @@ public:
     /// Sets the icon of a server, then the display type.
     void setDisplayType(const OptionalText& displayType);
 
+    /// What is mounted for the share point, as far as it is: the path first, so that a reference never stands without.
+    void setVolume(std::optional<int> reference, const std::string& path = {});
+
     /// Ends a mount or unmount in the record, and makes the status say whether the share is mounted.
     void resetStatus();
 
@@ -66,6 +69,7 @@ public:
     Property<bool, SharePointDefinition> unmounting { *this, "unmounting" };
     Property<OptionalFlag> favroite { *this, "favroite" };
     Property<std::optional<int>> referenceNumber { *this, "referenceNumber" }; ///< of the mounted volume
+    Property<OptionalText> volumePath { *this, "volumePath" }; ///< where its files are, if that is known
     Property<OptionalText, SharePointDefinition> lastError { *this, "lastError" };
     Property<bool> isError { *this, "isError" };
     Property<std::optional<Image>> icon { *this, "icon" };

@@ -50,7 +50,7 @@ void UnmountOperation::unmount() {
     // A failure that says what stands in the way leaves the volume mounted; after any other there is no telling, and
     // a reference that stands for nothing would be in the way for ever.
     if (!known) {
-        m_mount->referenceNumber.set(std::nullopt);
+        m_mount->setVolume(std::nullopt);
         m_mount->setUnmounting(false);
         m_mount->setMounted(false);
     }

@@ -250,7 +250,7 @@ std::optional<MountReply> LinuxVolumeService::enter(
     if (const auto link = m_links.add(volumeName, path, reason); !link.empty()) {
         volume.location = m_links.pathOf(link);
         return MountReply { VolumeStatus::success,
-            m_references.enter(identity, identityOf(place.mount), volume).value_or(*reference) };
+            m_references.enter(identity, identityOf(place.mount), volume).value_or(*reference), volume.location };
     }
     m_log.line("There is no link to %@: %@", { location.printable, reason });
     return MountReply { VolumeStatus::success, *reference };

@@ -144,11 +144,12 @@ MountReply FakeVolumeService::mountServerVolume(const MountRequest& request) {
     fresh.identity = identityOf(fresh.description);
     for (const auto& volume : m_volumes)
         if (volume.identity == fresh.identity)
-            return { VolumeStatus::success, volume.description.volumeReference };
+            return { VolumeStatus::success, volume.description.volumeReference, volume.description.location };
     const auto reference = reply.volumeReference ? *reply.volumeReference : freeReference();
     fresh.description.volumeReference = reference;
+    MountReply result { VolumeStatus::success, reference, fresh.description.location };
     m_volumes.push_back(std::move(fresh));
-    return { VolumeStatus::success, reference };
+    return result;
 }
 
 std::int32_t FakeVolumeService::unmountVolume(std::int16_t volumeReference) {

@@ -40,6 +40,7 @@ TEST_F(VolumeServiceContract, MountGivesAPositiveReferenceAndIsListed) {
     EXPECT_EQ(volumes[0].volumeReference, reply.volumeReference);
     EXPECT_EQ(volumes[0].volumeName, request.volumeName);
     EXPECT_TRUE(volumes[0].location.ends_with("/Volumes/" + request.volumeName));
+    EXPECT_EQ(reply.location, volumes[0].location);
     EXPECT_EQ(volumes[0].scheme, request.url.substr(0, request.url.find(':')));
 }
 
@@ -48,6 +49,7 @@ TEST_F(VolumeServiceContract, LocationMountedAlreadyKeepsItsReference) {
     const auto second = service.mountServerVolume(harness->share(1));
     EXPECT_EQ(second.status, VolumeStatus::success);
     EXPECT_EQ(second.volumeReference, first.volumeReference);
+    EXPECT_EQ(second.location, first.location);
     EXPECT_EQ(service.mountedVolumes().size(), 1U);
 }
 
@@ -77,6 +79,7 @@ TEST_F(VolumeServiceContract, FailuresHaveTheirStatusAndNoReference) {
     const auto unknown = service.mountServerVolume(harness->unknownShare());
     EXPECT_EQ(unknown.status, VolumeStatus::notFound);
     EXPECT_EQ(unknown.volumeReference, 0);
+    EXPECT_EQ(unknown.location, "");
     const auto wrong = service.mountServerVolume(harness->wrongPassword());
     EXPECT_EQ(wrong.status, VolumeStatus::badLogin);
     EXPECT_EQ(wrong.volumeReference, 0);

@@ -89,7 +89,7 @@ TEST_F(CatalogueDictionariesTest, TheStateOfARunIsNeverWritten) {
     share->setMounting(true);
     share->setUnmounting(true);
     share->setLastError("It broke.");
-    share->referenceNumber.set(7);
+    share->setVolume(7, "/home/test/Volumes/data");
     share->manualMount.set(true);
     EXPECT_EQ(host->dictionary(), before);
 }

@@ -53,8 +53,10 @@ TEST_F(MountedVolumesTest, AnAdoptedShareIsOnlineWithTheVolumesReference) {
     const auto sharePoint = share(smb);
     auto mounted = volume("smb", "server", "Data");
     mounted.volumeReference = 12;
+    mounted.location = "/home/test/Volumes/Data";
     EXPECT_EQ(adoptMountedVolumes(hosts(), { mounted }), 1);
     EXPECT_EQ(sharePoint->referenceNumber.get(), 12);
+    EXPECT_EQ(sharePoint->volumePath.get(), "/home/test/Volumes/Data");
     EXPECT_EQ(sharePoint->status.get(), "Online");
 }
 

@@ -115,6 +115,26 @@ TEST_F(ProtocolMounterTest, ASuccessIsLoggedAndRecorded) {
         (std::vector<std::string> { "Mounted server smb://server/My%20Data, user == ann, refNum == -7" }));
 }
 
+TEST_F(ProtocolMounterTest, ThePathIsThereBeforeTheReferenceIs) {
+    const auto sharePoint = share(smb);
+    OptionalText pathWithReference;
+    const auto subscription = sharePoint->observe("referenceNumber", [&](std::string_view, Change) {
+        if (sharePoint->referenceNumber.get())
+            pathWithReference = sharePoint->volumePath.get();
+    });
+    EXPECT_EQ(smbMounter(sharePoint)->mountServer(), 0);
+    EXPECT_EQ(pathWithReference, "/home/test/Volumes/Data");
+}
+
+TEST_F(ProtocolMounterTest, AFailureLeavesNoPath) {
+    const auto sharePoint = share(smb);
+    sharePoint->setVolume(7, "/home/test/Volumes/Data");
+    replyWith({ VolumeStatus::badLogin });
+    EXPECT_EQ(smbMounter(sharePoint)->mountServer(), VolumeStatus::badLogin);
+    EXPECT_EQ(sharePoint->referenceNumber.get(), 0);
+    EXPECT_EQ(sharePoint->volumePath.get(), std::nullopt);
+}
+
 TEST_F(ProtocolMounterTest, TheLoggedUserIsTheSharePointsWhateverLoginWasSent) {
     const auto sharePoint = share(ftp);
     sharePoint->guestLogin.set(true);

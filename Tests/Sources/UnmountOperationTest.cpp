@@ -20,7 +20,7 @@ protected:
         MountedVolume volume;
         volume.volumeReference = 7;
         volumes.addMountedVolume(volume);
-        sharePoint->referenceNumber.set(7);
+        sharePoint->setVolume(7, "/home/test/Volumes/Data");
         sharePoint->setMounted(true);
         return sharePoint;
     }
@@ -40,6 +40,7 @@ TEST_F(UnmountOperationTest, AnUnmountedShareIsOfflineAndHasNoReference) {
     EXPECT_EQ(volumes.unmounts(), (std::vector<std::int16_t> { 7 }));
     EXPECT_TRUE(volumes.mountedVolumes().empty());
     EXPECT_EQ(sharePoint->referenceNumber.get(), std::nullopt);
+    EXPECT_EQ(sharePoint->volumePath.get(), std::nullopt);
     EXPECT_FALSE(sharePoint->mounted.get() || sharePoint->unmounting.get() || sharePoint->isError.get());
     EXPECT_EQ(sharePoint->lastError.get(), std::nullopt);
     EXPECT_EQ(sharePoint->status.get(), "Offline");
@@ -93,6 +94,7 @@ TEST_F(UnmountOperationTest, AVolumeInUseStaysMounted) {
     unmount(sharePoint);
     EXPECT_TRUE(sharePoint->mounted.get());
     EXPECT_EQ(sharePoint->referenceNumber.get(), 7);
+    EXPECT_EQ(sharePoint->volumePath.get(), "/home/test/Volumes/Data");
     EXPECT_FALSE(sharePoint->unmounting.get());
     EXPECT_EQ(sharePoint->lastError.get(), "One or more files are open, can not unmount");
     EXPECT_EQ(sink.texts(), (std::vector<std::string> { "unmounted of Data failed error= -47", finishedLine }));
