@@ -128,6 +128,33 @@ TEST(MainThreadQueueTest, aThrowWithNothingPostedMeanwhileWakesForTheRest) {
     EXPECT_EQ(wakes, 2);
 }
 
+TEST(MainThreadQueueTest, aWakeThatCameToNothingForAPauseIsRepeated) {
+    MainThreadQueue queue;
+    int wakes = 0;
+    queue.setWaker([&] { ++wakes; });
+    queue.post([] {});
+    {
+        const MainThreadQueue::Pause pause(queue);
+        queue.runPending(); // the loop's answer to the waker, which is not asked again
+    }
+    EXPECT_EQ(wakes, 2);
+}
+
+TEST(MainThreadQueueTest, aLoopWithinATaskRunsNothingDuringAPause) {
+    MainThreadQueue queue;
+    std::vector<int> order;
+    queue.post([&] {
+        const MainThreadQueue::Pause pause(queue);
+        queue.post([&] { order.push_back(2); });
+        queue.runPending();
+    });
+    queue.post([&] { order.push_back(1); });
+    queue.runPending();
+    EXPECT_EQ(order, (std::vector { 1 }));
+    queue.runPending();
+    EXPECT_EQ(order, (std::vector { 1, 2 }));
+}
+
 TEST(MainThreadQueueTest, losesNothingThatManyThreadsPost) {
     MainThreadQueue queue;
     int ran = 0;
