@@ -15,6 +15,8 @@ namespace quorrel {
 
 void QuorrelAppDelegate::mount(const SharePointPointer& sharePoint) {
     getHostPassword(sharePoint);
+    if (m_isTerminating)
+        return; // rather than give an answer, the user ended the program
     const auto host = sharePoint ? sharePoint->parentHost.get().lock() : nullptr;
     const auto service = sharePoint ? sharePoint->parentService.get().lock() : nullptr;
     resolveIfUnknown(host, service);
@@ -71,23 +73,23 @@ void QuorrelAppDelegate::unmountThisHostMenuItem(const MenuItem& item) {
 }
 
 void QuorrelAppDelegate::mountThisHostListItem() {
-    if (const auto& selected = hostsArrayController.selectedObjects(); !selected.empty())
-        mountManually(HostPointer(selected.front()));
+    if (const auto host = selectedHost())
+        mountManually(host);
 }
 
 void QuorrelAppDelegate::unmountThisHostListItem() {
-    if (const auto& selected = hostsArrayController.selectedObjects(); !selected.empty())
-        unmountAllOf(selected.front());
+    if (const auto host = selectedHost())
+        unmountAllOf(host);
 }
 
 void QuorrelAppDelegate::mountSelectedListItem() {
-    if (const auto& selected = mountsArrayController.selectedObjects(); !selected.empty())
-        mountManually(SharePointPointer(selected.front()));
+    if (const auto sharePoint = selectedSharePoint())
+        mountManually(sharePoint);
 }
 
 void QuorrelAppDelegate::unmountSelectedListItem() {
-    if (const auto& selected = mountsArrayController.selectedObjects(); !selected.empty())
-        unmount(SharePointPointer(selected.front()));
+    if (const auto sharePoint = selectedSharePoint())
+        unmount(sharePoint);
 }
 
 void QuorrelAppDelegate::mountFavroiteItem(const MenuItem& item) {

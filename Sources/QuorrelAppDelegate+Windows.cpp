@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Sources/QuorrelAppDelegate.h"
 
+#include "Foundation/Log.h"
+#include "Foundation/MainThreadQueue.h"
+#include "Foundation/Preferences.h"
 #include "Foundation/StringTable.h"
+#include "Foundation/Text.h"
+#include "Platform/Application.h"
+#include "Platform/PreferencesWindow.h"
+#include "Platform/Workspace.h"
 #include "Sources/AddMountWindowController.h"
 #include "Sources/ControllerWindows.h"
 #include "Sources/HostDefinition.h"
@@ -11,7 +18,71 @@
 #include "Sources/SharePointDefinition.h"
 #include "Sources/SharePointRemoval.h"
 
+#include <string>
+
 namespace quorrel {
+
+void QuorrelAppDelegate::bindLists() {
+    showHosts();
+    m_hostsSubscription = observe("hosts", [this](std::string_view, Change change) {
+        if (change == Change::Did)
+            onMainThread([this] { showHosts(); });
+    });
+    m_selectionSubscription = hostsArrayController.observe([this](ListChange change) {
+        if (change == ListChange::Selection)
+            followSelectedHost();
+    });
+    if (auto* windows = m_environment.windows) {
+        windows->window.bindMountsList(&mountsArrayController);
+        windows->window.bindHostsList(&hostsArrayController);
+        windows->application.setDelegate(this);
+    }
+}
+
+void QuorrelAppDelegate::unbindLists() {
+    m_hostsSubscription.cancel();
+    m_selectionSubscription.cancel();
+    m_sharePointsSubscription.cancel();
+    if (auto* windows = m_environment.windows) {
+        windows->application.setDelegate(nullptr);
+        windows->window.bindMountsList(nullptr);
+        windows->window.bindHostsList(nullptr);
+    }
+}
+
+void QuorrelAppDelegate::showHosts() {
+    // Who has selected nothing in a list with something in it meant it.
+    const bool isLeftBare
+        = hostsArrayController.selectedObjects().empty() && !hostsArrayController.arrangedObjects().empty();
+    hostsArrayController.setContent(hosts.snapshot());
+    if (m_isMountListShown && !isLeftBare)
+        selectSomeHost();
+}
+
+void QuorrelAppDelegate::selectSomeHost() {
+    const auto& all = hostsArrayController.arrangedObjects();
+    if (hostsArrayController.selectedObjects().empty() && !all.empty())
+        hostsArrayController.setSelectedObjects({ all.front() });
+}
+
+void QuorrelAppDelegate::followSelectedHost() {
+    const auto host = selectedHost();
+    if (host == m_hostOnShow)
+        return;
+    m_hostOnShow = host;
+    m_sharePointsSubscription = host ? host->observe("sharePoints",
+                                    [this](std::string_view, Change change) {
+                                        if (change == Change::Did)
+                                            onMainThread([this] { showSharePoints(); });
+                                    })
+                                     : Subscription();
+    showSharePoints();
+}
+
+void QuorrelAppDelegate::showSharePoints() {
+    mountsArrayController.setContent(
+        m_hostOnShow ? m_hostOnShow->sharePoints.snapshot() : std::vector<SharePointPointer>());
+}
 
 void QuorrelAppDelegate::getHostPassword(const SharePointPointer& sharePoint) {
     if (!sharePoint || !isSet(sharePoint->passwordPrompt.get()))
@@ -23,10 +94,16 @@ void QuorrelAppDelegate::getHostPassword(const SharePointPointer& sharePoint) {
 }
 
 void QuorrelAppDelegate::showHostPasswordWindow(const SharePointPointer& sharePoint) {
+    if (m_isPrompting || m_isTerminating)
+        return;
     if (!m_passwordWindowController)
         m_passwordWindowController = std::make_unique<PasswordWindowController>(m_environment.passwordWindow);
     m_passwordWindowController->setMount(sharePoint);
+    // The prompt runs an event loop of its own, and the caller is in the middle of its work.
+    const MainThreadQueue::Pause pause(m_environment.mainThreadQueue);
+    m_isPrompting = true;
     m_passwordWindowController->showWindowModal();
+    m_isPrompting = false;
 }
 
 void QuorrelAppDelegate::addMountSheet() {
@@ -99,12 +176,72 @@ QuorrelAppDelegate::SharePointPointer QuorrelAppDelegate::selectedSharePoint() c
     return selected.empty() ? nullptr : selected.front();
 }
 
-void QuorrelAppDelegate::showMountList() { }
-void QuorrelAppDelegate::showPreferences() { }
-void QuorrelAppDelegate::switchTab(const MenuItem&) { }
-void QuorrelAppDelegate::showAbout() { }
-void QuorrelAppDelegate::help() { }
-void QuorrelAppDelegate::openMountedFolder() { }
-void QuorrelAppDelegate::toggleFavroite() { }
+void QuorrelAppDelegate::showMountList() {
+    if (!m_environment.windows)
+        return;
+    m_environment.windows->application.activateIgnoringOtherApps();
+    auto& window = m_environment.windows->window;
+    if (!m_environment.preferences.value("NSWindow Frame MainWindow"))
+        window.center();
+    m_isMountListShown = true;
+    selectSomeHost();
+    window.makeKeyAndOrderFront();
+}
+
+void QuorrelAppDelegate::showPreferences() {
+    if (!m_environment.windows)
+        return;
+    auto& window = m_environment.windows->preferences;
+    window.center();
+    window.orderFrontRegardless();
+    window.makeKeyAndOrderFront();
+}
+
+void QuorrelAppDelegate::switchTab(const MenuItem& sender) {
+    if (m_environment.windows)
+        m_environment.windows->preferences.selectTabViewItemWithIdentifier(std::to_string(sender.tag));
+}
+
+void QuorrelAppDelegate::showAbout() {
+    const auto& strings = m_environment.strings;
+    if (m_environment.windows)
+        m_environment.windows->application.orderFrontStandardAboutPanel(
+            { "Quorrel", m_environment.version, strings.text("Keeps network shares mounted."),
+                strings.text("GNU General Public License, version 3 or later") });
+}
+
+void QuorrelAppDelegate::help() {
+    if (!m_environment.helpPage.empty())
+        open(m_environment.helpPage, m_environment.strings.text("The help page could not be opened."));
+}
+
+void QuorrelAppDelegate::openMountedFolder() {
+    const auto sharePoint = selectedSharePoint();
+    const auto path = sharePoint ? textOf(sharePoint->volumePath.get()) : std::string();
+    if (sharePoint && sharePoint->mounted.get() && !path.empty())
+        open(path, Text::filled(m_environment.strings.text("The folder %@ could not be opened."), { path }));
+}
+
+void QuorrelAppDelegate::open(const std::string& url, const std::string& complaint) {
+    if (m_environment.workspace.openURL(url))
+        return;
+    m_environment.log.line("Nothing could be started to open %@", { url });
+    if (m_environment.windows)
+        m_environment.windows->window.showNotice(
+            complaint, m_environment.strings.text("No program for it could be started."));
+}
+
+void QuorrelAppDelegate::toggleFavroite() {
+    const auto sharePoint = selectedSharePoint();
+    if (!sharePoint)
+        return;
+    sharePoint->favroite.set(!isSet(sharePoint->favroite.get()));
+    sendSaveNotification();
+}
+
+QuorrelAppDelegate::HostPointer QuorrelAppDelegate::selectedHost() const {
+    const auto& selected = hostsArrayController.selectedObjects();
+    return selected.empty() ? nullptr : selected.front();
+}
 
 } // namespace quorrel

@@ -53,6 +53,7 @@ QuorrelAppDelegate::~QuorrelAppDelegate() {
     // Ends the calls of other threads, which read the pointer below.
     m_preferenceSubscriptions.clear();
     m_notificationSubscriptions.clear();
+    unbindLists();
     m_self.reset();
     m_AFP_Scanner.reset();
     m_SMB_Scanner.reset();
@@ -70,11 +71,7 @@ QuorrelAppDelegate::~QuorrelAppDelegate() {
 
 void QuorrelAppDelegate::awakeFromNib() {
     registerHotKeys();
-    hostsArrayController.setContent(hosts.snapshot());
-    m_hostsSubscription = observe("hosts", [this](std::string_view, Change change) {
-        if (change == Change::Did)
-            hostsArrayController.setContent(hosts.snapshot());
-    });
+    bindLists();
 }
 
 void QuorrelAppDelegate::applicationDidFinishLaunching() {
@@ -169,13 +166,20 @@ void QuorrelAppDelegate::setReachabilityTarget() {
 }
 
 void QuorrelAppDelegate::onMainThread(const std::function<void()>& task) {
-    if (m_environment.mainThreadQueue.isMainThread()) {
+    const bool isMainThread = m_environment.mainThreadQueue.isMainThread();
+    if (isMainThread && !m_isPrompting && m_postponed == 0) {
         task();
         return;
     }
-    m_environment.mainThreadQueue.post([task, self = std::weak_ptr(m_self)] {
-        if (self.lock())
-            task();
+    if (isMainThread)
+        ++m_postponed;
+    m_environment.mainThreadQueue.post([task, isMainThread, weakSelf = std::weak_ptr(m_self)] {
+        const auto self = weakSelf.lock();
+        if (!self)
+            return;
+        if (isMainThread)
+            --(*self)->m_postponed;
+        task();
     });
 }
 

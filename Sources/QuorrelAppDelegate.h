@@ -131,7 +131,10 @@ private:
     void startBrowsers();
     void startScans();
     void setReachabilityTarget();
-    /// At once on the main thread; from another one later, and not at all once the controller is gone.
+    void bindLists();
+    void unbindLists();
+    /// At once on the main thread; from another one later, and not at all once the controller is gone. What comes on
+    /// the main thread while the user is asked for a password waits for the answer, and all that comes after it too.
     void onMainThread(const std::function<void()>& task);
 
     [[nodiscard]] std::string catalogueFile();
@@ -158,6 +161,21 @@ private:
     /// Every host whose display name is the title of the item's menu.
     [[nodiscard]] std::vector<HostPointer> hostsOfMenu(const MenuItem& item) const;
 
+    struct Actions;
+    /// Ends the program; a prompt that is open is cancelled, and none is shown any more.
+    void terminate();
+
+    void showHosts();
+    /// Selects the first host where none is selected.
+    void selectSomeHost();
+    /// The list of share points is that of the first selected host.
+    void followSelectedHost();
+    void showSharePoints();
+    /// The first one; null without a selection.
+    [[nodiscard]] HostPointer selectedHost() const;
+    /// Where nothing can be started for it, the user reads the complaint.
+    void open(const std::string& url, const std::string& complaint);
+
     const ControllerEnvironment m_environment;
     const CatalogueContextPointer m_context;
     std::unique_ptr<PasswordWindowController> m_passwordWindowController;
@@ -182,6 +200,13 @@ private:
     std::vector<Subscription> m_notificationSubscriptions;
     std::vector<Subscription> m_preferenceSubscriptions;
     Subscription m_hostsSubscription;
+    Subscription m_selectionSubscription;
+    Subscription m_sharePointsSubscription;
+    HostPointer m_hostOnShow; // whose share points are listed
+    bool m_isMountListShown = false; // has been, in this run
+    bool m_isPrompting = false; // within the modal run of the prompt for a password
+    bool m_isTerminating = false;
+    int m_postponed = 0; // tasks that waited for the prompt's answer and have not run yet
     std::shared_ptr<QuorrelAppDelegate*> m_self; // what tasks that were posted to the main thread hold weakly
 };
 

@@ -286,6 +286,7 @@ TEST_F(AddMountActionsTest, AnAnswerAfterTheControllersEndReachesNobody) {
 TEST_F(AddMountActionsTest, WithoutWindowsNothingOpens) {
     environment.windows = nullptr;
     controller = std::make_unique<QuorrelAppDelegate>(environment);
+    mainWindow.clearEvents();
     const auto host = addHost("nas", smb, { "films" });
     select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
     controller->addMountSheet();
