@@ -35,7 +35,7 @@ public:
     virtual bool createDirectory(const std::string& path) = 0;
 
     /// Opens a URL, or an absolute path, with what the user set for it; returns at once. False when nothing could be
-    /// started.
+    /// started, and for any other text: nothing must come to be taken for an option.
     virtual bool openURL(const std::string& url) = 0;
 
     [[nodiscard]] virtual std::string typeIdentifierForModelCode(const std::string& modelCode) const = 0;

@@ -4,7 +4,9 @@
 #include "Platform/Linux/HostnameService.h"
 #include "Platform/Linux/ModelTypes.h"
 #include "Platform/Linux/OwnerOnlyFile.h"
+#include "Platform/Linux/SpawnedProcess.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstddef>
@@ -44,6 +46,19 @@ std::string ownFolderIn(const std::string& parent) {
     return ::mkdtemp(folder.data()) ? folder : "/dev/null"; // below that is nothing, and nothing can be made
 }
 
+/// An opener takes options too, and a relative path would depend on where we were started.
+bool isPathOrURL(const std::string& text) {
+    const auto isLetter
+        = [](char letter) { return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z'); };
+    const auto scheme = text.substr(0, text.find(':'));
+    const bool isURL = scheme.size() < text.size() && !scheme.empty() && isLetter(scheme.front())
+        && std::all_of(scheme.begin(), scheme.end(), [&](char letter) {
+               return isLetter(letter) || (letter >= '0' && letter <= '9') || letter == '+' || letter == '-'
+                   || letter == '.';
+           });
+    return isURL || text.starts_with('/');
+}
+
 std::optional<std::string> orAbsent(std::string_view text) {
     return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
@@ -79,8 +94,8 @@ bool LinuxWorkspace::createDirectory(const std::string& path) {
     return ::mkdir(path.c_str(), S_IRWXU) == 0 && ::chmod(path.c_str(), S_IRWXU) == 0;
 }
 
-bool LinuxWorkspace::openURL(const std::string&) {
-    return false;
+bool LinuxWorkspace::openURL(const std::string& url) {
+    return isPathOrURL(url) && SpawnedProcess(m_places.opener, { url }).startDetached() == 0;
 }
 
 std::string LinuxWorkspace::typeIdentifierForModelCode(const std::string& modelCode) const {

@@ -19,6 +19,7 @@ public:
         std::string icons; ///< icon files are in "Contents/Resources/" below it
         std::string systemBus; ///< the system message bus's address
         std::string machineInfo = "/etc/machine-info";
+        std::string opener = "xdg-open"; ///< started with what is to be opened; without a slash, searched for in PATH
     };
 
     explicit LinuxWorkspace(Places places);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Tests/Fakes/FakeWorkspace.h"
 
+#include <regex>
 #include <utility>
 
 namespace quorrel {
@@ -51,10 +52,12 @@ bool FakeWorkspace::createDirectory(const std::string& path) {
 }
 
 bool FakeWorkspace::openURL(const std::string& url) {
+    const bool isURL = std::regex_match(url, std::regex("[A-Za-z][A-Za-z0-9+.-]*:.*"));
     const std::lock_guard lock(m_mutex);
-    if (!m_openFails)
-        m_opened.push_back(url);
-    return !m_openFails;
+    if (m_openFails || url.find('\0') != std::string::npos || (!isURL && !url.starts_with('/')))
+        return false;
+    m_opened.push_back(url);
+    return true;
 }
 
 std::vector<std::string> FakeWorkspace::openedURLs() const {

@@ -2,6 +2,7 @@
 #include "Platform/Linux/PosixChildProcess.h"
 #include "Platform/Linux/FileDescriptor.h"
 #include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/Platform/ProcessEnd.h"
 
 #include <gtest/gtest.h>
 
@@ -16,21 +17,6 @@
 #include <sys/stat.h>
 
 namespace quorrel {
-
-namespace {
-
-/// Whether the process is there no more, not even as a zombie, within ten seconds.
-bool isGone(pid_t process) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (std::chrono::steady_clock::now() < end) {
-        if (::kill(process, 0) != 0 && errno == ESRCH)
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return false;
-}
-
-} // namespace
 
 class PosixChildProcessTest : public testing::Test {
 protected:
