@@ -58,6 +58,8 @@ public:
     [[nodiscard]] bool isEditedMountRemoved() const { return m_isEditedMountRemoved.get(); }
 
     const std::vector<std::string> transportTypes;
+    // The names are fixed: observers know the fields by them.
+    // NOLINTBEGIN(bugprone-reserved-identifier)
     Property<OptionalText> _Name { *this, "_Name" };
     Property<OptionalText> _DisplayType { *this, "_DisplayType" };
     Property<OptionalText> _SharePoint { *this, "_SharePoint" };
@@ -71,6 +73,7 @@ public:
     Property<OptionalText> _scriptArguments { *this, "_scriptArguments" };
     Property<OptionalFlag> _isDelayed { *this, "_isDelayed" };
     Property<std::optional<double>> _delaySeconds { *this, "_delaySeconds" };
+    // NOLINTEND(bugprone-reserved-identifier)
 
 private:
     struct Sheet;
