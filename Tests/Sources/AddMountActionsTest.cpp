@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Sources/AddMountWindowController.h"
-#include "Sources/ControllerWindows.h"
 
-#include "Platform/Application.h"
-#include "Platform/PreferencesWindow.h"
-#include "Tests/Fakes/FakeAddMountWindow.h"
-#include "Tests/Fakes/FakeMainWindow.h"
-#include "Tests/Sources/ControllerTest.h"
+#include "Tests/Sources/WindowTest.h"
 
 #include <gmock/gmock.h>
 
@@ -15,44 +10,23 @@ namespace quorrel {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-namespace {
-
-class IdleApplication final : public Application {
-public:
-    void setDelegate(ActionTarget*) override { }
-    void activateIgnoringOtherApps() override { }
-    void orderFrontStandardAboutPanel(const AboutPanelOptions&) override { }
-    void terminate() override { }
-};
-
-class IdlePreferencesWindow final : public PreferencesWindow {
-public:
-    void center() override { }
-    void makeKeyAndOrderFront() override { }
-    void orderFrontRegardless() override { }
-    void selectTabViewItemWithIdentifier(const std::string&) override { }
-};
-
-} // namespace
-
 /// The controller's operations that open the share editor, and its deletion of a share point.
-class AddMountActionsTest : public ControllerTest {
+class AddMountActionsTest : public WindowTest {
 protected:
+    using SharePoints = std::vector<std::shared_ptr<SharePointDefinition>>;
+
     AddMountActionsTest() {
-        environment.windows = &windows;
-        controller = std::make_unique<QuorrelAppDelegate>(environment);
         subscription = notificationCenter.addObserver("900", [this](const Notification& each) {
             saves.push_back(each);
             hostNamesAtSave = hostNames();
         });
     }
-    ~AddMountActionsTest() override { controller.reset(); }
 
-    void select(const std::vector<std::shared_ptr<SharePointDefinition>>& content,
-        const std::vector<std::shared_ptr<SharePointDefinition>>& selected) {
-        controller->mountsArrayController.setContent(content);
+    void select(const std::shared_ptr<HostDefinition>& host, const SharePoints& selected) const {
+        selectHost(host);
         controller->mountsArrayController.setSelectedObjects(selected);
     }
+    void selectAll(const std::shared_ptr<HostDefinition>& host) const { select(host, host->sharePoints.snapshot()); }
 
     [[nodiscard]] std::vector<std::string> hostNames() const {
         std::vector<std::string> result;
@@ -61,11 +35,6 @@ protected:
         return result;
     }
 
-    IdleApplication application;
-    IdlePreferencesWindow preferencesWindow;
-    FakeMainWindow mainWindow;
-    FakeAddMountWindow sheetWindow;
-    ControllerWindows windows { application, mainWindow, preferencesWindow, sheetWindow };
     std::vector<Notification> saves;
     std::vector<std::string> hostNamesAtSave;
     Subscription subscription;
@@ -73,62 +42,61 @@ protected:
 
 TEST_F(AddMountActionsTest, AddOpensTheSheetForTheSelectedHost) {
     const auto host = addHost("nas", smb, { "films" });
-    controller->hostsArrayController.setContent({ host });
-    controller->hostsArrayController.setSelectedObjects({ host });
+    selectHost(host);
     controller->bonjourServices.append("beamer");
     controller->addMountSheet();
-    auto* sheet = sheetWindow.controller();
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_TRUE(sheet->isAdd());
-    EXPECT_FALSE(sheet->isEdit());
-    EXPECT_EQ(sheet->_Name.get(), "nas");
-    EXPECT_FALSE(sheet->_SharePoint.get());
-    EXPECT_THAT(sheet->serverNames(), ElementsAre("beamer", "nas"));
-    EXPECT_THAT(sheetWindow.events(), ElementsAre("focus share point", "begin"));
+    auto* editor = sheet.controller();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_TRUE(editor->isAdd());
+    EXPECT_FALSE(editor->isEdit());
+    EXPECT_EQ(editor->_Name.get(), "nas");
+    EXPECT_FALSE(editor->_SharePoint.get());
+    EXPECT_THAT(editor->serverNames(), ElementsAre("beamer", "nas"));
+    EXPECT_THAT(sheet.events(), ElementsAre("focus share point", "begin"));
 }
 
 TEST_F(AddMountActionsTest, WhatIsAddedIsInTheCatalogueAndInItsFile) {
     controller->applicationDidFinishLaunching();
     controller->addMountSheet();
-    auto* sheet = sheetWindow.controller();
-    ASSERT_NE(sheet, nullptr);
-    sheet->_Name.set("nas");
-    sheet->_SharePoint.set("films");
-    sheet->_GuestLogin.set(true);
+    auto* editor = sheet.controller();
+    ASSERT_NE(editor, nullptr);
+    editor->_Name.set("nas");
+    editor->_SharePoint.set("films");
+    editor->_GuestLogin.set(true);
     const auto before = files.writeCount();
-    sheet->addMountSaveAction();
+    editor->addMountSaveAction();
     EXPECT_THAT(hostNames(), ElementsAre("nas"));
     EXPECT_EQ(files.writeCount(), before + 1);
 }
 
 TEST_F(AddMountActionsTest, EditOpensTheSheetForTheFirstSelectedSharePoint) {
     const auto host = addHost("nas", smb, { "films", "music", "photos" });
-    select(host->sharePoints.snapshot(), { host->sharePointForName("photos"), host->sharePointForName("music") });
+    select(host, { host->sharePointForName("photos"), host->sharePointForName("music") });
     controller->editMountAction();
-    auto* sheet = sheetWindow.controller();
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_FALSE(sheet->isAdd());
-    EXPECT_TRUE(sheet->isEdit());
-    EXPECT_EQ(sheet->_SharePoint.get(), "music");
-    EXPECT_EQ(sheet->_Name.get(), "nas");
+    auto* editor = sheet.controller();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_FALSE(editor->isAdd());
+    EXPECT_TRUE(editor->isEdit());
+    EXPECT_EQ(editor->_SharePoint.get(), "music");
+    EXPECT_EQ(editor->_Name.get(), "nas");
 }
 
 TEST_F(AddMountActionsTest, EditWithoutASelectionDoesNothing) {
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), {});
+    select(host, {});
     controller->editMountAction();
-    EXPECT_THAT(sheetWindow.events(), IsEmpty());
+    EXPECT_THAT(sheet.events(), IsEmpty());
 }
 
 TEST_F(AddMountActionsTest, OneSheetServesEveryRunAndForgetsTheLast) {
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
+    selectAll(host);
     controller->editMountAction();
-    auto* first = sheetWindow.controller();
+    auto* first = sheet.controller();
     ASSERT_NE(first, nullptr);
     first->cancelMountSheet();
     controller->addMountSheet();
-    EXPECT_EQ(sheetWindow.controller(), first);
+    EXPECT_EQ(sheet.controller(), first);
     EXPECT_TRUE(first->isAdd());
     EXPECT_FALSE(first->isEdit());
     EXPECT_FALSE(first->_SharePoint.get());
@@ -136,63 +104,63 @@ TEST_F(AddMountActionsTest, OneSheetServesEveryRunAndForgetsTheLast) {
 
 TEST_F(AddMountActionsTest, AnOpenSheetIsNotTurnedIntoAnother) {
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
+    selectAll(host);
     controller->addMountSheet();
-    auto* sheet = sheetWindow.controller();
-    ASSERT_NE(sheet, nullptr);
-    sheetWindow.clearEvents();
+    auto* editor = sheet.controller();
+    ASSERT_NE(editor, nullptr);
+    sheet.clearEvents();
     controller->editMountAction();
-    EXPECT_THAT(sheetWindow.events(), IsEmpty());
-    EXPECT_TRUE(sheet->isAdd());
-    EXPECT_FALSE(sheet->isEdit());
+    EXPECT_THAT(sheet.events(), IsEmpty());
+    EXPECT_TRUE(editor->isAdd());
+    EXPECT_FALSE(editor->isEdit());
 
-    sheet->cancelMountSheet();
+    editor->cancelMountSheet();
     controller->editMountAction();
-    sheetWindow.clearEvents();
+    sheet.clearEvents();
     controller->addMountSheet();
-    EXPECT_THAT(sheetWindow.events(), IsEmpty());
-    EXPECT_FALSE(sheet->isAdd());
-    EXPECT_TRUE(sheet->isEdit());
-    sheet->_GuestLogin.set(true);
-    sheet->addMountSaveAction();
+    EXPECT_THAT(sheet.events(), IsEmpty());
+    EXPECT_FALSE(editor->isAdd());
+    EXPECT_TRUE(editor->isEdit());
+    editor->_GuestLogin.set(true);
+    editor->addMountSaveAction();
     EXPECT_EQ(controller->hosts.snapshot().at(0)->sharePoints.count(), 1U) << "it still edits the same share point";
 }
 
 TEST_F(AddMountActionsTest, AControllerThatEndsTakesItsSheetWithIt) {
     controller->addMountSheet();
-    ASSERT_NE(sheetWindow.controller(), nullptr);
+    ASSERT_NE(sheet.controller(), nullptr);
     controller.reset();
-    EXPECT_EQ(sheetWindow.controller(), nullptr);
+    EXPECT_EQ(sheet.controller(), nullptr);
 }
 
 TEST_F(AddMountActionsTest, DeleteAsksFirst) {
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
+    selectAll(host);
     controller->deleteSelectedMount();
-    ASSERT_TRUE(mainWindow.isAsking());
-    EXPECT_EQ(mainWindow.question()->title, "Do you really want to delete the selected share definition?");
-    EXPECT_EQ(mainWindow.question()->message, "There is no undo for this operation.");
-    EXPECT_EQ(mainWindow.question()->defaultButton, "Remove");
-    EXPECT_EQ(mainWindow.question()->alternateButton, "Cancel");
+    ASSERT_TRUE(window.isAsking());
+    EXPECT_EQ(window.question()->title, "Do you really want to delete the selected share definition?");
+    EXPECT_EQ(window.question()->message, "There is no undo for this operation.");
+    EXPECT_EQ(window.question()->defaultButton, "Remove");
+    EXPECT_EQ(window.question()->alternateButton, "Cancel");
     EXPECT_EQ(host->sharePoints.count(), 1U);
     EXPECT_THAT(saves, IsEmpty());
 }
 
 TEST_F(AddMountActionsTest, DeleteWithoutASelectionAsksNothing) {
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), {});
+    select(host, {});
     controller->deleteSelectedMount();
     controller->sheetDidEndShouldDelete(AlertAnswer::Default);
-    EXPECT_FALSE(mainWindow.isAsking());
+    EXPECT_FALSE(window.isAsking());
     EXPECT_EQ(host->sharePoints.count(), 1U);
     EXPECT_THAT(saves, IsEmpty());
 }
 
 TEST_F(AddMountActionsTest, CancelDeletesNothing) {
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
+    selectAll(host);
     controller->deleteSelectedMount();
-    mainWindow.answer(AlertAnswer::Alternate);
+    window.answer(AlertAnswer::Alternate);
     EXPECT_EQ(host->sharePoints.count(), 1U);
     EXPECT_THAT(hostNames(), ElementsAre("nas"));
     EXPECT_THAT(saves, IsEmpty());
@@ -200,14 +168,14 @@ TEST_F(AddMountActionsTest, CancelDeletesNothing) {
 
 TEST_F(AddMountActionsTest, RemoveDeletesTheFirstSelectedSharePointAlone) {
     const auto host = addHost("nas", smb, { "films", "music", "photos" });
-    select(host->sharePoints.snapshot(), { host->sharePointForName("music"), host->sharePointForName("photos") });
+    select(host, { host->sharePointForName("music"), host->sharePointForName("photos") });
     std::vector<std::string> announced;
     const auto observer = host->observeAll([&](std::string_view key, Change change) {
         if (change == Change::Did)
             announced.emplace_back(key);
     });
     controller->deleteSelectedMount();
-    mainWindow.answer(AlertAnswer::Default);
+    window.answer(AlertAnswer::Default);
     EXPECT_FALSE(host->sharePointForName("music"));
     EXPECT_EQ(host->sharePoints.count(), 2U);
     EXPECT_THAT(hostNames(), ElementsAre("nas"));
@@ -221,9 +189,9 @@ TEST_F(AddMountActionsTest, TheLastSharePointTakesItsHostWithItAlsoOneThatBrowsi
     const auto host = addHost("nas", smb, { "films" });
     addHost("attic", smb, { "films" });
     host->bonjour.set(true);
-    select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
+    selectAll(host);
     controller->deleteSelectedMount();
-    mainWindow.answer(AlertAnswer::Default);
+    window.answer(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 0U);
     EXPECT_THAT(hostNames(), ElementsAre("attic"));
     EXPECT_THAT(hostNamesAtSave, ElementsAre("attic"));
@@ -234,9 +202,9 @@ TEST_F(AddMountActionsTest, AMountedSharePointIsDeletedWithoutBeingUnmounted) {
     const auto mounted = host->sharePointForName("films");
     mounted->setMounted(true);
     mounted->referenceNumber.set(7);
-    select({ mounted }, { mounted });
+    select(host, { mounted });
     controller->deleteSelectedMount();
-    mainWindow.answer(AlertAnswer::Default);
+    window.answer(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 0U);
     EXPECT_TRUE(mounted->mounted.get());
     EXPECT_EQ(controller->opQueue().operationCount(), 0U);
@@ -247,9 +215,9 @@ TEST_F(AddMountActionsTest, TheHostIsTheOneOfTheService) {
     const auto other = addHost("attic", smb, { "photos" });
     const auto sharePoint = host->sharePointForName("films");
     sharePoint->parentHost.set(other);
-    select({ sharePoint }, { sharePoint });
+    select(host, { sharePoint });
     controller->deleteSelectedMount();
-    mainWindow.answer(AlertAnswer::Default);
+    window.answer(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 1U);
 }
 
@@ -257,43 +225,43 @@ TEST_F(AddMountActionsTest, ASharePointWhoseServiceIsUnknownCanBeDeletedToo) {
     const auto host = addHost("nas", smb, { "films" });
     const auto sharePoint = addShare(host, ftp, "music");
     ASSERT_FALSE(sharePoint->parentService.get().lock());
-    select({ sharePoint }, { sharePoint });
+    select(host, { sharePoint });
     controller->deleteSelectedMount();
-    mainWindow.answer(AlertAnswer::Default);
+    window.answer(AlertAnswer::Default);
     EXPECT_FALSE(host->sharePointForName("music"));
     EXPECT_EQ(saves.size(), 1U);
 }
 
 TEST_F(AddMountActionsTest, AnAnswerIsForTheSharePointThatWasAskedAbout) {
     const auto host = addHost("nas", smb, { "films", "music" });
-    select(host->sharePoints.snapshot(), { host->sharePointForName("films") });
+    select(host, { host->sharePointForName("films") });
     controller->deleteSelectedMount();
     controller->mountsArrayController.setSelectedObjects({ host->sharePointForName("music") });
-    mainWindow.answer(AlertAnswer::Default);
+    window.answer(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 2U);
     EXPECT_THAT(saves, IsEmpty());
 }
 
 TEST_F(AddMountActionsTest, AnAnswerAfterTheControllersEndReachesNobody) {
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
+    selectAll(host);
     controller->deleteSelectedMount();
     controller.reset();
-    mainWindow.answer(AlertAnswer::Default);
+    window.answer(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 1U);
 }
 
 TEST_F(AddMountActionsTest, WithoutWindowsNothingOpens) {
     environment.windows = nullptr;
     controller = std::make_unique<QuorrelAppDelegate>(environment);
-    mainWindow.clearEvents();
+    window.clearEvents();
     const auto host = addHost("nas", smb, { "films" });
-    select(host->sharePoints.snapshot(), host->sharePoints.snapshot());
+    selectAll(host);
     controller->addMountSheet();
     controller->editMountAction();
     controller->deleteSelectedMount();
-    EXPECT_THAT(sheetWindow.events(), IsEmpty());
-    EXPECT_THAT(mainWindow.events(), IsEmpty());
+    EXPECT_THAT(sheet.events(), IsEmpty());
+    EXPECT_THAT(window.events(), IsEmpty());
 }
 
 } // namespace quorrel

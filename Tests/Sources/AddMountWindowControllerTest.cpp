@@ -17,7 +17,7 @@ protected:
     /// A share point with a value of its own in each field.
     SharePointPointer addFullSharePoint() {
         const auto host = addHost("nas", smb);
-        const auto result = addSharePoint(host, smb, "films");
+        auto result = addSharePoint(host, smb, "films");
         result->userName.set("anna");
         result->password.set("secret");
         result->passwordPrompt.set(true);
