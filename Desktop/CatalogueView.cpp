@@ -8,6 +8,7 @@
 #include "Desktop/SharePointDelegate.h"
 #include "Desktop/WindowFrame.h"
 
+#include <QAbstractItemDelegate>
 #include <QAction>
 #include <QCloseEvent>
 #include <QEvent>
@@ -30,12 +31,20 @@ enum SharePointPage { SharePointsPage, NoSharePointsPage, NoSelectionPage };
 // In characters and lines of the user's font.
 constexpr int firstColumns = 110;
 constexpr int firstLines = 30;
-constexpr int leastListColumns = 24;
+constexpr int leastNameColumns = 20;
+constexpr int leastRows = 3;
 constexpr int detailsLines = 2;
 
 QAbstractItemView& showing(QAbstractItemView& view, QAbstractItemModel& model) {
     view.setModel(&model);
     return view;
+}
+
+/// Leaves room for some rows, and in each for the beginning of a name beside all else.
+void keepLegible(CatalogueListView& list) {
+    const auto row = list.itemDelegate()->sizeHint(list.rowOption({}), {});
+    list.setMinimumSize(row.width() + leastNameColumns * list.fontMetrics().averageCharWidth(),
+        leastRows * row.height() + 2 * list.frameWidth());
 }
 
 QLabel* headingFor(QWidget* list, QString text) {
@@ -81,8 +90,9 @@ CatalogueView::CatalogueView(const DesktopEnvironment& environment, const ImageL
     lists->setChildrenCollapsible(false);
     lists->addWidget(makeHostsPane());
     lists->addWidget(makeSharePointsPane());
-    lists->setStretchFactor(0, 2);
-    lists->setStretchFactor(1, 5);
+    lists->setStretchFactor(0, 1);
+    lists->setStretchFactor(1, 2);
+    lists->setSizes({ firstColumns, 2 * firstColumns }); // in proportion
     m_pages->setObjectName("pages");
     m_pages->addWidget(lists);
     m_pages->addWidget(new EmptyPage(m_environment.text("No servers yet"),
@@ -166,7 +176,7 @@ void CatalogueView::makeToolBar() {
 QWidget* CatalogueView::makeHostsPane() {
     m_hostsList->setObjectName("hostsList");
     m_hostsList->setItemDelegate(new RecordDelegate(m_hostsList));
-    m_hostsList->setMinimumWidth(leastListColumns * fontMetrics().averageCharWidth());
+    keepLegible(*m_hostsList);
     auto* menu = m_actions->makeMenu(
         {}, "hostContextMenu", { "mountThisHostListItem", "unmountThisHostListItem", {}, "addMountSheet" }, this);
     connect(m_hostsList, &CatalogueListView::menuWanted, menu, [menu](const QPoint& place) { menu->popup(place); });
@@ -176,13 +186,17 @@ QWidget* CatalogueView::makeHostsPane() {
 QWidget* CatalogueView::makeSharePointsPane() {
     m_sharePointsList->setObjectName("sharePointsList");
     m_sharePointsList->setItemDelegate(m_sharePointDelegate);
-    m_sharePointsList->setMinimumWidth(2 * leastListColumns * fontMetrics().averageCharWidth());
+    keepLegible(*m_sharePointsList);
     auto* menu = m_actions->makeMenu({}, "sharePointContextMenu",
         { "mountSelectedListItem", "unmountSelectedListItem", "openMountedFolder", {}, "editMountAction",
             "toggleFavroite", "deleteSelectedMount" },
         this);
     connect(
         m_sharePointsList, &CatalogueListView::menuWanted, menu, [menu](const QPoint& place) { menu->popup(place); });
+    auto* favorite = m_actions->action("toggleFavroite");
+    favorite->setCheckable(true);
+    // Whether the click made it one is for the record to say.
+    connect(favorite, &QAction::triggered, this, &CatalogueView::refresh, Qt::QueuedConnection);
     connect(m_sharePointsList, &CatalogueListView::rowClicked, this, &CatalogueView::clickSharePoint);
     connect(m_sharePointsList, &CatalogueListView::rowDoubleClicked, this, &CatalogueView::doubleClickSharePoint);
     connect(
@@ -215,7 +229,8 @@ void CatalogueView::watchModel(const QAbstractItemModel& model) {
 
 void CatalogueView::placeFrame() {
     const auto metrics = fontMetrics();
-    resize(firstColumns * metrics.averageCharWidth(), firstLines * metrics.lineSpacing());
+    const QSize first(firstColumns * metrics.averageCharWidth(), firstLines * metrics.lineSpacing());
+    resize(first.expandedTo(sizeHint()));
     auto* frame = new WindowFrame(*this, m_environment.preferences, "NSWindow Frame MainWindow");
     static_cast<void>(frame->restore());
 }
@@ -237,7 +252,9 @@ void CatalogueView::refreshPages() {
 
 void CatalogueView::refreshDetails() {
     const auto selected = m_sharePointsList->selectionModel()->selectedRows();
-    const auto text = selected.isEmpty() ? QString() : selected.front().data(RecordRole::explanation).toString();
+    const auto row = selected.isEmpty() ? QModelIndex() : selected.front();
+    m_actions->action("toggleFavroite")->setChecked(row.data(RecordRole::isFavorite).toBool());
+    const auto text = row.data(RecordRole::explanation).toString();
     if (text == m_details->text())
         return; // what is being selected there stays selected
     m_details->setText(text);

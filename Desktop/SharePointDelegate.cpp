@@ -6,8 +6,8 @@
 #include "Desktop/StatusMark.h"
 #include "Foundation/StringTable.h"
 
-#include <QIcon>
 #include <QPainter>
+#include <QPixmap>
 #include <QStyle>
 
 #include <algorithm>
@@ -36,6 +36,13 @@ QStringList statusTexts(const StringTable& strings) {
 
 int markSize(const QStyleOptionViewItem& option) {
     return option.fontMetrics.ascent();
+}
+
+/// Its own colour would be lost on that of a selection.
+void tint(QPixmap& picture, const QColor& color) {
+    QPainter painter(&picture);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(picture.rect(), color);
 }
 
 } // namespace
@@ -81,8 +88,11 @@ void SharePointDelegate::paintTrailing(
 
     const bool isFavorite = index.data(RecordRole::isFavorite).toBool();
     const QRect star(place.right() + 1 - starSize, place.center().y() - starSize / 2, starSize, starSize);
-    m_images.icon({ isFavorite ? "star.png" : "star-outline.png", starSize })
-        .paint(&painter, QStyle::visualRect(option.direction, option.rect, star), Qt::AlignCenter, QIcon::Normal);
+    auto picture = m_images.pixmap(
+        { isFavorite ? "star.png" : "star-outline.png" }, starSize, painter.device()->devicePixelRatioF());
+    if (isSelected)
+        tint(picture, textColor(option));
+    painter.drawPixmap(QStyle::visualRect(option.direction, option.rect, star), picture);
 }
 
 } // namespace quorrel

@@ -21,9 +21,9 @@ QString name(const SharePointDefinition& sharePoint) {
     return host ? ShownText::line(textOf(host->displayName.get())) : text;
 }
 
-/// Why the share fails.
+/// Why the share fails, else where its files are.
 QString explanation(const SharePointDefinition& sharePoint) {
-    return sharePoint.isError.get() ? ShownText::line(textOf(sharePoint.lastError.get())) : QString();
+    return ShownText::line(textOf(sharePoint.isError.get() ? sharePoint.lastError.get() : sharePoint.volumePath.get()));
 }
 
 QString status(const SharePointDefinition& sharePoint) {

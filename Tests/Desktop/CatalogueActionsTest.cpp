@@ -268,6 +268,20 @@ TEST_F(CatalogueActionsTest, aClickOnTheStarTogglesThatShare) {
     EXPECT_THAT(actions.takePerformed(), IsEmpty());
 }
 
+TEST_F(CatalogueActionsTest, theMenuTellsWhetherTheShareIsAFavorite) {
+    const auto& favorite = action("toggleFavroite");
+    clickRow(0);
+    EXPECT_FALSE(favorite.isChecked());
+    nas->sharePointForName("docs")->favroite.set(true);
+    turn();
+    EXPECT_TRUE(favorite.isChecked());
+    clickRow(1);
+    EXPECT_FALSE(favorite.isChecked());
+    action("toggleFavroite").trigger(); // and nobody does it
+    turn();
+    EXPECT_FALSE(favorite.isChecked());
+}
+
 TEST_F(CatalogueActionsTest, aStarThatIsClickedTwiceMountsNothing) {
     actions.setState("openMountedFolder", { false, "" });
     QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, star(0));

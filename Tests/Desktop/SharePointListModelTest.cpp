@@ -96,6 +96,13 @@ TEST_F(SharePointListModelTest, anErrorIsExplainedAsLongAsItHolds) {
     EXPECT_EQ(text(RecordRole::explanation), "");
 }
 
+TEST_F(SharePointListModelTest, aMountedShareSaysWhereItsFilesAre) {
+    docs->volumePath.set("/home/anna/Volumes/docs");
+    EXPECT_EQ(text(RecordRole::explanation), "/home/anna/Volumes/docs");
+    docs->setLastError("Its script failed");
+    EXPECT_EQ(text(RecordRole::explanation), "Its script failed");
+}
+
 TEST_F(SharePointListModelTest, whatIsTooLongToReadIsCut) {
     docs->sharePoint.set(std::string(100'000, 'x'));
     EXPECT_LT(text(Qt::DisplayRole).size(), 1'100U);
