@@ -65,8 +65,12 @@ void Menu::replaceItems(std::size_t first, std::size_t last, Items items) {
     std::for_each(begin, end, [this](MenuItem& item) { release(item); });
     for (auto& item : items)
         adopt(item);
-    const auto place = m_items.erase(begin, end);
-    m_items.insert(place, std::make_move_iterator(items.begin()), std::make_move_iterator(items.end()));
+    if (first == 0 && last == m_items.size()) {
+        m_items.swap(items); // menus are large where all of one is replaced
+    } else {
+        const auto place = m_items.erase(begin, end);
+        m_items.insert(place, std::make_move_iterator(items.begin()), std::make_move_iterator(items.end()));
+    }
     announce();
 }
 

@@ -7,8 +7,11 @@
 #include "Sources/SharePointDefinition.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace quorrel {
 
@@ -17,49 +20,46 @@ namespace {
 constexpr int imageSize = 16;
 constexpr int favouriteIndentation = 2;
 
-/// What the items of one submenu do.
-struct HostMenuActions final {
+/// What the items of a host's submenu do.
+struct HostActions final {
     Selector ofServer;
     Selector ofShare;
 };
 
-std::shared_ptr<Menu> menuOfHost(
-    const HostDefinition& host, const std::string& name, const StringTable& strings, const HostMenuActions& actions) {
-    const auto sharePoints = host.sharePoints.snapshot();
+constexpr HostActions mountActions { "mountThisHostMenuItem", "mountMenuItem" };
+constexpr HostActions unmountActions { "unmountThisHostMenuItem", "unmountMenuItem" };
+
+/// What both submenus say of a host; read once for the two of them, since a read takes a record's lock.
+struct HostEntry final {
+    std::string name;
+    std::optional<Image> icon;
+    std::vector<std::string> shareNames;
+};
+
+HostEntry entryOf(const HostDefinition& host, const std::string& name) {
+    HostEntry entry { name, host.icon.get(), {} };
+    if (entry.icon)
+        entry.icon->size = imageSize;
+    for (const auto& sharePoint : host.sharePoints.snapshot())
+        if (auto shareName = textOf(sharePoint->sharePoint.get()); !shareName.empty())
+            entry.shareNames.push_back(std::move(shareName));
+    return entry;
+}
+
+MenuItem hostItem(HostEntry host, const std::string& server, const HostActions& actions) {
     Menu::Items items;
-    items.reserve(sharePoints.size() + 2);
-    items.push_back(MenuItem::command(strings.text("Server"), actions.ofServer));
+    items.reserve(host.shareNames.size() + 2);
+    items.push_back(MenuItem::command(server, actions.ofServer));
     items.push_back(MenuItem::separator());
-    for (const auto& sharePoint : sharePoints) {
-        auto shareName = textOf(sharePoint->sharePoint.get());
-        if (shareName.empty())
-            continue;
+    for (auto& shareName : host.shareNames) {
         items.push_back(MenuItem::command(std::move(shareName), actions.ofShare));
         items.back().image = Image { "drive.png", imageSize };
     }
-    auto menu = std::make_shared<Menu>(name);
-    menu->replaceItems(0, 0, std::move(items));
-    return menu;
-}
-
-/// One item per display name: the commands take it for a key, and serve every host that bears it.
-Menu::Items hostItems(const std::vector<std::shared_ptr<HostDefinition>>& hosts, const StringTable& strings,
-    const HostMenuActions& actions) {
-    std::unordered_set<std::string> names;
-    Menu::Items items;
-    items.reserve(hosts.size());
-    for (const auto& host : hosts) {
-        const auto [name, isNew] = names.insert(textOf(host->displayName.get()));
-        if (!isNew)
-            continue;
-        MenuItem item { *name };
-        item.image = host->icon.get();
-        if (item.image)
-            item.image->size = imageSize;
-        item.submenu = menuOfHost(*host, *name, strings, actions);
-        items.push_back(std::move(item));
-    }
-    return items;
+    MenuItem item { host.name };
+    item.image = std::move(host.icon);
+    item.submenu = std::make_shared<Menu>(std::move(host.name));
+    item.submenu->replaceItems(0, 0, std::move(items));
+    return item;
 }
 
 MenuItem favouriteItem(const std::string& hostName, const std::string& shareName, bool isMounted) {
@@ -104,10 +104,21 @@ void fill(Menu& submenu, Menu::Items items, Menu& supermenu) {
 void QuorrelAppDelegate::makeMountpopMenu() {
     if (!m_statusBarItem)
         return; // nobody sees the menus
-    const auto all = hosts.snapshot();
-    const auto& strings = m_environment.strings;
-    fill(*mountMenu, hostItems(all, strings, { "mountThisHostMenuItem", "mountMenuItem" }), *popMenu);
-    fill(*unmountMenu, hostItems(all, strings, { "unmountThisHostMenuItem", "unmountMenuItem" }), *popMenu);
+    const auto server = m_environment.strings.text("Server");
+    Menu::Items mountItems;
+    Menu::Items unmountItems;
+    // One item per display name: the commands take it for a key, and serve every host that bears it.
+    std::unordered_set<std::string> names;
+    for (const auto& host : hosts.snapshot()) {
+        const auto [name, isNew] = names.insert(textOf(host->displayName.get()));
+        if (!isNew)
+            continue;
+        auto entry = entryOf(*host, *name);
+        mountItems.push_back(hostItem(entry, server, mountActions));
+        unmountItems.push_back(hostItem(std::move(entry), server, unmountActions));
+    }
+    fill(*mountMenu, std::move(mountItems), *popMenu);
+    fill(*unmountMenu, std::move(unmountItems), *popMenu);
     makeFavroitesMenu();
 }
 
