@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Benchmarks/Timing.h"
 #include "Foundation/Log.h"
 #include "Foundation/OperationQueue.h"
 #include "Foundation/Preferences.h"
@@ -38,8 +39,6 @@ namespace quorrel {
 
 namespace {
 
-using SteadyClock = std::chrono::steady_clock;
-
 constexpr int mostShares = 20;
 constexpr std::chrono::milliseconds pauseBetween { 50 };
 
@@ -61,15 +60,6 @@ std::string serverURL() {
 
 std::string shareName(int number) {
     return (number < 10 ? "s0" : "s") + std::to_string(number);
-}
-
-double milliseconds(SteadyClock::duration duration) {
-    return std::chrono::duration<double, std::milli>(duration).count();
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 [[noreturn]] void fail(const std::string& what) {
