@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Sources/IdleControllerParts.h"
 #include "Sources/MenuLayout.h"
-#include "Tests/Sources/ControllerTest.h"
+#include "Tests/Sources/WindowTest.h"
 
 #include <gmock/gmock.h>
 
@@ -388,6 +388,52 @@ TEST_F(TranslatedMenusTest, TextsAreLookedUpAndNamesAreNot) {
     EXPECT_EQ(controller->mountMenu->items()[0].title, "Server");
     EXPECT_THAT(lines(*controller->mountMenu->items()[0].submenu),
         ElementsAre("Der Server -> mountThisHostMenuItem", "--", "Favorites [drive.png 16] -> mountMenuItem"));
+}
+
+/// The menus in a program whose every action can do something.
+class MenuActionsTest : public WindowTest {
+protected:
+    MenuActionsTest() {
+        controller->applicationDidFinishLaunching(); // it loads the catalogue
+        const auto host = addHost("192.168.1.20", smb, { "Public", "Music" });
+        host->resolved.set(true);
+        const auto mounted = host->sharePointForName("Music");
+        mounted->setMounted(true);
+        mounted->referenceNumber.set(7);
+        mounted->favroite.set(true);
+        controller->makeMountpopMenu();
+    }
+
+    static void collectActions(const Menu& menu, std::vector<std::string>& actions) {
+        for (const auto& item : menu.items()) {
+            if (!item.action.empty())
+                actions.emplace_back(item.action);
+            if (item.submenu)
+                collectActions(*item.submenu, actions);
+        }
+    }
+};
+
+TEST_F(MenuActionsTest, EveryActionOfTheMenusIsOneThatTheControllerKnows) {
+    std::vector<std::string> actions;
+    collectActions(*controller->popMenu, actions);
+    EXPECT_EQ(actions.size(), 15U);
+    for (const auto& action : actions)
+        EXPECT_TRUE(controller->validate(action).isEnabled) << action;
+}
+
+TEST_F(MenuActionsTest, ItemsWorkByTheirTitles) {
+    const auto share = controller->mountMenu->items().at(0).submenu->items().at(2);
+    controller->perform(share.action, share);
+    waitUntilIdle();
+    ASSERT_EQ(volumes.requests().size(), 1U);
+    EXPECT_EQ(volumes.requests().front().volumeName, "Public");
+
+    const auto favourite
+        = controller->popMenu->items().at(controller->popMenu->indexOfItemWithTitle("192.168.1.20 : Music").value());
+    controller->perform(favourite.action, favourite);
+    waitUntilIdle();
+    EXPECT_THAT(volumes.unmounts(), ElementsAre(7));
 }
 
 } // namespace quorrel
