@@ -135,13 +135,18 @@ struct QuorrelAppDelegate::Actions final {
             : hindranceOf == toMounting                    ? localizable("Every share is mounted already.")
                                                            : localizable("No share is mounted.");
     }
+
+    /// It also calls off what is queued, the mounts above all.
+    [[nodiscard]] static Hindrance toUnmountingAll(const Controller& controller) {
+        return controller.m_opQueue->operationCount() > 0 ? nothing : onAllHosts<toUnmounting>(controller);
+    }
 };
 
 const QuorrelAppDelegate::Actions::Action* QuorrelAppDelegate::Actions::named(Selector name) {
     using C = Controller;
     static constexpr std::array<Action, 23> table { {
         { "mountAllListItem", &C::mountAllListItem, onAllHosts<toMounting> },
-        { "unmountAllListItem", &C::unmountAllListItem, onAllHosts<toUnmounting> },
+        { "unmountAllListItem", &C::unmountAllListItem, toUnmountingAll },
         { "mountMenuItem", &C::mountMenuItem, none },
         { "unmountMenuItem", &C::unmountMenuItem, none },
         { "mountThisHostMenuItem", &C::mountThisHostMenuItem, none },

@@ -259,6 +259,18 @@ TEST_F(ActionsTest, WhatCanBeDoneWithAllIsAMatterOfAllShares) {
         EXPECT_EQ(controller->validate(name), disabled("There are no shares in the catalogue.")) << name;
 }
 
+TEST_F(ActionsTest, WhileMountsWaitUnmountingAllCallsThemOff) {
+    selectHost(host);
+    occupyQueue();
+    perform("mountThisHostListItem");
+    EXPECT_EQ(waitingOperations(), 2U);
+    EXPECT_EQ(controller->validate("unmountAllListItem"), enabled);
+    perform("unmountAllListItem");
+    EXPECT_EQ(waitingOperations(), 0U);
+    releaseQueue();
+    EXPECT_EQ(controller->validate("unmountAllListItem"), disabled("No share is mounted."));
+}
+
 TEST_F(ActionsTest, ReasonsAreInTheUsersLanguage) {
     const FakeStringTable german(
         FakeStringTable::Texts { { "Select a share first.", "Erst eine Freigabe auswählen." } });
