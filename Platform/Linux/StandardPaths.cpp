@@ -47,6 +47,18 @@ std::vector<std::string> foldersIn(const char* list) {
     return folders;
 }
 
+/// The order in which texts are looked up: a list of languages counts only where the locale is one of a language.
+std::string languagesOf() {
+    std::string locale;
+    for (const char* variable : { "LC_ALL", "LC_MESSAGES", "LANG" })
+        if (const char* value = std::getenv(variable); locale.empty() && value)
+            locale = value;
+    if (locale.empty() || locale == "C" || locale == "POSIX" || locale.starts_with("C."))
+        return {};
+    const char* list = std::getenv("LANGUAGE");
+    return list && *list ? std::string(list) + ":" + locale : locale;
+}
+
 } // namespace
 
 StandardPaths StandardPaths::fromEnvironment() {
@@ -62,6 +74,7 @@ StandardPaths StandardPaths::fromEnvironment() {
     paths.temporary = folder("TMPDIR").value_or("/tmp");
     const char* bus = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
     paths.systemBus = bus && *bus ? bus : "unix:path=/run/dbus/system_bus_socket";
+    paths.languages = languagesOf();
     paths.programs = foldersIn(std::getenv("PATH"));
     return paths;
 }

@@ -7,8 +7,8 @@
 
 namespace quorrel {
 
-/// The user's folders as the environment names them. Read once by the entry point, before any thread starts; all else
-/// is handed what it needs.
+/// The user's folders and languages as the environment names them. Read once by the entry point, before any thread
+/// starts; all else is handed what it needs.
 struct StandardPaths final {
     std::string home; ///< the root folder when the user has none
     std::string data; ///< applications' data
@@ -18,6 +18,7 @@ struct StandardPaths final {
     std::optional<std::string> runtime; ///< present only when the session has one
     std::string temporary;
     std::string systemBus; ///< the system message bus's address
+    std::string languages; ///< the user's, names of locales with colons between them; empty for none in particular
     std::vector<std::string> programs; ///< the folders in which programs are looked for
 
     [[nodiscard]] static StandardPaths fromEnvironment();

@@ -11,7 +11,7 @@ class StandardPathsTest : public testing::Test {
 protected:
     StandardPathsTest() {
         for (const char* name : { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
-                 "XDG_RUNTIME_DIR", "TMPDIR", "DBUS_SYSTEM_BUS_ADDRESS" })
+                 "XDG_RUNTIME_DIR", "TMPDIR", "DBUS_SYSTEM_BUS_ADDRESS", "LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE" })
             ::unsetenv(name);
         ::setenv("HOME", "/home/anna", 1);
     }
@@ -51,6 +51,21 @@ TEST_F(StandardPathsTest, takeRelativeAndEmptyVariablesAsNotSet) {
     const auto paths = StandardPaths::fromEnvironment();
     EXPECT_EQ(paths.data, "/home/anna/.local/share");
     EXPECT_EQ(paths.config, "/home/anna/.config");
+}
+
+TEST_F(StandardPathsTest, languagesAreThoseOfTheTexts) {
+    const auto languages = [] { return StandardPaths::fromEnvironment().languages; };
+    EXPECT_EQ(languages(), "");
+    ::setenv("LANGUAGE", "fr:de", 1);
+    EXPECT_EQ(languages(), "");
+    ::setenv("LANG", "de_DE.UTF-8", 1);
+    EXPECT_EQ(languages(), "fr:de:de_DE.UTF-8");
+    ::unsetenv("LANGUAGE");
+    EXPECT_EQ(languages(), "de_DE.UTF-8");
+    ::setenv("LC_MESSAGES", "fr_FR", 1);
+    EXPECT_EQ(languages(), "fr_FR");
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    EXPECT_EQ(languages(), "");
 }
 
 TEST_F(StandardPathsTest, programsAreInTheAbsoluteFoldersOfTheSearchPath) {
