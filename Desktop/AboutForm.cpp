@@ -80,6 +80,7 @@ void AboutForm::addFacts(QVBoxLayout& layout, const ImageLoader& images, const A
     texts->addStretch();
     row->addLayout(texts, 1);
     layout.addLayout(row);
+    layout.addSpacing(fontMetrics().height() / 2);
 }
 
 void AboutForm::addLicence(QVBoxLayout& layout, const DesktopEnvironment& environment) {

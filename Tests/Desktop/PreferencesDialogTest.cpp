@@ -71,6 +71,16 @@ protected:
         = std::make_unique<PreferencesDialog>(environment, loginItem, "/home/ann/.local/state/Quorrel/Quorrel.log");
 };
 
+/// A language with words twice as long.
+class LongStringTable final : public StringTable {
+public:
+    [[nodiscard]] std::string text(std::string_view key) const override {
+        auto more = std::string(key);
+        std::erase(more, '&');
+        return std::string(key) + " " + more;
+    }
+};
+
 constexpr const char* flagKeys[] { "unmountDrives", "logToConsole", "BrowseForServices", "afp", "smb", "http", "ftp",
     "scanForSMBHosts", "lookUpHostFile" };
 
@@ -257,6 +267,19 @@ TEST_F(PreferencesDialogTest, keyboardAndScreenReaderReachEverythingOnEachTab) {
         EXPECT_THAT(WidgetWalk::withoutMnemonic(window), IsEmpty()) << identifier;
         EXPECT_THAT(WidgetWalk::ambiguousMnemonics(window), IsEmpty()) << identifier;
         EXPECT_THAT(WidgetWalk::cutTexts(window), IsEmpty()) << identifier;
+    }
+}
+
+TEST_F(PreferencesDialogTest, longerLanguagesFit) {
+    const LongStringTable longTexts;
+    const DesktopEnvironment other { actions, longTexts, preferences, queue };
+    PreferencesDialog wide(other, loginItem, "/home/a-name-that-is-not-short/.local/state/Quorrel/Quorrel.log");
+    wide.orderFrontRegardless();
+    store->failSaves(true);
+    for (const char* identifier : { "1", "2", "3" }) {
+        wide.selectTabViewItemWithIdentifier(identifier);
+        wide.window()->findChild<QCheckBox*>("ftp")->click();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return WidgetWalk::cutTexts(*wide.window()).empty(); })) << identifier;
     }
 }
 
