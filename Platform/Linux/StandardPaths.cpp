@@ -47,13 +47,13 @@ std::vector<std::string> foldersIn(const char* list) {
     return folders;
 }
 
-/// The order in which texts are looked up: a list of languages counts only where the locale is one of a language.
+/// The order in which gettext looks texts up: a list of languages counts in every locale but the one without any.
 std::string languagesOf() {
     std::string locale;
     for (const char* variable : { "LC_ALL", "LC_MESSAGES", "LANG" })
         if (const char* value = std::getenv(variable); locale.empty() && value)
             locale = value;
-    if (locale.empty() || locale == "C" || locale == "POSIX" || locale.starts_with("C."))
+    if (locale.empty() || locale == "C" || locale == "POSIX")
         return {};
     const char* list = std::getenv("LANGUAGE");
     return list && *list ? std::string(list) + ":" + locale : locale;

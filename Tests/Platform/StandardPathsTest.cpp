@@ -64,8 +64,11 @@ TEST_F(StandardPathsTest, languagesAreThoseOfTheTexts) {
     EXPECT_EQ(languages(), "de_DE.UTF-8");
     ::setenv("LC_MESSAGES", "fr_FR", 1);
     EXPECT_EQ(languages(), "fr_FR");
-    ::setenv("LC_ALL", "C.UTF-8", 1);
+    ::setenv("LC_ALL", "C", 1);
     EXPECT_EQ(languages(), "");
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    ::setenv("LANGUAGE", "de", 1);
+    EXPECT_EQ(languages(), "de:C.UTF-8");
 }
 
 TEST_F(StandardPathsTest, programsAreInTheAbsoluteFoldersOfTheSearchPath) {
