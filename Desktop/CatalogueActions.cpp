@@ -9,7 +9,7 @@
 #include <QIcon>
 #include <QKeySequence>
 #include <QMenu>
-#include <QMetaObject>
+#include <QTimer>
 #include <QWidget>
 
 #include <string>
@@ -69,7 +69,11 @@ QString toolTip(const QAction& action, const QString& reason) {
 
 CatalogueActions::CatalogueActions(const DesktopEnvironment& environment, const ImageLoader& images, QWidget& window)
     : QObject(&window)
-    , m_environment(environment) {
+    , m_environment(environment)
+    , m_soon(new QTimer(this)) {
+    m_soon->setSingleShot(true);
+    m_soon->setInterval(0);
+    connect(m_soon, &QTimer::timeout, this, &CatalogueActions::validate);
     int number = 0;
     for (const auto& command : commands) {
         auto* action = new QAction(m_environment.text(command.title), this);
@@ -85,6 +89,7 @@ CatalogueActions::CatalogueActions(const DesktopEnvironment& environment, const 
             MenuItem sender;
             sender.title = plainTitle(*action).toStdString();
             sender.action = command.selector;
+            validateSoon(); // what it does may change what can be done
             m_environment.actions.perform(command.selector, sender);
         });
         window.addAction(action);
@@ -112,7 +117,7 @@ QMenu* CatalogueActions::makeMenu(
 }
 
 void CatalogueActions::validate() {
-    m_isToValidate = false;
+    m_soon->stop();
     for (auto* action : findChildren<QAction*>(Qt::FindDirectChildrenOnly)) {
         const auto state = m_environment.actions.validate(commandOf(*action).selector);
         action->setEnabled(state.isEnabled);
@@ -121,16 +126,8 @@ void CatalogueActions::validate() {
 }
 
 void CatalogueActions::validateSoon() {
-    if (m_isToValidate)
-        return;
-    m_isToValidate = true;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (m_isToValidate)
-                validate();
-        },
-        Qt::QueuedConnection);
+    if (!m_soon->isActive())
+        m_soon->start();
 }
 
 bool CatalogueActions::eventFilter(QObject* watched, QEvent* event) {

@@ -8,6 +8,7 @@
 
 class QAction;
 class QMenu;
+class QTimer;
 
 namespace quorrel {
 
@@ -36,7 +37,7 @@ public:
 
 private:
     const DesktopEnvironment m_environment;
-    bool m_isToValidate = false;
+    QTimer* const m_soon; // a child
 };
 
 } // namespace quorrel

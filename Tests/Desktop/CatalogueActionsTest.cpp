@@ -208,6 +208,7 @@ TEST_F(CatalogueActionsTest, whatCanBeDoneIsAskedOnceATurn) {
             sharePoints.setSelectedObjects({ sharePoint });
         }
     turn();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !counting.counts.empty(); }));
     for (const auto& each : keys)
         EXPECT_EQ(counting.counts[each.action], 1) << each.action;
 }
