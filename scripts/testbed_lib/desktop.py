@@ -2,6 +2,7 @@
 """A screen in memory with a window manager and, as asked for, one kind of tray."""
 
 import os
+import random
 import secrets
 import shutil
 import socket
@@ -9,7 +10,7 @@ import struct
 import subprocess
 
 from . import processes
-from .bed import Failure
+from .bed import Failure, accepts_unix
 
 # What a tray is made by; a bare desktop has none.
 KINDS = ("bare", "panel", "trayer")
@@ -64,36 +65,21 @@ def _authority(bed):
 def start_screen(bed, scale):
     """Before the session bus starts: what the bus activates must find the display."""
     authority = _authority(bed)
-    reader, writer = os.pipe()
     width, height = (side * scale for side in SIZE)
-    command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{width}x{height}x24",
-               "-dpi", str(96 * scale), "-nolisten", "tcp", "-auth", authority]
-    try:
-        with open(bed.path("log", "screen.log"), "ab") as log:
-            process = subprocess.Popen(command, env=bed.environment(session=False), stdin=subprocess.DEVNULL,
-                                       stdout=log, stderr=log, start_new_session=True, pass_fds=(writer,),
-                                       preexec_fn=lambda: processes.die_with_parent(15))
-    except FileNotFoundError as error:
-        raise Failure("screen: Xvfb is missing; scripts/install-packages test installs it") from error
-    finally:
-        os.close(writer)
-    bed.running["screen"] = process
-    os.set_blocking(reader, False)
-    said = b""
+    # The server would choose the number itself, but without looking into other network namespaces, with which it
+    # shares the folder of sockets.
+    for display in random.sample(range(1000, 50000), 5):
+        process = bed.start("screen", ["Xvfb", f":{display}", "-screen", "0", f"{width}x{height}x24", "-dpi",
+                                       str(96 * scale), "-nolisten", "tcp", "-auth", authority])
+        place = f"/tmp/.X11-unix/X{display}"
 
-    def told():
-        nonlocal said
-        try:
-            said += os.read(reader, 64)
-        except BlockingIOError:
-            pass
-        return said.endswith(b"\n")
+        def answers_or_dead(process=process, place=place):
+            return process.poll() is not None or accepts_unix(place)
 
-    try:
-        bed.await_ready("screen", told)
-    finally:
-        os.close(reader)
-    display = int(said)
+        processes.wait_until(answers_or_dead, 15)
+        if process.poll() is None and accepts_unix(place):
+            break
+    bed.await_ready("screen", lambda: accepts_unix(place))
     bed.session["DISPLAY"] = f":{display}"
     bed.session["XAUTHORITY"] = authority
     bed.export(SCALE=scale)
