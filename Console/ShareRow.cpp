@@ -16,7 +16,7 @@ ShareRow ShareRow::of(const SharePointDefinition& sharePoint, const std::vector<
     const auto displayType = textOf(sharePoint.displayType.get());
     row.service = Globals::getShortServiceName(displayType).value_or(displayType);
     row.mounted = sharePoint.mounted.get();
-    row.status = textOf(sharePoint.status.get());
+    row.status = sharePoint.shownStatus();
     row.error = textOf(sharePoint.lastError.get());
     const auto reference = sharePoint.referenceNumber.get();
     for (const auto& volume : volumes)

@@ -27,7 +27,7 @@ QString explanation(const SharePointDefinition& sharePoint) {
 }
 
 QString status(const SharePointDefinition& sharePoint) {
-    return ShownText::line(textOf(sharePoint.status.get()));
+    return ShownText::line(sharePoint.shownStatus());
 }
 
 QString joined(QStringList parts, const QString& separator) {

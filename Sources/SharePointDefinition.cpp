@@ -90,6 +90,15 @@ void SharePointDefinition::setUnmounting(bool value) {
         setStatusText("Unmounting");
 }
 
+std::string SharePointDefinition::shownStatus() const {
+    const auto& strings = m_context->strings;
+    auto text = textOf(status.get());
+    const bool isOver = (!unmounting.get() && text == strings.text("Unmounting"))
+        || (!mounting.get() && text == strings.text("Mounting"))
+        || (!resolving.get() && text == strings.text("Resolving"));
+    return isOver ? strings.text(mounted.get() ? localizable("Online") : localizable("Offline")) : text;
+}
+
 void SharePointDefinition::setLastError(const OptionalText& error) {
     if (!error)
         isError.set(false);

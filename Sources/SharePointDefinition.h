@@ -47,6 +47,9 @@ public:
     /// Ends a mount or unmount in the record, and makes the status say whether the share is mounted.
     void resetStatus();
 
+    /// `status`, save where it tells of an activity that is over: whether the share is mounted then.
+    [[nodiscard]] std::string shownStatus() const;
+
     /// For debugging alone: it holds the password.
     [[nodiscard]] std::string description() const;
 

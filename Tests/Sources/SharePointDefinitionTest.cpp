@@ -109,6 +109,25 @@ TEST_F(SharePointDefinitionTest, EachStatusSetterAnnouncesItsFlagAndThenTheStatu
         (std::vector<std::string> { "will isError", "did isError", "will lastError", "did lastError" }));
 }
 
+TEST_F(SharePointDefinitionTest, WhatIsShownTellsOfNoActivityThatIsOver) {
+    share->setMounted(true);
+    share->setUnmounting(true);
+    EXPECT_EQ(share->shownStatus(), "Unmounting");
+    share->setUnmounting(false);
+    EXPECT_EQ(share->shownStatus(), "Online");
+    share->setMounted(false);
+    share->setResolving(true);
+    EXPECT_EQ(share->shownStatus(), "Resolving");
+    share->setResolving(false);
+    EXPECT_EQ(share->shownStatus(), "Offline");
+    share->setResolved(true);
+    EXPECT_EQ(share->shownStatus(), "Resolved");
+    share->setMounting(true);
+    EXPECT_EQ(share->shownStatus(), "Mounting");
+    share->setMounting(false);
+    EXPECT_EQ(share->shownStatus(), "Offline");
+}
+
 TEST_F(SharePointDefinitionTest, ClearingResolvingOrUnmountingLeavesTheStatus) {
     share->setResolved(true);
     share->setResolving(false);
