@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QDialog>
 #include <QPointer>
-
-class QDialog;
 
 namespace quorrel {
 

@@ -26,6 +26,7 @@ def wait_for(condition, what, seconds=PATIENCE):
     """The first true value of the condition."""
     end = time.monotonic() + seconds
     while True:
+        _hear_of_changes()
         try:
             value = condition()
         except GLib.Error:
@@ -140,11 +141,15 @@ class Node:
         return line + "".join(child.tree(depth + 1) for child in self.children)
 
 
-def applications():
-    # The list is kept by the library and refreshed as its own loop runs.
+def _hear_of_changes():
+    # What the library knows of others is kept, and refreshed as its own loop runs.
     context = GLib.MainContext.default()
     while context.iteration(False):
         pass
+
+
+def applications():
+    _hear_of_changes()
     return Node(Atspi.get_desktop(0)).children
 
 

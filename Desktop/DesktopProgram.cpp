@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Desktop/DesktopProgram.h"
+
+#include "Desktop/X11EmbeddingTray.h"
+#include "Foundation/MainThreadQueue.h"
+#include "Sources/AdoptionOperation.h"
+#include "Sources/MountEnvironment.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+
+#include <memory>
+
+namespace quorrel {
+
+DesktopProgram::DesktopProgram(
+    const ProgramEnvironment& world, LoginItems& loginItems, const DesktopProgramOptions& options)
+    : m_world(world)
+    , m_application([this](const AboutPanelOptions& about) { m_aboutPanel.show(about); })
+    , m_environment { m_application, world.strings, world.preferences, world.mainThreadQueue }
+    , m_loginItem(loginItems, options.applicationPath)
+    , m_instance(QDBusConnection::sessionBus())
+    , m_trayHosts(QDBusConnection::sessionBus(), std::make_unique<X11EmbeddingTray>())
+    , m_statusBar(m_trayHosts, m_application, m_images)
+    , m_parts(m_statusBar, m_timers)
+    , m_aboutPanel(m_environment, m_images)
+    , m_window(m_environment, m_images)
+    , m_preferences(m_environment, m_loginItem, options.logFile)
+    , m_addMountDialog(m_environment, [this] { return m_window.widget(); })
+    , m_passwordDialog(m_environment)
+    , m_windows { m_application, m_window, m_preferences, m_addMountDialog }
+    , m_controller({ world, m_parts, m_passwordDialog, &m_windows, options.helpPage, options.version }) {
+    QApplication::setWindowIcon(m_images.icon({ "quorrel.png" }));
+}
+
+int DesktopProgram::run() {
+    if (m_instance.launch() == SingleInstance::Launch::Repeated)
+        return 0;
+    QObject::connect(&m_instance, &SingleInstance::activated, [this] { m_controller.showMountList(); });
+    QObject::connect(&m_trayHosts, &TrayHostWatch::noneFound, [this] { showWindowWithoutTray(); });
+    m_controller.awakeFromNib();
+    m_controller.applicationDidFinishLaunching();
+    m_trayHosts.start();
+    adoptMountedVolumes();
+    const int status = QApplication::exec();
+    m_controller.applicationWillTerminate();
+    return status;
+}
+
+void DesktopProgram::adoptMountedVolumes() {
+    m_controller.opQueue().addOperation(
+        std::make_shared<AdoptionOperation>(m_controller.hosts.snapshot(), m_world.mounting.volumes,
+            [this] { m_world.mainThreadQueue.post([this] { m_controller.makeFavroitesMenu(); }); }));
+}
+
+void DesktopProgram::quit() {
+    m_world.mainThreadQueue.post([this] { m_application.terminate(); });
+}
+
+void DesktopProgram::showWindowWithoutTray() {
+    m_controller.showMountList();
+    m_window.showNotice(m_environment.strings.text("There is no tray"),
+        m_environment.strings.text("This desktop has no place for Quorrel's icon. Quorrel goes on without it: start it "
+                                   "again to get its window back."));
+}
+
+} // namespace quorrel

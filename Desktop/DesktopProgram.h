@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Desktop/AboutPanel.h"
+#include "Desktop/AddMountDialog.h"
+#include "Desktop/CatalogueWindow.h"
+#include "Desktop/DesktopApplication.h"
+#include "Desktop/DesktopControllerParts.h"
+#include "Desktop/DesktopEnvironment.h"
+#include "Desktop/ImageLoader.h"
+#include "Desktop/PasswordDialog.h"
+#include "Desktop/PreferencesDialog.h"
+#include "Desktop/QtStatusBar.h"
+#include "Desktop/QtTimers.h"
+#include "Desktop/SingleInstance.h"
+#include "Desktop/TrayHostWatch.h"
+#include "Sources/ControllerWindows.h"
+#include "Sources/LoginItem.h"
+#include "Sources/ProgramEnvironment.h"
+#include "Sources/QuorrelAppDelegate.h"
+
+#include <string>
+
+namespace quorrel {
+
+class LoginItems;
+
+/// What the desktop program is told by its entry point.
+struct DesktopProgramOptions final {
+    std::string applicationPath; ///< what a login item is to start
+    std::string helpPage; ///< a URL
+    std::string logFile;
+    std::string version;
+};
+
+/// The program on a desktop: the controller with its windows and its status item. Main thread, with a QApplication.
+class DesktopProgram final {
+public:
+    /// Both references must outlive the program.
+    DesktopProgram(const ProgramEnvironment& world, LoginItems& loginItems, const DesktopProgramOptions& options);
+
+    /// Until the user quits; at once in a second launch, which asks the first to show its window.
+    int run();
+
+    /// Makes `run` return soon. Any thread.
+    void quit();
+
+private:
+    /// What an earlier run left mounted shows as such.
+    void adoptMountedVolumes();
+    void showWindowWithoutTray();
+
+    const ProgramEnvironment m_world;
+    DesktopApplication m_application;
+    const DesktopEnvironment m_environment;
+    LoginItem m_loginItem;
+    ImageLoader m_images;
+    SingleInstance m_instance;
+    TrayHostWatch m_trayHosts;
+    QtStatusBar m_statusBar;
+    QtTimers m_timers;
+    DesktopControllerParts m_parts;
+    AboutPanel m_aboutPanel;
+    CatalogueWindow m_window;
+    PreferencesDialog m_preferences;
+    AddMountDialog m_addMountDialog;
+    PasswordDialog m_passwordDialog;
+    ControllerWindows m_windows;
+    QuorrelAppDelegate m_controller;
+};
+
+} // namespace quorrel

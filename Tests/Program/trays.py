@@ -1,0 +1,140 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The two kinds of tray as a person uses them: click the icon, go through its menu, choose a row."""
+
+from gi.repository import Gio, GLib
+
+from testbed_lib import screen
+
+_WATCHER = ("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher")
+_INDENT = "\u2003"
+
+
+def _plain(label):
+    return label.replace(_INDENT, "").replace("\u2068", "").replace("\u2069", "").strip()
+
+
+class _Tray:
+    def click_icon(self, button):
+        x, y, width, height = self.icon()
+        screen.click(x + width // 2, y + height // 2, button)
+
+    def has_icon(self):
+        return self.place() is not None
+
+    def icon(self):
+        return screen.wait_for(self.place, "the tray shows no icon")
+
+
+class Panel(_Tray):
+    """Shows StatusNotifierItems. It draws the program's menu itself and tells assistive tools nothing of it, so the
+    rows are read where the panel reads them, and chosen by keys."""
+
+    def __init__(self):
+        self._panel = screen.application("xfce4-panel")
+        self._bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+
+    def place(self):
+        # The only button is our icon.
+        for node in self._panel.walk():
+            if node.role == "push button" and node.has("SHOWING") and node.place()[2] > 1:
+                return node.place()
+        return None
+
+    def _call(self, service, path, interface, method, arguments):
+        return self._bus.call_sync(service, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE,
+                                   5000, None).unpack()
+
+    def _property(self, service, path, interface, name):
+        return self._call(service, path, "org.freedesktop.DBus.Properties", "Get",
+                          GLib.Variant("(ss)", (interface, name)))[0]
+
+    def _layout(self):
+        item = self._property(*_WATCHER, "RegisteredStatusNotifierItems")[0]
+        service, path = item.split("/", 1)
+        menu = self._property(service, "/" + path, "org.kde.StatusNotifierItem", "Menu")
+        return self._call(service, menu, "com.canonical.dbusmenu", "GetLayout",
+                          GLib.Variant("(iias)", (0, -1, [])))[1]
+
+    @staticmethod
+    def _rows(node):
+        """What can be seen of one menu: label, whether keys stop at it, and its node."""
+        rows = []
+        for child in node[2]:
+            if child[1].get("visible", True) and child[1].get("type") != "separator":
+                # Whoever draws the menu takes one underscore for a mnemonic and two for one.
+                label = child[1].get("label", "").replace("__", "\0").replace("_", "").replace("\0", "_")
+                rows.append((_plain(label), child[1].get("enabled", True), child))
+        return rows
+
+    def titles(self, *path):
+        node = self._layout()
+        for title in path:
+            node = next(child for label, _, child in self._rows(node) if label == title)
+        return [label for label, _, _ in self._rows(node)]
+
+    @staticmethod
+    def _menus():
+        # The panel runs what draws menus as a process of its own.
+        return len(screen.tool("xdotool", "search", "--onlyvisible", "--class", "wrapper-2.0").split())
+
+    def _await_menu(self, above):
+        screen.wait_for(lambda: self._menus() > above, "no menu opens")
+
+    def choose(self, *titles):
+        screen.wait_for(lambda: self._has_path(titles), lambda: f"no rows {titles} in {self._layout()}")
+        open_menus = self._menus()
+        self.click_icon(3)
+        node = self._layout()
+        for depth, title in enumerate(titles):
+            self._await_menu(open_menus + depth)
+            labels = [label for label, stops, _ in self._rows(node) if stops]
+            node = next(child for label, _, child in self._rows(node) if label == title)
+            # In the first menu no row is chosen yet, in one below it the first is.
+            screen.press(*["Down"] * (labels.index(title) + (0 if depth else 1)),
+                         "Return" if depth + 1 == len(titles) else "Right")
+        screen.wait_for(lambda: self._menus() <= open_menus, "the menu stays open")
+
+    def _has_path(self, titles):
+        try:
+            return titles[-1] in self.titles(*titles[:-1])
+        except StopIteration:
+            return False
+
+
+class Trayer(_Tray):
+    """An XEmbed tray: the icon is the program's own window, and so is its menu."""
+
+    def __init__(self, program):
+        self._program = program
+
+    def place(self):
+        for window in screen.tool("xdotool", "search", "--class", "trayer").split():
+            if "0 children" in screen.tool("xwininfo", "-id", window, "-tree"):
+                continue
+            shape = dict(line.split("=") for line in
+                         screen.tool("xdotool", "getwindowgeometry", "--shell", window).split())
+            return tuple(int(shape[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+        return None
+
+    def _shown(self):
+        rows = (node for node in screen.application(self._program).walk()
+                if node.role in ("menu", "menu item", "check menu item"))
+        return [node for node in rows if node.has("SHOWING") and node.place()[2] > 1]
+
+    def _row(self, title):
+        return screen.wait_for(lambda: next((node for node in self._shown() if _plain(node.name) == title), None),
+                               lambda: f"no row {title!r} in\n{screen.application(self._program).tree()}")
+
+    def titles(self, *path):
+        self.click_icon(3)
+        for title in path:
+            self._row(title).click()
+        self._row("Quit")
+        found = [_plain(node.name) for node in self._shown()]
+        screen.press(*["Escape"] * (len(path) + 1))
+        return found
+
+    def choose(self, *titles):
+        self.click_icon(3)
+        for title in titles:
+            self._row(title).click()

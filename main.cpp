@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Assembly/LinuxAssembly.h"
+#include "Desktop/DesktopProgram.h"
+#include "Platform/Linux/AutostartLoginItems.h"
+#include "Platform/Linux/HelpPage.h"
+#include "Platform/Linux/LogFile.h"
+#include "Platform/Linux/ResourcePaths.h"
+#include "Platform/Linux/SignalWatch.h"
+#include "Platform/Linux/StandardPaths.h"
+#include "Platform/Linux/StandardStreams.h"
+
+#include <QApplication>
+
+#include <atomic>
+#include <chrono>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace quorrel;
+
+namespace {
+
+/// How long the main thread gets to end the program after a signal, whatever it is blocked in.
+constexpr std::chrono::milliseconds patience { 700 };
+
+int userErrors = STDERR_FILENO; // what standard error was before it became the log
+
+void tellUser(std::string_view text) {
+    (void)!write(userErrors, text.data(), text.size());
+}
+
+/// Qt's messages go to the log; the last words of one that cannot go on are for the user too, and no core is left.
+void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    const auto line = "quorrel: " + message.toStdString() + '\n';
+    (void)!write(STDERR_FILENO, line.data(), line.size());
+    if (type != QtFatalMsg)
+        return;
+    tellUser(line);
+    _exit(EXIT_FAILURE);
+}
+
+/// The options that need no display; whether there was one.
+bool answeredWithoutDisplay(int argumentCount, char** arguments) {
+    const std::string_view option = argumentCount > 1 ? arguments[1] : "";
+    if (option == "--version")
+        std::printf("quorrel %s\n", QUORREL_VERSION);
+    else if (option == "--help")
+        std::puts(
+            "quorrel [--version | --help]\n\nKeeps network shares mounted, from the desktop's tray. Started again, "
+            "it shows its window.\nquorrelctl does the same from a terminal.");
+    else
+        return false;
+    return true;
+}
+
+int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly, const ResourcePaths& resources,
+    const std::string& executable) {
+    const auto& paths = assembly.paths();
+    AutostartLoginItems loginItems(
+        { paths.autostartFolder(), paths.programs, { paths.volumesFolder(), paths.runtime.value_or("") + "/gvfs" } });
+    DesktopProgram program(assembly.environment(), loginItems,
+        { executable, helpPage(resources.help, paths.languages), paths.logFile(), QUORREL_VERSION });
+    running = &program;
+    const int status = program.run();
+    running = nullptr;
+    // Workers may hang in what they do for a server; nothing that they use may be destroyed under them.
+    std::fflush(nullptr);
+    _exit(status);
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    StandardStreams::fillClosedOnes();
+    std::setlocale(LC_ALL, "");
+    if (answeredWithoutDisplay(argumentCount, arguments))
+        return EXIT_SUCCESS;
+    std::signal(SIGPIPE, SIG_IGN);
+
+    userErrors = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const auto paths = StandardPaths::fromEnvironment();
+    LogFile::reopenStandardError(paths.logFile());
+    qInstallMessageHandler(handleMessage);
+
+    std::atomic<DesktopProgram*> running = nullptr;
+    const SignalWatch signalWatch([&running](int signal) {
+        if (auto* program = running.load()) {
+            program->quit();
+            std::this_thread::sleep_for(patience);
+        }
+        _exit(128 + signal);
+    });
+    const auto resources = ResourcePaths::find();
+    LinuxAssembly assembly(paths, resources.locale, resources.icons);
+    const QApplication application(argumentCount, arguments);
+    return runOnDesktop(running, assembly, resources, QCoreApplication::applicationFilePath().toStdString());
+}
