@@ -18,7 +18,8 @@ std::string pageFor(const std::string& folder, const std::string& locale) {
     const auto language = place.substr(0, place.find('_'));
     // English is the page without a language in its name.
     for (const auto& name : { place, language }) {
-        const auto page = folder + (name == "en" ? "/index.html" : "/index." + name + ".html");
+        auto page = folder + "/index.";
+        page += name == "en" ? "html" : name + ".html";
         std::error_code error;
         if (!name.empty() && std::filesystem::is_regular_file(page, error))
             return page;

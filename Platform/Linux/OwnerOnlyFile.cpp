@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -150,10 +151,11 @@ std::optional<std::string> create(const std::string& stem, const std::string& en
     if (writeBeside(stem + ending, bytes, name) != 0)
         return std::nullopt;
     for (int number = 0; number < INT_MAX; ++number) {
-        const auto path = stem + (number == 0 ? std::string() : "-" + std::to_string(number)) + ending;
+        auto path = number == 0 ? stem : stem + "-" + std::to_string(number);
+        path += ending;
         const int error = renameToFree(name, path);
         if (error == 0)
-            return flushFolder(folderOf(path)) ? std::optional(path) : std::nullopt;
+            return flushFolder(folderOf(path)) ? std::optional(std::move(path)) : std::nullopt;
         if (error != EEXIST)
             break;
     }
