@@ -148,6 +148,41 @@ def _hear_of_changes():
         pass
 
 
+def windows_of(window_class):
+    """How many windows of a program's class are on the screen, menus that are open included."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", window_class], capture_output=True,
+                           text=True, timeout=20, check=False)
+    return len(found.stdout.split())
+
+
+class Reader:
+    """Hears what a screen reader reads out as the focus moves."""
+
+    _EVENT = "object:state-changed:focused"
+
+    def __init__(self):
+        self.said = []
+        self._listener = Atspi.EventListener.new(self._hear)
+        self._listener.register(self._EVENT)
+
+    def _hear(self, event):
+        try:
+            if event.detail1 and event.source:
+                self.said.append((event.source.get_role_name(), event.source.get_name() or ""))
+        except GLib.Error:
+            pass  # gone before it could be read
+
+    def after(self, *keys):
+        """What is read out for these keys."""
+        _hear_of_changes()
+        self.said.clear()
+        press(*keys)
+        return wait_for(lambda: list(self.said), f"nothing is read out after {keys}")[-1]
+
+    def close(self):
+        self._listener.deregister(self._EVENT)
+
+
 def applications():
     _hear_of_changes()
     return Node(Atspi.get_desktop(0)).children
