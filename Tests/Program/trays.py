@@ -75,7 +75,7 @@ class Panel(_Tray):
     @staticmethod
     def _menus():
         # The panel runs what draws menus as a process of its own.
-        return len(screen.tool("xdotool", "search", "--onlyvisible", "--class", "wrapper-2.0").split())
+        return screen.windows_of("wrapper-2.0")
 
     def _await_menu(self, above):
         screen.wait_for(lambda: self._menus() > above, "no menu opens")
@@ -102,10 +102,13 @@ class Panel(_Tray):
 
 
 class Trayer(_Tray):
-    """An XEmbed tray: the icon is the program's own window, and so is its menu."""
+    """An XEmbed tray: the icon is the program's own window, and so is its menu, whose rows are read out one by one."""
+
+    _MANY = 60
 
     def __init__(self, program):
         self._program = program
+        self._reader = screen.Reader()
 
     def place(self):
         for window in screen.tool("xdotool", "search", "--class", "trayer").split():
@@ -116,25 +119,47 @@ class Trayer(_Tray):
             return tuple(int(shape[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
         return None
 
-    def _shown(self):
-        rows = (node for node in screen.application(self._program).walk()
-                if node.role in ("menu", "menu item", "check menu item"))
-        return [node for node in rows if node.has("SHOWING") and node.place()[2] > 1]
+    def _open(self):
+        before = screen.windows_of(self._program)
+        self.click_icon(3)
+        screen.wait_for(lambda: screen.windows_of(self._program) > before, "no menu opens")
+        return before
 
-    def _row(self, title):
-        return screen.wait_for(lambda: next((node for node in self._shown() if _plain(node.name) == title), None),
-                               lambda: f"no row {title!r} in\n{screen.application(self._program).tree()}")
+    def _go_to(self, title, first):
+        """Moves down to the row. The first row of a menu below another is where the focus is already."""
+        rows = []
+        said = first
+        while len(rows) < self._MANY:
+            if said is not None:
+                rows.append(_plain(said[1]))
+                if rows[-1] == title:
+                    return
+                if len(rows) > 1 and rows[-1] == rows[0]:
+                    break
+            said = self._reader.after("Down")
+        raise screen.Missing(f"no row {title!r} among {rows}")
 
     def titles(self, *path):
-        self.click_icon(3)
+        before = self._open()
+        first = None
         for title in path:
-            self._row(title).click()
-        self._row("Quit")
-        found = [_plain(node.name) for node in self._shown()]
+            self._go_to(title, first)
+            first = self._reader.after("Right")
+        rows = [_plain(first[1])] if first else []
+        while len(rows) < self._MANY:
+            title = _plain(self._reader.after("Down")[1])
+            if title in rows:
+                break
+            rows.append(title)
         screen.press(*["Escape"] * (len(path) + 1))
-        return found
+        screen.wait_for(lambda: screen.windows_of(self._program) <= before, "the menu stays open")
+        return rows
 
     def choose(self, *titles):
-        self.click_icon(3)
-        for title in titles:
-            self._row(title).click()
+        self._open()
+        first = None
+        for depth, title in enumerate(titles):
+            self._go_to(title, first)
+            if depth + 1 < len(titles):
+                first = self._reader.after("Right")
+        screen.press("Return")

@@ -66,9 +66,9 @@ def start_screen(bed, scale):
     """Before the session bus starts: what the bus activates must find the display."""
     authority = _authority(bed)
     width, height = (side * scale for side in SIZE)
-    # Without "-noreset" the end of our probe's connection, being the only one, would make the server start anew just
-    # when others come. The server would choose the number itself, but without looking into other network namespaces, with which it
-    # shares the folder of sockets.
+    # The server would choose the number itself, but without looking into other network namespaces, with which it
+    # shares the folder of sockets. Without "-noreset" the end of our probe, then its only client, would make it start
+    # anew just when others come.
     for display in random.sample(range(1000, 50000), 5):
         process = bed.start("screen", ["Xvfb", f":{display}", "-screen", "0", f"{width}x{height}x24", "-dpi",
                                        str(96 * scale), "-nolisten", "tcp", "-noreset", "-auth", authority])
