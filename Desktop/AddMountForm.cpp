@@ -190,7 +190,6 @@ void AddMountForm::addScriptRows(QFormLayout& form) {
     script->setToolTip(m_environment.text("This program is run each time after the share was mounted."));
     auto* choose = new QPushButton(m_environment.text("Ch&oose..."), this);
     choose->setObjectName("selectScript");
-    choose->setAutoDefault(false);
     choose->setToolTip(m_environment.text("Chooses the script among your files."));
     connect(choose, &QPushButton::clicked, this, [this] { m_controller.selectScript(); });
     auto* row = new QHBoxLayout;

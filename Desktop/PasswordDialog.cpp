@@ -32,13 +32,12 @@ PasswordWindow::Response PasswordDialog::runModal(PasswordWindowTarget& target) 
         return Response::Aborted;
     hide();
     m_form = new PasswordForm(m_environment, target);
-    // Neither the form nor this object need be there any more when the run is over.
-    const QPointer<PasswordForm> form = m_form;
+    auto* form = m_form.data();
     const MainThreadQueue::Pause pause(m_environment.mainThreadQueue);
     form->show();
     bringToFront(); // the wish may come from the tray, while another program is the active one
-    const int result = form->exec();
-    return form && result == QDialog::Accepted ? Response::Stopped : Response::Aborted;
+    // Neither the form nor this object need be there any more when that returns.
+    return form->exec() == QDialog::Accepted ? Response::Stopped : Response::Aborted;
 }
 
 void PasswordDialog::stopModal() {

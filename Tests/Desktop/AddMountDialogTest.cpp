@@ -5,9 +5,9 @@
 
 #include <gmock/gmock.h>
 
-#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QLabel>
 #include <QPointer>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -17,7 +17,6 @@
 namespace quorrel {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 using AddMountDialogTest = AddMountFixture;
 
@@ -134,6 +133,23 @@ TEST_F(AddMountDialogTest, AShareThatStandsThereAlreadyLeavesTheSheetUpWithAllTh
     EXPECT_FALSE(named<QWidget>(sheet, "removedNotice").isVisible()) << "nothing was removed";
 }
 
+TEST_F(AddMountDialogTest, AnAlertShowsMarkupAsItStandsAndCallsBackOnceHoweverItIsClosed) {
+    add();
+    for (const auto key : { Qt::Key_Return, Qt::Key_Escape }) {
+        int closed = 0;
+        dialog.runAlert("<b>Oups!</b>", "<i>nas</i> & more", "Ok", [&] { ++closed; });
+        auto* box = dynamic_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(box);
+        EXPECT_EQ(box->windowModality(), Qt::WindowModal);
+        for (const auto* name : { "qt_msgbox_label", "qt_msgbox_informativelabel" })
+            EXPECT_EQ(named<QLabel>(*box, name).textFormat(), Qt::PlainText) << name;
+        EXPECT_EQ(closed, 0);
+        QTest::keyClick(box, key);
+        EXPECT_EQ(closed, 1);
+        form();
+    }
+}
+
 TEST_F(AddMountDialogTest, AnEditThatFailedSaysThatTheShareIsOutAndSavingBringsItBack) {
     const auto host = addHost("diskstation", { "music", "photos" });
     auto& sheet = edit(host->sharePointForName("music"));
@@ -221,6 +237,23 @@ TEST_F(AddMountDialogTest, ASheetThatIsUpGoesWithItsControllerItsWindowOrItsDial
     third.reset();
     EXPECT_FALSE(isUp());
     last._Name.set("nobody listens");
+}
+
+TEST_F(AddMountDialogTest, AFormThatIsStillToBeDestroyedGoesWithItsDialog) {
+    auto dialogOfNoWindow = std::make_unique<AddMountDialog>(environment, nullptr);
+    dialogOfNoWindow->beginSheet(*controller);
+    const QPointer<AddMountForm> sheet = &form();
+    dialogOfNoWindow->orderOut();
+    EXPECT_TRUE(sheet);
+    dialogOfNoWindow.reset();
+    EXPECT_FALSE(sheet);
+}
+
+TEST_F(AddMountDialogTest, ReturnOnAButtonPressesThatButton) {
+    auto& sheet = add();
+    named<QPushButton>(sheet, "selectScript").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_TRUE(dynamic_cast<QFileDialog*>(QApplication::activeModalWidget()));
 }
 
 TEST_F(AddMountDialogTest, AnotherBeginTakesThePlaceOfTheSheetThatIsUp) {

@@ -95,7 +95,7 @@ protected:
             return {};
         EXPECT_TRUE(QTest::qWaitForWindowActive(box));
         EXPECT_EQ(box->buttons().size(), 1);
-        const Alert alert { box->text().toStdString(), box->informativeText().toStdString(),
+        Alert alert { box->text().toStdString(), box->informativeText().toStdString(),
             box->buttons().first()->text().toStdString() };
         QTest::keyClick(box, Qt::Key_Return);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

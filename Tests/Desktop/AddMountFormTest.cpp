@@ -19,7 +19,7 @@ class AddMountFormTest : public AddMountFixture {
 protected:
     /// A share point with something in each field.
     std::shared_ptr<SharePointDefinition> fullSharePoint() {
-        const auto result = addHost("diskstation", { "photos" })->sharePointForName("photos");
+        auto result = addHost("diskstation", { "photos" })->sharePointForName("photos");
         result->password.set("secret");
         result->passwordPrompt.set(true);
         result->guestLogin.set(true);

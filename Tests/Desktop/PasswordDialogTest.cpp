@@ -38,12 +38,15 @@ protected:
     }
 
     static void askIn(const std::function<void()>& run, const User& user) {
-        QTimer::singleShot(0, [&user] {
+        QTimer soon;
+        soon.setSingleShot(true);
+        QObject::connect(&soon, &QTimer::timeout, [&user] {
             auto* form = dynamic_cast<PasswordForm*>(QApplication::activeModalWidget());
             ASSERT_TRUE(form);
             ASSERT_TRUE(QTest::qWaitForWindowActive(form));
             user(*form);
         });
+        soon.start(0);
         QTimer tooLong;
         QObject::connect(&tooLong, &QTimer::timeout, [] {
             ADD_FAILURE() << "the prompt is still there";
@@ -181,10 +184,13 @@ TEST_F(PasswordDialogTest, ASecondRunMeanwhileIsAbortedAtOnceAndTheFirstGoesOn) 
 TEST_F(PasswordDialogTest, QuittingAbortsTheRun) {
     host->password.set("old");
     bool hasReturned = false;
-    QTimer::singleShot(0, [&] {
+    QTimer soon;
+    soon.setSingleShot(true);
+    QObject::connect(&soon, &QTimer::timeout, [&] {
         ask([](PasswordForm&) { QCoreApplication::quit(); });
         hasReturned = true;
     });
+    soon.start(0);
     QCoreApplication::exec();
     EXPECT_TRUE(hasReturned);
     EXPECT_FALSE(host->password.get());
