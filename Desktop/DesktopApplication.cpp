@@ -42,7 +42,10 @@ void bringToFront(QWidget& window) {
 } // namespace
 
 DesktopApplication::DesktopApplication(AboutPanelHandler aboutPanel)
-    : m_aboutPanel(std::move(aboutPanel)) { }
+    : m_aboutPanel(std::move(aboutPanel)) {
+    // The tray stays when the last window goes.
+    QApplication::setQuitOnLastWindowClosed(false);
+}
 
 void DesktopApplication::activateIgnoringOtherApps() {
     if (auto* window = frontWindow())

@@ -61,6 +61,19 @@ TEST_F(DesktopApplicationTest, HandsTheAboutPanelOn) {
     EXPECT_THAT(panels, ElementsAre("Quorrel 1.2"));
 }
 
+TEST_F(DesktopApplicationTest, GoesOnWhenItsLastWindowIsClosed) {
+    QWidget window;
+    window.show();
+    constexpr int own = 7;
+    QTimer::singleShot(0, &window, [&window] {
+        window.close();
+        // After whatever the closing has brought about.
+        QMetaObject::invokeMethod(
+            qApp, [] { QCoreApplication::exit(own); }, Qt::QueuedConnection);
+    });
+    EXPECT_EQ(resultOfLoop(), own);
+}
+
 TEST_F(DesktopApplicationTest, BringsItsWindowToTheFront) {
     QWidget window;
     window.showMinimized();
