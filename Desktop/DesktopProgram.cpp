@@ -54,7 +54,9 @@ void DesktopProgram::adoptMountedVolumes() {
 }
 
 void DesktopProgram::quit() {
-    m_world.mainThreadQueue.post([this] { m_application.terminate(); });
+    // Not through the main-thread queue, which rests while a prompt is open.
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [this] { m_application.perform("terminate", {}); }, Qt::QueuedConnection);
 }
 
 void DesktopProgram::showWindowWithoutTray() {

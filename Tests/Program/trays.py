@@ -75,7 +75,7 @@ class Panel(_Tray):
     @staticmethod
     def _menus():
         # The panel runs what draws menus as a process of its own.
-        return screen.windows_of("wrapper-2.0")
+        return len(screen.shapes_of("wrapper-2.0"))
 
     def _await_menu(self, above):
         screen.wait_for(lambda: self._menus() > above, "no menu opens")
@@ -104,6 +104,8 @@ class Panel(_Tray):
 class Trayer(_Tray):
     """An XEmbed tray: the icon is the program's own window, and so is its menu, whose rows are read out one by one."""
 
+    _CLICKS = 3
+    _LARGEST = 40
     _MANY = 60
 
     def __init__(self, program):
@@ -111,19 +113,22 @@ class Trayer(_Tray):
         self._reader = screen.Reader()
 
     def place(self):
-        for window in screen.tool("xdotool", "search", "--class", "trayer").split():
-            if "0 children" in screen.tool("xwininfo", "-id", window, "-tree"):
-                continue
-            shape = dict(line.split("=") for line in
-                         screen.tool("xdotool", "getwindowgeometry", "--shell", window).split())
-            return tuple(int(shape[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+        # The one window of the program that is no larger than a row of the tray.
+        for x, y, width, height in screen.shapes_of(self._program):
+            if width <= self._LARGEST and height <= self._LARGEST:
+                return x, y, width, height
         return None
 
     def _open(self):
-        before = screen.windows_of(self._program)
-        self.click_icon(3)
-        screen.wait_for(lambda: screen.windows_of(self._program) > before, "no menu opens")
-        return before
+        before = len(screen.shapes_of(self._program))
+        for _ in range(self._CLICKS):
+            self.click_icon(3)
+            try:
+                screen.wait_for(lambda: len(screen.shapes_of(self._program)) > before, "no menu opens", seconds=2)
+                return before
+            except screen.Missing:
+                pass  # a menu that is just closing takes the click for itself
+        raise screen.Missing(f"no menu opens after {self._CLICKS} clicks")
 
     def _go_to(self, title, first):
         """Moves down to the row. The first row of a menu below another is where the focus is already."""
@@ -152,7 +157,7 @@ class Trayer(_Tray):
                 break
             rows.append(title)
         screen.press(*["Escape"] * (len(path) + 1))
-        screen.wait_for(lambda: screen.windows_of(self._program) <= before, "the menu stays open")
+        screen.wait_for(lambda: len(screen.shapes_of(self._program)) <= before, "the menu stays open")
         return rows
 
     def choose(self, *titles):

@@ -8,6 +8,7 @@ import shutil
 import socket
 import struct
 import subprocess
+import sys
 
 from . import processes
 from .bed import Failure, accepts_unix
@@ -103,7 +104,7 @@ def start_desktop(bed, kind, scale):
     elif kind == "trayer":
         bed.start("trayer", ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
                              "--height", str(28 * scale)], environment=session)
-        bed.await_ready("trayer", lambda: "_NET_SYSTEM_TRAY_S0" in _selection_owner(session), 30)
+        bed.await_ready("trayer", lambda: _tray_is_owned(session), 30)
     bed.export(DESKTOP=kind)
 
 
@@ -121,9 +122,19 @@ def _property(session, name):
     return _tool(session, "xprop", "-root", name)
 
 
-def _selection_owner(session):
-    # The tray tells of itself by a window of its class once it owns the selection.
-    return "_NET_SYSTEM_TRAY_S0" if _tool(session, "xdotool", "search", "--onlyvisible", "--class", "trayer") else ""
+_OWNER = """
+import ctypes
+x = ctypes.CDLL("libX11.so.6")
+x.XOpenDisplay.restype = ctypes.c_void_p
+x.XInternAtom.argtypes = (ctypes.c_void_p, ctypes.c_char_p, ctypes.c_int)
+x.XGetSelectionOwner.argtypes = (ctypes.c_void_p, ctypes.c_ulong)
+screen = x.XOpenDisplay(None)
+print("owned" if x.XGetSelectionOwner(screen, x.XInternAtom(screen, b"_NET_SYSTEM_TRAY_S0", 0)) else "free")
+"""
+
+
+def _tray_is_owned(session):
+    return "owned" in _tool(session, sys.executable, "-c", _OWNER)
 
 
 def _host_is_registered(session):

@@ -148,11 +148,19 @@ def _hear_of_changes():
         pass
 
 
-def windows_of(window_class):
-    """How many windows of a program's class are on the screen, menus that are open included."""
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", window_class], capture_output=True,
-                           text=True, timeout=20, check=False)
-    return len(found.stdout.split())
+def shapes_of(window_class):
+    """Left, top, width, height of each window of that class on the screen, menus that are open included."""
+    def output(*command):
+        # What was just found may be gone.
+        return subprocess.run(command, capture_output=True, text=True, timeout=20, check=False).stdout
+
+    shapes = []
+    for window in output("xdotool", "search", "--onlyvisible", "--class", window_class).split():
+        shape = dict(line.split("=") for line in
+                     output("xdotool", "getwindowgeometry", "--shell", window).split())
+        if "HEIGHT" in shape:
+            shapes.append(tuple(int(shape[key]) for key in ("X", "Y", "WIDTH", "HEIGHT")))
+    return shapes
 
 
 class Reader:
