@@ -23,7 +23,7 @@ public:
     /// Appends an item for the file; absent when it could not be stored.
     virtual std::optional<LoginItemEntry> insertItemURL(const std::string& path) = 0;
     [[nodiscard]] virtual std::vector<LoginItemEntry> snapshot() const = 0;
-    /// The path of the item's file; absent when it is not there or the item is switched off.
+    /// The path of the item's file, links followed; absent when it is not there or the item is switched off.
     [[nodiscard]] virtual std::optional<std::string> resolve(const LoginItemEntry& item) const = 0;
     /// False when the item is still there.
     virtual bool remove(const LoginItemEntry& item) = 0;

@@ -2,6 +2,7 @@
 #include "Platform/Linux/AutostartLoginItems.h"
 
 #include "Platform/Linux/GlibPointers.h"
+#include "Platform/Linux/LocalPath.h"
 #include "Platform/Linux/OwnerOnlyFile.h"
 
 #include <algorithm>
@@ -68,12 +69,6 @@ bool flagIn(GKeyFile* entry, const char* key, bool fallback) {
     return fallback;
 }
 
-bool isSomething(const std::string& path) {
-    std::error_code error;
-    const auto status = std::filesystem::symlink_status(path, error);
-    return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
-}
-
 class AutostartList final : public LoginItemsList {
 public:
     AutostartList(const AutostartLoginItems::Places& places, std::vector<LoginItemEntry> items)
@@ -89,7 +84,8 @@ private:
     [[nodiscard]] std::string fileOf(const LoginItemEntry& item) const {
         return m_places.folder + "/" + item.identifier;
     }
-    [[nodiscard]] bool isOnVolume(const std::string& path) const;
+    /// Where the path of a file leads; absent when no file is there.
+    [[nodiscard]] std::optional<std::string> fileAt(const std::string& path) const;
 
     const AutostartLoginItems::Places m_places;
     std::vector<LoginItemEntry> m_items;
@@ -97,7 +93,7 @@ private:
 
 std::optional<LoginItemEntry> AutostartList::insertItemURL(const std::string& path) {
     if (!path.starts_with('/') || !g_utf8_validate(path.data(), static_cast<gssize>(path.size()), nullptr)
-        || OwnerOnlyFile::createFolders(m_places.folder))
+        || !fileAt(path) || OwnerOnlyFile::createFolders(m_places.folder))
         return std::nullopt;
     const KeyFile entry(g_key_file_new());
     g_key_file_set_string(entry.get(), group, G_KEY_FILE_DESKTOP_KEY_TYPE, "Application");
@@ -118,7 +114,8 @@ std::optional<LoginItemEntry> AutostartList::insertItemURL(const std::string& pa
 }
 
 std::optional<std::string> AutostartList::resolve(const LoginItemEntry& item) const {
-    const auto content = OwnerOnlyFile::read(fileOf(item), largestEntry);
+    const auto file = fileAt(fileOf(item));
+    const auto content = file ? OwnerOnlyFile::read(*file, largestEntry) : OwnerOnlyFile::Content();
     const KeyFile entry(g_key_file_new());
     if (content.outcome != OwnerOnlyFile::Content::Outcome::Read
         || !g_key_file_load_from_data(entry.get(), content.bytes.data(), content.bytes.size(), G_KEY_FILE_NONE, nullptr)
@@ -129,10 +126,10 @@ std::optional<std::string> AutostartList::resolve(const LoginItemEntry& item) co
     if (!program || program->empty())
         return std::nullopt;
     if (program->starts_with('/'))
-        return !isOnVolume(*program) && isSomething(*program) ? program : std::nullopt;
+        return fileAt(*program);
     if (program->find('/') == std::string::npos)
         for (const auto& folder : m_places.programs)
-            if (const auto path = folder + "/" + *program; !isOnVolume(path) && isSomething(path))
+            if (auto path = fileAt(folder + "/" + *program))
                 return path;
     return std::nullopt;
 }
@@ -146,10 +143,10 @@ bool AutostartList::remove(const LoginItemEntry& item) {
     return true;
 }
 
-bool AutostartList::isOnVolume(const std::string& path) const {
-    const auto normal = std::filesystem::path(path).lexically_normal().string();
-    return std::any_of(m_places.volumes.begin(), m_places.volumes.end(),
-        [&](const std::string& volumes) { return normal.starts_with(volumes + "/"); });
+std::optional<std::string> AutostartList::fileAt(const std::string& path) const {
+    auto file = localPath(path, m_places.volumes);
+    std::error_code error;
+    return file && !std::filesystem::is_directory(*file, error) ? file : std::nullopt;
 }
 
 } // namespace

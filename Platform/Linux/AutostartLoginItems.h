@@ -10,7 +10,8 @@
 namespace quorrel {
 
 /// The login items as the user's autostart entries, one desktop file each. An entry that the user switched off is one
-/// whose program nobody knows. Main thread; programs on mounted volumes are never looked at, and count as not there.
+/// whose program nobody knows. Main thread; what links lead to on mounted volumes is never looked at, and counts as not
+/// there. No entry is made for a program that is not there.
 class AutostartLoginItems final : public LoginItems {
 public:
     struct Places final {

@@ -112,10 +112,10 @@ protected:
 };
 
 TEST_F(AutostartLoginItemsTest, anEntryIsOneThatDesktopsUnderstand) {
-    ASSERT_TRUE(items.open()->insertItemURL("/opt/my \"$%/quorrel"));
+    ASSERT_TRUE(items.open()->insertItemURL(folder.put("my \"$%", "")));
     EXPECT_EQ(folder.contentOf("autostart/quorrel.desktop"),
-        "[Desktop Entry]\nType=Application\nName=Quorrel\nIcon=org.quorrel.Quorrel\n"
-        "Exec=\"/opt/my \\\\\"\\\\$%%/quorrel\"\nTryExec=/opt/my \"$%/quorrel\nTerminal=false\n");
+        "[Desktop Entry]\nType=Application\nName=Quorrel\nIcon=org.quorrel.Quorrel\nExec=\"" + folder.path()
+            + "/my \\\\\"\\\\$%%\"\nTryExec=" + folder.path() + "/my \"$%\nTerminal=false\n");
 }
 
 TEST_F(AutostartLoginItemsTest, whatIsThereIsNeverOverwritten) {
@@ -152,11 +152,29 @@ TEST_F(AutostartLoginItemsTest, whatStartsNothingDoesNotResolve) {
     EXPECT_EQ(items.open()->resolve({ "entry.desktop" }), std::nullopt);
 }
 
+TEST_F(AutostartLoginItemsTest, aProgramIsKnownBehindLinks) {
+    std::filesystem::create_symlink(program, folder.path("link"));
+    std::filesystem::create_symlink("gone", folder.path("dangling"));
+    EXPECT_EQ(resolved("Exec=" + folder.path("link") + "\n"), program);
+    EXPECT_EQ(resolved("Exec=link\n"), program);
+    EXPECT_EQ(resolved("Exec=dangling\n"), std::nullopt);
+}
+
 TEST_F(AutostartLoginItemsTest, programsOnVolumesAreNotLookedAt) {
     std::filesystem::create_directory(folder.path("Volumes"));
     const auto remote = folder.put("Volumes/quorrel", "");
+    std::filesystem::create_symlink(folder.path("Volumes"), folder.path("remote"));
     EXPECT_EQ(resolved("Exec=" + remote + "\n"), std::nullopt);
     EXPECT_EQ(resolved("Exec=" + folder.path("autostart/../Volumes/quorrel") + "\n"), std::nullopt);
+    EXPECT_EQ(resolved("Exec=" + folder.path("remote/quorrel") + "\n"), std::nullopt);
+}
+
+TEST_F(AutostartLoginItemsTest, anEntryOnAVolumeIsNotRead) {
+    std::filesystem::create_directory(folder.path("Volumes"));
+    std::filesystem::create_directory(folder.path("autostart"));
+    const auto remote = folder.put("Volumes/entry.desktop", "[Desktop Entry]\nExec=quorrel\n");
+    std::filesystem::create_symlink(remote, folder.path("autostart/entry.desktop"));
+    EXPECT_EQ(items.open()->resolve({ "entry.desktop" }), std::nullopt);
 }
 
 TEST_F(AutostartLoginItemsTest, onlyDesktopFilesAreItems) {
@@ -174,12 +192,15 @@ TEST_F(AutostartLoginItemsTest, aFolderThatCannotBeMadeFailsTheInsertion) {
     EXPECT_TRUE(list->snapshot().empty());
 }
 
-TEST_F(AutostartLoginItemsTest, aPathThatAnEntryCannotHoldFailsTheInsertion) {
+TEST_F(AutostartLoginItemsTest, whatWouldNotBeStartedIsNotInserted) {
+    std::filesystem::create_directory(folder.path("Volumes"));
     const auto list = items.open();
     ASSERT_TRUE(list);
-    for (const char* path : { "", "relative", "/not\xFFutf8" })
-        EXPECT_FALSE(list->insertItemURL(path));
+    for (const auto& path : { std::string(), std::string("quorrel"), folder.put("not\xFFutf8", ""), folder.path("gone"),
+             folder.path("Volumes"), folder.put("Volumes/quorrel", ""), folder.path() })
+        EXPECT_FALSE(list->insertItemURL(path)) << path;
     EXPECT_TRUE(list->snapshot().empty());
+    EXPECT_FALSE(std::filesystem::exists(folder.path("autostart")));
 }
 
 } // namespace quorrel
