@@ -28,9 +28,9 @@ void LoginItem::addLoginItem() {
     if (!list)
         return;
     if (oOpenAtLogin)
-        enableLoginItem(*list, m_applicationPath);
+        enableLoginItemWithLoginItemsReference(*list, m_applicationPath);
     else
-        disableLoginItem(*list, m_applicationPath);
+        disableLoginItemWithLoginItemsReference(*list, m_applicationPath);
 }
 
 bool LoginItem::isLoginItem() const {
@@ -42,11 +42,11 @@ bool LoginItem::isLoginItem() const {
         [&](const LoginItemEntry& item) { return isInside(*list, item, m_applicationPath); });
 }
 
-void LoginItem::enableLoginItem(LoginItemsList& list, const std::string& applicationPath) {
+void LoginItem::enableLoginItemWithLoginItemsReference(LoginItemsList& list, const std::string& applicationPath) {
     static_cast<void>(list.insertItemURL(applicationPath)); // whoever shows the state reads it back
 }
 
-void LoginItem::disableLoginItem(LoginItemsList& list, const std::string& applicationPath) {
+void LoginItem::disableLoginItemWithLoginItemsReference(LoginItemsList& list, const std::string& applicationPath) {
     for (const auto& item : list.snapshot())
         if (isInside(list, item, applicationPath))
             list.remove(item);

@@ -11,7 +11,7 @@ class LoginItemsList;
 /// Behind the check box that opens the program at login. Main thread. It keeps no state: the login items are the state.
 class LoginItem final {
 public:
-    /// The path is where the program is installed. The login items must outlive this object.
+    /// The path is where the program is installed, links followed. The login items must outlive this object.
     LoginItem(LoginItems& loginItems, std::string applicationPath);
 
     /// The check box's action: makes the login items what the box says.
@@ -23,8 +23,8 @@ public:
     bool oOpenAtLogin = false; ///< the check box's state; its view writes it
 
 private:
-    void enableLoginItem(LoginItemsList& list, const std::string& applicationPath);
-    void disableLoginItem(LoginItemsList& list, const std::string& applicationPath);
+    void enableLoginItemWithLoginItemsReference(LoginItemsList& list, const std::string& applicationPath);
+    void disableLoginItemWithLoginItemsReference(LoginItemsList& list, const std::string& applicationPath);
 
     LoginItems& m_loginItems;
     const std::string m_applicationPath;
