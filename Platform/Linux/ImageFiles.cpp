@@ -20,7 +20,7 @@ bool ImageFiles::contain(const std::string& path) const {
         if (const auto known = m_known.find(path); known != m_known.end())
             return known->second;
     }
-    const bool isPNG = OwnerOnlyFile::read(path, largestImage).bytes.starts_with("\x89PNG\r\n");
+    const bool isPNG = OwnerOnlyFile::read(path, largestImage).bytes.starts_with("\x89PNG\r\n\x1a\n");
     const std::lock_guard lock(m_mutex);
     if (m_known.size() >= keptAnswers)
         m_known.clear();

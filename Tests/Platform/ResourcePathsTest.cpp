@@ -70,6 +70,7 @@ TEST_F(ResourcePathsTest, whatWasBuiltHereSpeaksTheUsersLanguage) {
 TEST_F(ResourcePathsTest, whatWasBuiltHereHasItsFiles) {
     const auto paths = ResourcePaths::find();
     EXPECT_TRUE(std::filesystem::exists(paths.icons + "/Contents/Resources/server.png")) << paths.icons;
+    EXPECT_TRUE(std::filesystem::exists(paths.help + "/index.html")) << paths.help;
 }
 
 } // namespace quorrel
