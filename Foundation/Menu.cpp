@@ -74,11 +74,6 @@ void Menu::replaceItems(std::size_t first, std::size_t last, Items items) {
     announce();
 }
 
-void Menu::setHidden(std::size_t index, bool isHidden) {
-    m_items.at(index).isHidden = isHidden;
-    announce();
-}
-
 void Menu::setEnabled(std::size_t index, bool isEnabled) {
     if (std::exchange(m_items.at(index).isEnabled, isEnabled) != isEnabled)
         announce();

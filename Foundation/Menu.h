@@ -60,11 +60,10 @@ public:
     /// Puts the items where those from `first` up to, not including, `last` were; with one announcement.
     /// REQUIRES: first <= last <= the number of items.
     void replaceItems(std::size_t first, std::size_t last, Items items);
-    void setHidden(std::size_t index, bool isHidden);
     /// Announces nothing where nothing changes.
     void setEnabled(std::size_t index, bool isEnabled);
 
-    /// Called after each change of this menu and of every menu below it.
+    /// Called after each change of this menu and of every menu below it. It may change them, and destroys none.
     Subscription observe(std::function<void()> callback);
 
 private:

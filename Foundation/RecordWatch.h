@@ -26,7 +26,8 @@ public:
     RecordWatch(const RecordWatch&) = delete;
     RecordWatch& operator=(const RecordWatch&) = delete;
 
-    /// Watches these records from now on, in place of those before. They are borrowed for the call.
+    /// Watches these records from now on, in place of those before. A record must be there until a call that leaves it
+    /// out: another one in its place could not be told from it.
     void setRecords(const std::vector<Observable*>& records);
 
 private:

@@ -100,16 +100,6 @@ TEST_F(MenuTest, ReplacesARangeWithOneAnnouncement) {
     EXPECT_EQ(announcements.take(), 2);
 }
 
-TEST_F(MenuTest, HidesAndShowsAnItemAndAnnouncesIt) {
-    menu.addItem(titled("a"));
-    announcements.take();
-    menu.setHidden(0, true);
-    EXPECT_TRUE(menu.items()[0].isHidden);
-    menu.setHidden(0, false);
-    EXPECT_FALSE(menu.items()[0].isHidden);
-    EXPECT_EQ(announcements.take(), 2);
-}
-
 TEST_F(MenuTest, AnnouncesThatAnItemIsEnabledOnlyWhenThatChanges) {
     menu.addItem(titled("a"));
     announcements.take();
@@ -142,6 +132,20 @@ TEST_F(MenuTest, ASubmenuThatIsPutBackIsHeardOfAgain) {
     announcements.take();
     child->addItem(titled("b"));
     EXPECT_EQ(announcements.take(), 1);
+}
+
+TEST_F(MenuTest, ASubmenuThatWentToAnotherMenuIsHeardOfThere) {
+    const auto child = std::make_shared<Menu>("Child");
+    Menu other("Other");
+    Announcements heard(other);
+    menu.addItem(parentOf(child));
+    other.addItem(parentOf(child));
+    menu.removeAllItems();
+    heard.take();
+    announcements.take();
+    child->addItem(titled("a"));
+    EXPECT_EQ(heard.take(), 1);
+    EXPECT_EQ(announcements.take(), 0);
 }
 
 TEST_F(MenuTest, ASubmenuOutlivesTheMenuThatItWasIn) {
