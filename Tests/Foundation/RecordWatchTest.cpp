@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <optional>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -58,6 +59,17 @@ TEST_F(RecordWatchTest, tellsOnceATurnWhichRecordsChangedHoweverOften) {
     second.number.set(2);
     queue.runPending();
     EXPECT_THAT(told, ElementsAre(testing::_, ElementsAre(&second)));
+}
+
+TEST_F(RecordWatchTest, tellsOfAChangeOnlyWhenItIsMade) {
+    const auto turnInBetween = first.observe("number", [this](std::string_view, Change change) {
+        if (change == Change::Will)
+            queue.runPending();
+    });
+    first.number.set(1);
+    EXPECT_THAT(told, IsEmpty());
+    queue.runPending();
+    EXPECT_THAT(told, ElementsAre(ElementsAre(&first)));
 }
 
 TEST_F(RecordWatchTest, watchesOtherRecordsInPlaceOfThoseBefore) {

@@ -53,6 +53,17 @@ int changes(Menu& menu, const std::function<void()>& during) {
 
 } // namespace
 
+TEST(MenuLayoutTest, BeginsWithoutFavouritesAndWithTheEndMarkerHidden) {
+    const auto mountMenu = std::make_shared<Menu>("Mount");
+    const auto unmountMenu = std::make_shared<Menu>("Unmount");
+    const auto menu = MenuLayout::popMenu(FakeStringTable(), mountMenu, unmountMenu);
+    const auto start = menu->indexOfItemWithTag(69).value();
+    const auto end = menu->indexOfItemWithTag(96).value();
+    EXPECT_EQ(end, start + 1);
+    EXPECT_FALSE(menu->items()[start].isHidden);
+    EXPECT_TRUE(menu->items()[end].isHidden);
+}
+
 class MenusTest : public ControllerTest {
 protected:
     MenusTest() { controller->applicationDidFinishLaunching(); }

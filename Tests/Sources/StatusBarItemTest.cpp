@@ -60,11 +60,22 @@ TEST_F(StatusBarItemTest, BlinksOnceASecondWithTheSameImageInBothPhases) {
     }
 }
 
-TEST_F(StatusBarItemTest, ASecondStartEndsTheFirstTimer) {
+TEST_F(StatusBarItemTest, ASecondStartEndsTheFirstTimerBeforeItMakesItsOwn) {
     item->startAnimation();
     item->startAnimation();
     EXPECT_EQ(timers.intervals().size(), 2U);
     EXPECT_EQ(timers.validTimers(), 1U);
+    EXPECT_EQ(timers.mostValidTimers(), 1U);
+}
+
+TEST_F(StatusBarItemTest, KeepsATimerThatItStoppedUntilTheNextStart) {
+    item->startAnimation();
+    item->stopAnimation();
+    EXPECT_EQ(timers.timers(), 1U);
+    item->startAnimation();
+    EXPECT_EQ(timers.timers(), 1U);
+    item.reset();
+    EXPECT_EQ(timers.timers(), 0U);
 }
 
 TEST_F(StatusBarItemTest, StopsBlinkingAndCanStartAgain) {
