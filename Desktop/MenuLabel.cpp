@@ -15,13 +15,19 @@ constexpr QChar emSpace(0x2003); // the one kind of leading blank that every des
 constexpr QLatin1Char mnemonicMark('&');
 constexpr QLatin1Char desktopsMark('_');
 
-/// Qt makes the first "&" of a text the desktop's mark, unless it is the last character, and leaves all others as they
-/// are. So the first one is to mark the one behind it, and the desktop's own mark is doubled.
+/// The desktop's own mark is doubled. Qt makes the first "&" of a text the desktop's mark, unless it is the last
+/// character, and leaves the others as they are: so an additional one comes first. It is the second half of a doubled
+/// mark where there is one to the left, and otherwise marks the ampersand itself. A marked character is to be avoided,
+/// since desktops on GTK unescape a label twice that has one.
 QString escapedForDesktop(QString text) {
+    const auto ampersand = text.indexOf(mnemonicMark);
+    const auto underscore = text.indexOf(desktopsMark);
     text.replace(desktopsMark, QStringLiteral("__"));
-    if (const auto first = text.indexOf(mnemonicMark); first >= 0)
-        text.insert(first, mnemonicMark);
-    return text;
+    if (ampersand < 0)
+        return text;
+    if (underscore >= 0 && underscore < ampersand)
+        return text.replace(underscore + 1, 1, mnemonicMark);
+    return text.insert(ampersand, mnemonicMark);
 }
 
 } // namespace

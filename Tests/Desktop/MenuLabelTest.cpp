@@ -24,7 +24,8 @@ TEST(MenuLabel, DoublesEveryAmpersandForQt) {
 TEST(MenuLabel, DoublesUnderscoresAndTheFirstAmpersandForTheDesktop) {
     EXPECT_EQ(text("my_share_2", MenuLabel::Drawer::Desktop), "my__share__2");
     EXPECT_EQ(text("a & b & c", MenuLabel::Drawer::Desktop), "a && b & c");
-    EXPECT_EQ(text("_&_", MenuLabel::Drawer::Desktop), "__&&__");
+    EXPECT_EQ(text("a&_b", MenuLabel::Drawer::Desktop), "a&&__b");
+    EXPECT_EQ(text("a_&_&", MenuLabel::Drawer::Desktop), "a_&&__&");
 }
 
 TEST(MenuLabel, KeepsEveryTitleOnOneLineWithoutColumns) {
