@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Foundation/Text.h"
 
+#include <charconv>
 #include <cstddef>
 
 namespace quorrel::Text {
@@ -111,6 +112,23 @@ std::string lastPathComponent(std::string_view path) {
     const auto trimmed = path.substr(0, end + 1);
     const auto slash = trimmed.rfind('/');
     return std::string(slash == std::string_view::npos ? trimmed : trimmed.substr(slash + 1));
+}
+
+std::string percentDecoded(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        unsigned char value = 0;
+        const char* digits = text.data() + index + 1;
+        if (text[index] == '%' && index + 2 < text.size()
+            && std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
+            result += static_cast<char>(value);
+            index += 2;
+        } else {
+            result += text[index];
+        }
+    }
+    return result;
 }
 
 } // namespace quorrel::Text

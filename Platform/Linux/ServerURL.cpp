@@ -21,16 +21,16 @@ void readUserPart(std::string_view part, ServerURL& url) {
     if (const auto semicolon = part.find(authentication); semicolon != std::string_view::npos) {
         const auto method = part.substr(semicolon + authentication.size());
         const auto colon = method.find(':');
-        url.asksForGuest = percentDecoded(method.substr(0, colon)) == "No User Authent";
-        url.user = percentDecoded(part.substr(0, semicolon));
+        url.asksForGuest = Text::percentDecoded(method.substr(0, colon)) == "No User Authent";
+        url.user = Text::percentDecoded(part.substr(0, semicolon));
         if (colon != std::string_view::npos)
-            url.password = percentDecoded(method.substr(colon + 1));
+            url.password = Text::percentDecoded(method.substr(colon + 1));
         return;
     }
     const auto colon = part.find(':');
-    url.user = percentDecoded(part.substr(0, colon));
+    url.user = Text::percentDecoded(part.substr(0, colon));
     if (colon != std::string_view::npos)
-        url.password = percentDecoded(part.substr(colon + 1));
+        url.password = Text::percentDecoded(part.substr(colon + 1));
 }
 
 /// False when a port stands there that is none.
@@ -41,17 +41,17 @@ bool readHostPart(std::string_view part, ServerURL& url) {
         const auto end = part.find(']');
         if (end == std::string_view::npos)
             return false;
-        url.host = percentDecoded(part.substr(1, end - 1));
+        url.host = Text::percentDecoded(part.substr(1, end - 1));
         port = part.substr(end + 1);
         if (!port.empty() && !port.starts_with(':'))
             return false;
         port = port.substr(std::min<std::size_t>(1, port.size()));
     } else if (colons > 1) {
         // An address of the longer kind without its brackets; where a port would start cannot be told.
-        url.host = percentDecoded(part);
+        url.host = Text::percentDecoded(part);
     } else {
         const auto colon = part.find(':');
-        url.host = percentDecoded(part.substr(0, colon));
+        url.host = Text::percentDecoded(part.substr(0, colon));
         port = colon == std::string_view::npos ? std::string_view() : part.substr(colon + 1);
     }
     if (port.empty())
@@ -72,7 +72,7 @@ std::optional<ServerURL> ServerURL::parse(std::string_view text) {
     const auto slash = rest.find('/');
     auto authority = rest.substr(0, slash);
     if (slash != std::string_view::npos)
-        url.path = percentDecoded(rest.substr(slash + 1));
+        url.path = Text::percentDecoded(rest.substr(slash + 1));
     // A password may hold any sign, a host none of these: the last one divides them.
     if (const auto at = authority.rfind('@'); at != std::string_view::npos) {
         readUserPart(authority.substr(0, at), url);
@@ -89,23 +89,6 @@ std::string ServerURL::printable() const {
     const std::string shown = at == std::string::npos ? path : "..." + path.substr(at);
     const std::string place = host.find(':') == std::string::npos ? host : "[" + host + "]";
     return scheme + "://" + place + (port > 0 ? ":" + std::to_string(port) : std::string()) + "/" + shown;
-}
-
-std::string percentDecoded(std::string_view text) {
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        unsigned char value = 0;
-        const char* digits = text.data() + index + 1;
-        if (text[index] == '%' && index + 2 < text.size()
-            && std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
-            result += static_cast<char>(value);
-            index += 2;
-        } else {
-            result += text[index];
-        }
-    }
-    return result;
 }
 
 std::string percentEncoded(std::string_view text, std::string_view kept) {

@@ -27,9 +27,6 @@ struct ServerURL final {
     [[nodiscard]] std::string printable() const;
 };
 
-/// Undoes percent escapes; a percent sign that starts none stays.
-[[nodiscard]] std::string percentDecoded(std::string_view text);
-
 /// Escapes all but letters, digits, "-", ".", "_", "~" and what `kept` lists.
 [[nodiscard]] std::string percentEncoded(std::string_view text, std::string_view kept = {});
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Tests/Fakes/FakeVolumeService.h"
 
+#include "Foundation/Text.h"
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
@@ -12,22 +14,6 @@ namespace {
 
 constexpr std::int32_t noSuchVolume = -35;
 
-std::string unescaped(const std::string& text) {
-    std::string result;
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        unsigned value = 0;
-        const char* digits = text.data() + index + 1;
-        if (text[index] == '%' && index + 2 < text.size()
-            && std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
-            result += static_cast<char>(value);
-            index += 2;
-        } else {
-            result += text[index];
-        }
-    }
-    return result;
-}
-
 MountedVolume describe(const MountRequest& request) {
     MountedVolume volume;
     const auto schemeEnd = request.url.find("://");
@@ -35,17 +21,17 @@ MountedVolume describe(const MountRequest& request) {
     std::string rest = schemeEnd == std::string::npos ? std::string() : request.url.substr(schemeEnd + 3);
     const auto slash = rest.find('/');
     if (slash != std::string::npos)
-        volume.path = unescaped(rest.substr(slash + 1));
+        volume.path = Text::percentDecoded(rest.substr(slash + 1));
     rest = rest.substr(0, slash);
     if (const auto at = rest.rfind('@'); at != std::string::npos) {
-        volume.user = unescaped(rest.substr(0, rest.find_first_of(":;@")));
+        volume.user = Text::percentDecoded(rest.substr(0, rest.find_first_of(":;@")));
         rest = rest.substr(at + 1);
     }
     if (const auto colon = rest.rfind(':'); colon != std::string::npos) {
         std::from_chars(rest.data() + colon + 1, rest.data() + rest.size(), volume.port);
         rest = rest.substr(0, colon);
     }
-    volume.host = unescaped(rest);
+    volume.host = Text::percentDecoded(rest);
     if (request.user)
         volume.user = *request.user;
     if (volume.user == "Guest" || volume.user == "anonymous")

@@ -7,6 +7,12 @@
 
 namespace quorrel::Text {
 
+TEST(TextTest, percentEscapesAreUndoneOnceAndWhatIsNoneStays) {
+    EXPECT_EQ(percentDecoded("%C3%9Cber%20uns/a"), "Über uns/a");
+    EXPECT_EQ(percentDecoded("a%2520b%zz%4"), "a%20b%zz%4");
+    EXPECT_EQ(percentDecoded("%"), "%");
+}
+
 TEST(TextTest, placesAreFilledInOrder) {
     EXPECT_EQ(filled("%@ is %d of %i", { "a", "1", "2" }), "a is 1 of 2");
     EXPECT_EQ(filled("no place", {}), "no place");
