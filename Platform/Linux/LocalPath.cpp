@@ -64,12 +64,11 @@ std::optional<Path> follow(const Path& path, const Paths& volumes) {
 
 std::optional<std::string> localPath(const std::string& path, const std::vector<std::string>& volumes) {
     Paths places;
-    for (const Path volume : volumes) {
-        places.push_back(volume);
-        // A link above it, such as one to the home folder, would hide it from the comparison.
+    // Compared as the way is gone, with the links above it followed, such as one to the home folder. Where there is
+    // nothing to hold a volume there is nothing on it either.
+    for (const Path volume : volumes)
         if (const auto parent = follow(volume.parent_path(), {}))
             places.push_back(*parent / volume.filename());
-    }
     const auto target = follow(path, places);
     return target ? std::optional(target->string()) : std::nullopt;
 }
