@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/AddMountForm.h"
 
+#include "Desktop/ChoiceBox.h"
 #include "Desktop/DesktopEnvironment.h"
 #include "Sources/AddMountWindowController.h"
 
 #include <QAccessible>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QCompleter>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -105,9 +105,10 @@ void AddMountForm::reject() {
 }
 
 void AddMountForm::addServerRows(QFormLayout& form) {
-    m_serverName = new QComboBox(this);
+    const auto serverTitle = m_environment.text("Server &name:");
+    m_serverName = new ChoiceBox(serverTitle, this);
     m_serverName->setObjectName("serverName");
-    m_serverName->setEditable(true);
+    m_serverName->makeEditable();
     m_serverName->setInsertPolicy(QComboBox::NoInsert);
     m_serverName->setMinimumContentsLength(fieldWidth);
     m_serverName->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -121,9 +122,10 @@ void AddMountForm::addServerRows(QFormLayout& form) {
     m_showers.push_back([this] {
         setText(m_serverName, m_serverName->currentText(), shown(m_controller._Name), &QComboBox::setEditText);
     });
-    form.addRow(m_environment.text("Server &name:"), m_serverName);
+    form.addRow(serverTitle, m_serverName);
 
-    auto* service = new QComboBox(this);
+    const auto serviceTitle = m_environment.text("Ser&vice:");
+    auto* service = new ChoiceBox(serviceTitle, this);
     service->setObjectName("service");
     service->setMinimumContentsLength(fieldWidth);
     for (const auto& type : m_controller.transportTypes)
@@ -136,7 +138,7 @@ void AddMountForm::addServerRows(QFormLayout& form) {
         service->setPlaceholderText(type);
         service->setCurrentIndex(service->findText(type, Qt::MatchExactly | Qt::MatchCaseSensitive));
     });
-    form.addRow(m_environment.text("Ser&vice:"), service);
+    form.addRow(serviceTitle, service);
 
     m_sharePoint = textControl("sharePoint", m_controller._SharePoint);
     form.addRow(m_environment.text("S&hare name:"), m_sharePoint);
@@ -231,6 +233,7 @@ void AddMountForm::addButtons(QVBoxLayout& layout) {
     connect(buttons, &QDialogButtonBox::accepted, this, &AddMountForm::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &AddMountForm::reject);
     layout.addWidget(buttons);
+    buttons->setFocusProxy(nullptr); // Tab would go to the button that is drawn first, past those made before it
 }
 
 void AddMountForm::addGap(QFormLayout& form) {

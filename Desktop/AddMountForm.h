@@ -11,7 +11,6 @@
 #include <vector>
 
 class QCheckBox;
-class QComboBox;
 class QFormLayout;
 class QLineEdit;
 class QPushButton;
@@ -21,6 +20,7 @@ class QVBoxLayout;
 namespace quorrel {
 
 class AddMountWindowController;
+class ChoiceBox;
 struct DesktopEnvironment;
 
 /// The controls of the share editor. Main thread. Each control writes its field of the controller as soon as it
@@ -61,7 +61,7 @@ private:
     AddMountWindowController& m_controller;
     std::vector<std::function<void()>> m_showers; ///< one per control: the field's value into the control
     bool m_showsFields = false;
-    QComboBox* m_serverName = nullptr;
+    ChoiceBox* m_serverName = nullptr;
     QLineEdit* m_sharePoint = nullptr;
     QLineEdit* m_userName = nullptr;
     QLineEdit* m_password = nullptr;

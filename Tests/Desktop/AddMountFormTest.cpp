@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QAbstractItemView>
+#include <QAccessible>
 #include <QSpinBox>
 
 #include <limits>
@@ -99,6 +101,41 @@ TEST_F(AddMountFormTest, ControlsFollowTheirFieldsAndTheCursorStaysWhereItIs) {
     EXPECT_FALSE(named<QCheckBox>(sheet, "automatically").isChecked());
     EXPECT_EQ(named<QComboBox>(sheet, "serverName").currentText(), "nas");
     EXPECT_EQ(user.cursorPosition(), 2);
+}
+
+TEST_F(AddMountFormTest, AssistiveToolsChooseByRow) {
+    addHost("archive", {});
+    addHost("nas", {});
+    auto& sheet = add();
+    const auto selectRow = [&](const char* name, const std::string& text) {
+        auto* rows = QAccessible::queryAccessibleInterface(named<QComboBox>(sheet, name).view());
+        for (int row = 0; row < rows->childCount(); ++row)
+            if (rows->child(row)->text(QAccessible::Name).toStdString() == text)
+                rows->child(row)->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+        QCoreApplication::processEvents();
+    };
+    for (const std::string service : { secureWebDav, smb, afp }) {
+        selectRow("service", service);
+        EXPECT_EQ(controller->_DisplayType.get(), service);
+    }
+    for (const std::string server : { "nas", "archive" }) {
+        selectRow("serverName", server);
+        EXPECT_EQ(controller->_Name.get(), server);
+    }
+}
+
+TEST_F(AddMountFormTest, PointingAtARowOrGoingToItChoosesNothing) {
+    auto& sheet = add();
+    auto& service = named<QComboBox>(sheet, "service");
+    service.showPopup();
+    QTest::keyClick(service.view(), Qt::Key_Down);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(service.view()->currentIndex().row(), 1);
+    QTest::mouseMove(service.view()->viewport(), service.view()->visualRect(service.model()->index(3, 0)).center());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(controller->_DisplayType.get(), afp);
+    service.hidePopup();
+    EXPECT_EQ(controller->_DisplayType.get(), afp);
 }
 
 TEST_F(AddMountFormTest, WhatIsOnlyShownIsNotWritten) {
