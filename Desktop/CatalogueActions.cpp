@@ -59,10 +59,10 @@ QString plainTitle(const QAction& action) {
     return title.remove('&');
 }
 
-QString toolTip(const QAction& action, const QString& reason) {
+QString tip(const QAction& action, const QString& reason) {
     const auto keys = action.shortcut().toString(QKeySequence::NativeText);
     const auto tip = plainTitle(action) + " (" + keys + ')';
-    return ShownText::toolTip(reason.isEmpty() ? tip : tip + '\n' + reason);
+    return reason.isEmpty() ? tip : tip + '\n' + reason;
 }
 
 } // namespace
@@ -84,14 +84,9 @@ CatalogueActions::CatalogueActions(const DesktopEnvironment& environment, const 
         action->setShortcut(QKeySequence::fromString(command.shortcut));
         // The menu bar's platform integration must not sort them into places of its own.
         action->setMenuRole(QAction::NoRole);
-        connect(action, &QAction::triggered, this, [this, action] {
-            const auto& command = commandOf(*action);
-            MenuItem sender;
-            sender.title = plainTitle(*action).toStdString();
-            sender.action = command.selector;
-            validateSoon(); // what it does may change what can be done
-            m_environment.actions.perform(command.selector, sender);
-        });
+        // An assistive tool waits until what it triggered is done, and a command may ask for a password first.
+        connect(
+            action, &QAction::triggered, this, [this, action] { perform(*action); }, Qt::QueuedConnection);
         window.addAction(action);
     }
 }
@@ -116,13 +111,30 @@ QMenu* CatalogueActions::makeMenu(
     return menu;
 }
 
+void CatalogueActions::perform(const QAction& action) {
+    const auto& command = commandOf(action);
+    MenuItem sender;
+    sender.title = plainTitle(action).toStdString();
+    sender.action = command.selector;
+    validateSoon(); // what it does may change what can be done
+    m_environment.actions.perform(command.selector, sender);
+}
+
 void CatalogueActions::validate() {
     m_soon->stop();
     for (auto* action : findChildren<QAction*>(Qt::FindDirectChildrenOnly)) {
         const auto state = m_environment.actions.validate(commandOf(*action).selector);
         action->setEnabled(state.isEnabled);
-        action->setToolTip(toolTip(*action, state.isEnabled ? QString() : QString::fromStdString(state.reason)));
+        const auto text = tip(*action, state.isEnabled ? QString() : QString::fromStdString(state.reason));
+        action->setStatusTip(text);
+        action->setToolTip(ShownText::toolTip(text));
     }
+}
+
+void CatalogueActions::describe(QWidget& button, const QAction& action) {
+    const auto follow = [&button, &action] { button.setAccessibleDescription(action.statusTip()); };
+    connect(&action, &QAction::changed, &button, follow);
+    follow();
 }
 
 void CatalogueActions::validateSoon() {

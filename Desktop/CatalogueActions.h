@@ -28,6 +28,9 @@ public:
     /// A menu of these; an empty selector is a separator. It explains what cannot be chosen.
     QMenu* makeMenu(const QString& title, const char* name, std::initializer_list<Selector> selectors, QWidget* parent);
 
+    /// Keeps the button's description what the action's tool tip says, without the markup.
+    static void describe(QWidget& button, const QAction& action);
+
     /// Asks anew what can be done.
     void validate();
     /// The same, once, when the event loop turns next: for what changes many times.
@@ -36,6 +39,8 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void perform(const QAction& action);
+
     const DesktopEnvironment m_environment;
     QTimer* const m_soon; // a child
 };

@@ -169,8 +169,12 @@ void CatalogueView::makeToolBar() {
         }
         auto* action = m_actions->action(selector);
         bar->addAction(action);
-        bar->widgetForAction(action)->setObjectName(action->objectName() + "Button");
+        auto* button = bar->widgetForAction(action);
+        button->setObjectName(action->objectName() + "Button");
+        CatalogueActions::describe(*button, *action);
     }
+    // Where the window is too narrow for all of them.
+    bar->findChild<QToolButton*>("qt_toolbar_ext_button")->setAccessibleName(m_environment.text("More commands"));
 }
 
 QWidget* CatalogueView::makeHostsPane() {

@@ -26,6 +26,7 @@ QPushButton* buttonFor(QAction& action) {
     const auto follow = [button, &action] {
         button->setEnabled(action.isEnabled());
         button->setToolTip(action.toolTip());
+        button->setAccessibleDescription(action.statusTip());
     };
     QObject::connect(&action, &QAction::changed, button, follow);
     follow();

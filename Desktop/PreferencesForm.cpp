@@ -20,6 +20,7 @@
 #include <QStyle>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -55,6 +56,8 @@ PreferencesForm::PreferencesForm(
 
     auto* layout = new QVBoxLayout(this);
     m_tabs->setObjectName("preferencesTabs");
+    m_tabs->setFocusPolicy(Qt::NoFocus); // to assistive tools it would be a stop without a name beside its bar
+    m_tabs->tabBar()->setFocusPolicy(Qt::TabFocus); // follows the widget's own
     m_tabs->tabBar()->setObjectName("preferencesTabBar");
     m_tabs->tabBar()->setAccessibleName(windowTitle());
     m_tabs->addTab(generalTab(logFile), environment.text("&General"));
@@ -110,7 +113,7 @@ QWidget* PreferencesForm::generalTab(const std::string& logFile) {
         *log);
     auto* path = new QLabel(QString::fromStdString(logFile));
     path->setObjectName("logFile");
-    path->setAccessibleName(m_environment.text("Log file"));
+    path->setAccessibleDescription(m_environment.text("Log file")); // what it is called by is the path
     path->setTextFormat(Qt::PlainText);
     path->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     below->addWidget(path);
@@ -147,6 +150,7 @@ QWidget* PreferencesForm::networkTab() {
     m_connectivityHost->setObjectName(connectivityHost);
     m_connectivityHost->setPlaceholderText(defaultReachabilityTarget);
     m_connectivityHost->setClearButtonEnabled(true);
+    m_connectivityHost->findChild<QToolButton*>()->setAccessibleName(m_environment.text("Clear"));
     label->setBuddy(m_connectivityHost);
     connect(m_connectivityHost, &QLineEdit::textChanged, this, [this](const QString& text) {
         const auto host = text.trimmed().toStdString();

@@ -60,6 +60,11 @@ protected:
         QApplication::processEvents();
     }
 
+    std::vector<std::string> takePerformed() {
+        turn();
+        return actions.takePerformed();
+    }
+
     std::shared_ptr<FakePreferencesStore> store = std::make_shared<FakePreferencesStore>();
     Preferences preferences { store };
     MainThreadQueue queue;

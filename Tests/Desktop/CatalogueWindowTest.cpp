@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
+#include <QAccessible>
 #include <QAction>
 #include <QDialog>
 #include <QLabel>
@@ -20,6 +22,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 
 #include <atomic>
 #include <memory>
@@ -32,7 +35,9 @@ namespace quorrel {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class CatalogueWindowTest : public CatalogueWindowFixture {
 protected:
@@ -194,7 +199,7 @@ TEST_F(CatalogueWindowTest, withoutHostsItSaysWhatToDoNext) {
     ASSERT_EQ(buttons.size(), 1);
     EXPECT_EQ(buttons[0]->text().toStdString(), "&Add Share…");
     QTest::mouseClick(buttons[0], Qt::LeftButton);
-    EXPECT_THAT(actions.takePerformed(), ElementsAre("addMountSheet"));
+    EXPECT_THAT(takePerformed(), ElementsAre("addMountSheet"));
     addHost("nas");
     EXPECT_TRUE(hostsList().isVisible());
     hosts.setContent({});
@@ -358,6 +363,25 @@ TEST_F(CatalogueWindowTest, isFitForKeyboardAndScreenReader) {
     EXPECT_EQ(WidgetWalk::accessibleName(find<QLabel>("details")), "No such share");
     EXPECT_EQ(WidgetWalk::accessibleName(hostsList()), "Servers");
     EXPECT_EQ(WidgetWalk::accessibleName(sharePointsList()), "Shares");
+    EXPECT_EQ(WidgetWalk::accessibleName(find<QToolButton>("qt_toolbar_ext_button")), "More commands");
+}
+
+TEST_F(CatalogueWindowTest, aButtonIsDescribedInPlainWords) {
+    actions.setState("mountSelectedListItem", { false, "Select a share first." });
+    show();
+    for (auto* button : window->widget()->findChildren<QAbstractButton*>()) {
+        const auto description = QAccessible::queryAccessibleInterface(button)->text(QAccessible::Description);
+        EXPECT_THAT(description.toStdString(), Not(HasSubstr("<"))) << button->objectName().toStdString();
+    }
+    const auto described = [this] {
+        auto& mount = find<QToolButton>("mountSelectedListItemButton");
+        return QAccessible::queryAccessibleInterface(&mount)->text(QAccessible::Description).toStdString();
+    };
+    EXPECT_EQ(described(), "Mount (Ctrl+M)\nSelect a share first.");
+    actions.setState("mountSelectedListItem", {});
+    select(addHost("nas"));
+    turn();
+    EXPECT_EQ(described(), "Mount (Ctrl+M)");
 }
 
 } // namespace

@@ -21,6 +21,7 @@
 #include <QScreen>
 #include <QTabWidget>
 #include <QTest>
+#include <QToolButton>
 
 #include <memory>
 #include <optional>
@@ -268,6 +269,20 @@ TEST_F(PreferencesDialogTest, keyboardAndScreenReaderReachEverythingOnEachTab) {
         EXPECT_THAT(WidgetWalk::ambiguousMnemonics(window), IsEmpty()) << identifier;
         EXPECT_THAT(WidgetWalk::cutTexts(window), IsEmpty()) << identifier;
     }
+}
+
+TEST_F(PreferencesDialogTest, theLogFilesPlaceCanBeHeard) {
+    open();
+    auto& path = find<QLabel>("logFile");
+    EXPECT_EQ(WidgetWalk::accessibleName(path), path.text().toStdString());
+    EXPECT_EQ(path.accessibleDescription(), "Log file");
+}
+
+TEST_F(PreferencesDialogTest, theButtonThatClearsTheHostHasAName) {
+    open();
+    auto* clear = reach<QLineEdit>("monitorConnectivityHost").findChild<QToolButton*>();
+    ASSERT_TRUE(clear);
+    EXPECT_EQ(WidgetWalk::accessibleName(*clear), "Clear");
 }
 
 TEST_F(PreferencesDialogTest, longerLanguagesFit) {
