@@ -114,6 +114,8 @@ void AboutForm::addLicence(QVBoxLayout& layout, const DesktopEnvironment& enviro
     });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout.addWidget(buttons);
+    buttons->setFocusProxy(nullptr); // Tab would go to the button that is drawn first, past those made before it
+    setTabOrder(licence, close);
 }
 
 } // namespace quorrel

@@ -86,6 +86,7 @@ PasswordForm::PasswordForm(const DesktopEnvironment& environment, PasswordWindow
     layout->addSpacing(fontMetrics().height() / 2);
     layout->addStretch();
     layout->addWidget(buttons);
+    buttons->setFocusProxy(nullptr); // Tab would go to the button that is drawn first, past those made before it
     focusPasswordField();
 }
 

@@ -23,6 +23,7 @@
 
 namespace quorrel {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 class AboutPanelTest : public testing::Test {
@@ -121,6 +122,24 @@ TEST_F(AboutPanelTest, keyboardAndScreenReaderReachEverything) {
         EXPECT_THAT(WidgetWalk::withoutMnemonic(*panel.window()), IsEmpty());
         EXPECT_THAT(WidgetWalk::ambiguousMnemonics(*panel.window()), IsEmpty());
         EXPECT_THAT(WidgetWalk::cutTexts(*panel.window()), IsEmpty());
+    }
+}
+
+TEST_F(AboutPanelTest, theTabKeyComesToEveryButton) {
+    panel.show(options);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(panel.window()));
+    for (const bool isLicenceShown : { false, true }) {
+        button("showLicence").setChecked(isLicenceShown);
+        button("showLicence").setFocus();
+        std::vector<std::string> reached;
+        do {
+            reached.push_back(QApplication::focusWidget()->objectName().toStdString());
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        } while (QApplication::focusWidget() != &button("showLicence") && reached.size() < 9);
+        if (isLicenceShown)
+            EXPECT_THAT(reached, ElementsAre("showLicence", "closeAbout", "licenceText"));
+        else
+            EXPECT_THAT(reached, ElementsAre("showLicence", "closeAbout"));
     }
 }
 
