@@ -67,9 +67,8 @@ TEST_F(DesktopApplicationTest, GoesOnWhenItsLastWindowIsClosed) {
     constexpr int own = 7;
     QTimer::singleShot(0, &window, [&window] {
         window.close();
-        // After whatever the closing has brought about.
-        QMetaObject::invokeMethod(
-            qApp, [] { QCoreApplication::exit(own); }, Qt::QueuedConnection);
+        // In a later turn of the loop, which there is not where the closing ended it.
+        QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(own); });
     });
     EXPECT_EQ(resultOfLoop(), own);
 }
