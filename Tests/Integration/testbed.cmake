@@ -28,7 +28,8 @@ foreach(facts Serves HandsOn LeavesNothingBehind)
   set_tests_properties(testbed.${facts} PROPERTIES LABELS integration TIMEOUT 180)
 endforeach()
 
-if(TARGET quorrelctl)
-  add_test(NAME demo COMMAND ${CMAKE_SOURCE_DIR}/scripts/demo --quorrelctl $<TARGET_FILE:quorrelctl>)
+if(TARGET quorrelctl AND TARGET quorrel)
+  add_test(NAME demo COMMAND ${CMAKE_SOURCE_DIR}/scripts/demo --quorrelctl $<TARGET_FILE:quorrelctl>
+           --quorrel $<TARGET_FILE:quorrel> --pictures ${CMAKE_BINARY_DIR}/demo)
   set_tests_properties(demo PROPERTIES LABELS integration TIMEOUT 600)
 endif()

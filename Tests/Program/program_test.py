@@ -12,10 +12,9 @@ import subprocess
 import sys
 
 HERE = os.path.dirname(os.path.realpath(__file__))
-sys.path[:0] = [HERE, os.path.join(HERE, "..", "..", "scripts")]
+sys.path.insert(0, os.path.join(HERE, "..", "..", "scripts"))
 
-import trays  # noqa: E402
-from testbed_lib import screen  # noqa: E402
+from testbed_lib import screen, trays  # noqa: E402
 
 SERVICE = "Server Message Block (smb)"
 SHARE = "priv"

@@ -29,8 +29,9 @@ class Failure(Exception):
 class Bed:
     """One private directory with everything that lives in it. Used by one process at a time."""
 
-    def __init__(self, netns):
+    def __init__(self, netns, names=None):
         self.netns = netns
+        self.names = names or {}
         # Paths of sockets must stay under 108 bytes.
         parent = tempfile.gettempdir()
         if len(parent) > 40:

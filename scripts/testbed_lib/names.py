@@ -52,6 +52,9 @@ def start_dns(bed):
              # What mDNS announces; a machine without its name-service module finds it here.
              "host-record=attic.local,127.0.0.6",
              "host-record=cellar.local,127.0.0.2"]
+    if bed.names:
+        processes.look_connected()
+    lines += [f"host-record={name},{address}" for name, address in bed.names.items()]
     configuration = bed.write("dnsmasq.conf", "\n".join(lines) + "\n")
     bed.start("dns", ["dnsmasq", "--keep-in-foreground", f"--conf-file={configuration}",
                       "--pid-file=", "--log-facility=-"], environment=bed.root_environment())

@@ -21,6 +21,7 @@ _MS_REC = 0x4000
 _MS_PRIVATE = 1 << 18
 _SIOCGIFFLAGS = 0x8913
 _SIOCSIFFLAGS = 0x8914
+_SIOCSIFADDR = 0x8916
 _IFF_UP = 0x1
 
 # One look at /proc while something is awaited; short, as nothing here takes long.
@@ -75,6 +76,14 @@ def enter_private_network():
         request = struct.pack("16sh14x", b"lo", 0)
         flags = struct.unpack("16sh14x", fcntl.ioctl(handle, _SIOCGIFFLAGS, request))[1]
         fcntl.ioctl(handle, _SIOCSIFFLAGS, struct.pack("16sh14x", b"lo", flags | _IFF_UP))
+
+
+def look_connected():
+    """Gives the private network an address besides 127.0.0.1: with that alone, IPv4 counts as switched off, and the
+    resolver answers nothing to programs that ask for addresses they could use."""
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as handle:
+        address = struct.pack("H2x4s8x", socket.AF_INET, socket.inet_aton("127.0.0.254"))
+        fcntl.ioctl(handle, _SIOCSIFADDR, struct.pack("16s16s8x", b"lo:1", address))
 
 
 def _stat_of(pid):

@@ -54,6 +54,63 @@ def picture(path, window=None):
     return path
 
 
+def steady_picture(path, window=None, seconds=PATIENCE):
+    """One of a screen on which nothing moves any more: two in a row are the same."""
+    last = []
+
+    def is_steady():
+        last.append(tool("identify", "-format", "%#", picture(path, window)))
+        return last[-1:] == last[-2:-1]
+
+    wait_for(is_steady, "the screen does not come to rest", seconds)
+    return path
+
+
+def screen_size():
+    return tuple(int(side) for side in tool("xdotool", "getdisplaygeometry").split())
+
+
+def around(places, margin):
+    """The smallest part of the screen with all these places in it; the whole screen for none."""
+    if not places:
+        return None
+    width, height = screen_size()
+    left = max(min(place[0] for place in places) - margin, 0)
+    top = max(min(place[1] for place in places) - margin, 0)
+    right = min(max(place[0] + place[2] for place in places) + margin, width)
+    bottom = min(max(place[1] + place[3] for place in places) + margin, height)
+    return left, top, right - left, bottom - top
+
+
+def window_place(title, seconds=PATIENCE):
+    """Where the active window is, once it is the one of that title, with the frame that the window manager draws."""
+    def active():
+        try:
+            window = tool("xdotool", "getactivewindow").strip()
+            if tool("xdotool", "getwindowname", window).strip() != title:
+                return None
+            said = tool("xwininfo", "-id", window)
+            frame = tool("xprop", "-id", window, "_NET_FRAME_EXTENTS")
+        except subprocess.CalledProcessError:
+            return None
+        x, y, width, height = (int(said.split(each + ":")[1].split()[0]) for each in (
+            "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+        left, right, top, bottom = (int(number) for number in frame.split("=")[1].split(","))
+        return x - left, y - top, width + left + right, height + top + bottom
+
+    return wait_for(active, f"no active window {title!r}", seconds)
+
+
+def set_background(color):
+    tool("xsetroot", "-solid", color)
+
+
+def move_away():
+    """The pointer to where nothing is that would show it."""
+    width, height = screen_size()
+    tool("xdotool", "mousemove", str(width - 1), str(height - 1))
+
+
 def type_text(text):
     # Through a file: what is typed may be a password, and arguments can be read by anybody.
     subprocess.run(["xdotool", "type", "--delay", "5", "--file", "-"], input=text, text=True, timeout=60, check=True)
@@ -122,6 +179,11 @@ class Node:
     @property
     def text(self):
         return Atspi.Text.get_text(self.accessible, 0, -1)
+
+    @property
+    def cursor(self):
+        """How many characters stand before it."""
+        return Atspi.Text.get_caret_offset(self.accessible)
 
     def write(self, text):
         if not Atspi.EditableText.set_text_contents(self.accessible, text):

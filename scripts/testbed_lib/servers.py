@@ -24,6 +24,11 @@ _NAMESPACE_ONLY = ("afp", "dns", "netbios", "avahi")
 NAMES = tuple(_SERVERS)
 
 
+def address(name):
+    """Where a server listens in a network of its own."""
+    return _SERVERS[name][1][0]
+
+
 def check(wanted, netns):
     """Why these servers cannot be had, or None."""
     unknown = [name for name in wanted if name not in _SERVERS]

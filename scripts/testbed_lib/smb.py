@@ -3,7 +3,7 @@
 
 from .bed import USER, accepts_tcp
 
-_GUEST_SHARES = ["pub", "Mixed Case"] + [f"s{number:02}" for number in range(1, 21)]
+_GUEST_SHARES = ["pub", "Mixed Case", "Documents", "Music", "Photos"] + [f"s{number:02}" for number in range(1, 21)]
 
 
 def _configuration(bed, address, ports):

@@ -111,7 +111,7 @@ def run(options):
             _say(str(failure))
             return EXIT_BROKEN
     processes.become_subreaper()
-    bed = Bed(options.netns)
+    bed = Bed(options.netns, options.name)
     outer = os.getpid()
     # Held back until both sides have their handlers.
     signal.pthread_sigmask(signal.SIG_BLOCK, _SIGNALS)

@@ -3,7 +3,7 @@
 
 from gi.repository import Gio, GLib
 
-from testbed_lib import screen
+from . import screen
 
 _WATCHER = ("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher")
 _INDENT = "\u2003"
@@ -73,14 +73,24 @@ class Panel(_Tray):
         return [label for label, _, _ in self._rows(node)]
 
     @staticmethod
-    def _menus():
-        # The panel runs what draws menus as a process of its own.
-        return len(screen.shapes_of("wrapper-2.0"))
+    def places():
+        """Where open menus are."""
+        # The panel runs what draws them as a process of its own.
+        return screen.shapes_of("wrapper-2.0")
+
+    def _menus(self):
+        return len(self.places())
 
     def _await_menu(self, above):
         screen.wait_for(lambda: self._menus() > above, "no menu opens")
 
     def choose(self, *titles):
+        open_menus = self.open(*titles)
+        screen.press("Return")
+        screen.wait_for(lambda: self._menus() <= open_menus, "the menu stays open")
+
+    def open(self, *titles):
+        """Opens the menu and goes to that row, without choosing it. How many menus were open before."""
         screen.wait_for(lambda: self._has_path(titles), lambda: f"no rows {titles} in {self._layout()}")
         open_menus = self._menus()
         self.click_icon(3)
@@ -90,9 +100,12 @@ class Panel(_Tray):
             labels = [label for label, stops, _ in self._rows(node) if stops]
             node = next(child for label, _, child in self._rows(node) if label == title)
             # In the first menu no row is chosen yet, in one below it the first is.
-            screen.press(*["Down"] * (labels.index(title) + (0 if depth else 1)),
-                         "Return" if depth + 1 == len(titles) else "Right")
-        screen.wait_for(lambda: self._menus() <= open_menus, "the menu stays open")
+            steps = ["Down"] * (labels.index(title) + (0 if depth else 1))
+            if depth + 1 < len(titles):
+                steps.append("Right")
+            if steps:
+                screen.press(*steps)
+        return open_menus
 
     def _has_path(self, titles):
         try:
