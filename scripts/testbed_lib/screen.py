@@ -16,6 +16,9 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 PATIENCE = 15
 _LOOK_AGAIN = 0.05
+# Not names and states, of whose changes nobody tells at times: when a combo box takes another value or the focus leaves
+# a bar of tabs.
+_KEPT = Atspi.Cache(int(Atspi.Cache.DEFAULT) & ~int(Atspi.Cache.STATES) & ~int(Atspi.Cache.NAME))
 
 
 class Missing(Exception):
@@ -131,6 +134,12 @@ class Node:
     def __init__(self, accessible):
         self.accessible = accessible
 
+    def __eq__(self, other):
+        return isinstance(other, Node) and self.accessible == other.accessible
+
+    def __hash__(self):
+        return hash(self.accessible)
+
     @property
     def name(self):
         return self.accessible.get_name() or ""
@@ -142,6 +151,18 @@ class Node:
     @property
     def description(self):
         return self.accessible.get_description() or ""
+
+    @property
+    def actions(self):
+        """How many things can be done with it."""
+        return self.accessible.get_n_actions() if self.accessible.get_action_iface() else 0
+
+    @property
+    def labels(self):
+        """The names of what labels it."""
+        relations = (each for each in self.accessible.get_relation_set()
+                     if each.get_relation_type() == Atspi.RelationType.LABELLED_BY)
+        return [each.get_target(index).get_name() for each in relations for index in range(each.get_n_targets())]
 
     @property
     def children(self):
@@ -175,6 +196,12 @@ class Node:
     def act(self, action=0):
         if not self.accessible.do_action(action):
             raise Missing(f"{self.role} {self.name!r} does nothing")
+
+    def focused(self):
+        """What below this node the keys go to, or None; of a control and its parts, the control."""
+        # The current tab and row say that they have the focus wherever that is.
+        return next((node for node in self.walk() if node.has("FOCUSED") and node.has("FOCUSABLE")
+                     and node.role not in ("page tab", "list item")), None)
 
     @property
     def text(self):
@@ -254,6 +281,7 @@ class Reader:
 
 
 def applications():
+    Atspi.get_desktop(0).set_cache_mask(_KEPT)
     _hear_of_changes()
     return Node(Atspi.get_desktop(0)).children
 
