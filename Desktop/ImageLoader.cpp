@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/ImageLoader.h"
 
+#include "Desktop/PngFile.h"
+
 #include <QDir>
-#include <QFile>
 #include <QImage>
 
 #include <array>
@@ -28,10 +29,7 @@ QString pathOf(const Image& image) {
 
 /// Pixels are all that counts here: the icon picks by them, so the file for twice the density is one more size.
 void addFile(QIcon& icon, const QString& path, int largest) {
-    if (!QFile::exists(path))
-        return;
-    QImage image(path);
-    image.setDevicePixelRatio(1);
+    auto image = PngFile::read(path);
     if (!image.isNull() && image.width() <= largest)
         icon.addPixmap(QPixmap::fromImage(std::move(image)));
 }
@@ -73,7 +71,7 @@ QPixmap ImageLoader::pixmap(const Image& image, int size, qreal devicePixelRatio
     if (size <= 0)
         size = image.size;
     if (size <= 0 && !found.isNull())
-        size = QImage(pathOf(image)).width();
+        size = PngFile::read(pathOf(image)).width();
     return found.isNull() ? QPixmap() : found.pixmap(QSize(size, size), devicePixelRatio);
 }
 
