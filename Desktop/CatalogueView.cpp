@@ -81,7 +81,7 @@ CatalogueView::CatalogueView(const DesktopEnvironment& environment, const ImageL
     , m_sharePointSelection(showing(*m_sharePointsList, m_sharePointsModel), m_sharePointsModel) {
     setObjectName("catalogueWindow");
     setWindowTitle(QStringLiteral("Quorrel"));
-    setWindowIcon(images.icon({ "quorrel.png", 0 }));
+    setWindowIcon(images.icon({ "quorrel.png", 32 }));
     makeMenuBar();
     makeToolBar();
 

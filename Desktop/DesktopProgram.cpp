@@ -30,7 +30,8 @@ DesktopProgram::DesktopProgram(
     , m_passwordDialog(m_environment)
     , m_windows { m_application, m_window, m_preferences, m_addMountDialog }
     , m_controller({ world, m_parts, m_passwordDialog, &m_windows, options.helpPage, options.version }) {
-    QApplication::setWindowIcon(m_images.icon({ "quorrel.png" }));
+    // Even the tray icon counts as a window, so none of the large sizes.
+    QApplication::setWindowIcon(m_images.icon({ "quorrel.png", 16 }));
 }
 
 int DesktopProgram::run() {
