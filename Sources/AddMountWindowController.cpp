@@ -104,10 +104,13 @@ void AddMountWindowController::addMountSaveAction() {
         removeEditedMount();
         m_isAdd = true;
     }
-    if (!m_isAdd || !addSharePoint())
+    const auto added = m_isAdd ? addSharePoint() : nullptr;
+    if (!added)
         return;
     endSheet();
     m_notificationCenter.post("900", this);
+    if (m_savedHandler)
+        m_savedHandler(added);
 }
 
 void AddMountWindowController::cancelMountSheet() {
@@ -184,31 +187,28 @@ void AddMountWindowController::removeEditedMount() {
     m_sheet->hasRemovedMount = true;
 }
 
-bool AddMountWindowController::addSharePoint() {
+AddMountWindowController::SharePointPointer AddMountWindowController::addSharePoint() {
     const auto hosts = m_hosts.snapshot();
     const auto found = std::find_if(
         hosts.begin(), hosts.end(), [name = _Name.get()](const auto& host) { return host->displayName.get() == name; });
-    if (found != hosts.end())
-        return addToHost(*found);
-    addWithNewHost();
-    return true;
+    return found != hosts.end() ? addToHost(*found) : addWithNewHost();
 }
 
-bool AddMountWindowController::addToHost(const HostPointer& host) {
+AddMountWindowController::SharePointPointer AddMountWindowController::addToHost(const HostPointer& host) {
     const auto name = _SharePoint.get();
     auto service = host->serviceForDisplayType(_DisplayType.get());
     const bool isNameTaken = service && host->sharePointForName(name);
     if (isNameTaken && holds(*host, name, service)) {
         refuseDuplicate();
-        return false;
+        return nullptr;
     }
     if (!service)
         service = addService(host);
-    const auto sharePoint = newSharePoint(host, service, isNameTaken ? EmptyPassword::LeftOut : EmptyPassword::Copied);
+    auto sharePoint = newSharePoint(host, service, isNameTaken ? EmptyPassword::LeftOut : EmptyPassword::Copied);
     sharePoint->resetStatus();
     host->sharePoints.append(sharePoint);
     host->updateCounts();
-    return true;
+    return sharePoint;
 }
 
 void AddMountWindowController::refuseDuplicate() {
@@ -220,15 +220,17 @@ void AddMountWindowController::refuseDuplicate() {
             { textOf(_SharePoint.get()), textOf(_Name.get()), textOf(_DisplayType.get()) }));
 }
 
-void AddMountWindowController::addWithNewHost() {
+AddMountWindowController::SharePointPointer AddMountWindowController::addWithNewHost() {
     const auto host = HostDefinition::initWithName(textOf(_Name.get()), m_context);
     const auto service = addService(host);
     host->icon.set(_DisplayType.get() == appleService ? Globals::getDefaultMacComputerIcon(m_context->workspace)
                                                       : Globals::getDefaultPCComputerIcon(m_context->workspace));
-    host->sharePoints.append(newSharePoint(host, service));
+    auto sharePoint = newSharePoint(host, service);
+    host->sharePoints.append(sharePoint);
     host->updateCounts();
     m_hosts.append(host);
     host->resetStatus();
+    return sharePoint;
 }
 
 std::shared_ptr<ServiceDefinition> AddMountWindowController::addService(const HostPointer& host) const {

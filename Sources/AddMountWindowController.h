@@ -7,9 +7,11 @@
 #include "Sources/CatalogueContext.h"
 #include "Sources/CatalogueLists.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorrel {
@@ -26,6 +28,7 @@ class AddMountWindowController final : public Observable {
 public:
     using HostPointer = std::shared_ptr<HostDefinition>;
     using SharePointPointer = std::shared_ptr<SharePointDefinition>;
+    using SavedHandler = std::function<void(const SharePointPointer& saved)>;
 
     /// All of it must outlive the controller. A sheet that is still open then is hidden.
     AddMountWindowController(AddMountWindow& window, ObservableList<HostPointer>& hosts,
@@ -40,6 +43,8 @@ public:
     /// Borrowed; null: none.
     void setHostsArrayController(const HostListController* hosts) { m_hostsArrayController = hosts; }
     void setBonjourServices(const TextList* names) { m_bonjourServices = names; }
+    /// Called with each share point that was added, after the post of "900".
+    void setSavedHandler(SavedHandler handler) { m_savedHandler = std::move(handler); }
 
     void showSheetForWindow();
     void addMountSaveAction();
@@ -88,11 +93,11 @@ private:
         std::optional<AddMountWindow::Control> focusAfterwards = std::nullopt);
 
     void removeEditedMount();
-    /// False, with an alert, when the share point stands there already.
-    [[nodiscard]] bool addSharePoint();
-    [[nodiscard]] bool addToHost(const HostPointer& host);
+    /// The new one; null, with an alert, when it stands there already.
+    [[nodiscard]] SharePointPointer addSharePoint();
+    [[nodiscard]] SharePointPointer addToHost(const HostPointer& host);
     void refuseDuplicate();
-    void addWithNewHost();
+    [[nodiscard]] SharePointPointer addWithNewHost();
     [[nodiscard]] std::shared_ptr<ServiceDefinition> addService(const HostPointer& host) const;
     enum class EmptyPassword { Copied, LeftOut };
     [[nodiscard]] SharePointPointer newSharePoint(const HostPointer& host,
@@ -104,6 +109,7 @@ private:
     NotificationCenter& m_notificationCenter;
     const HostListController* m_hostsArrayController = nullptr;
     const TextList* m_bonjourServices = nullptr;
+    SavedHandler m_savedHandler;
     std::weak_ptr<SharePointDefinition> m_mount;
     bool m_isAdd = false;
     bool m_isEdit = false;

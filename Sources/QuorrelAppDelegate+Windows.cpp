@@ -134,8 +134,19 @@ AddMountWindowController* QuorrelAppDelegate::addMountWindowController() {
             m_environment.windows->addMountWindow, hosts, m_context, m_environment.notificationCenter);
         m_addMountWindowController->setHostsArrayController(&hostsArrayController);
         m_addMountWindowController->setBonjourServices(&bonjourServices);
+        m_addMountWindowController->setSavedHandler(
+            [this](const SharePointPointer& saved) { onMainThread([this, saved] { selectSaved(saved); }); });
     }
     return m_addMountWindowController->isShown() ? nullptr : m_addMountWindowController.get();
+}
+
+void QuorrelAppDelegate::selectSaved(const SharePointPointer& sharePoint) {
+    // Until somebody saw the lists, a selection would only fill the next sheet with a server that nobody chose.
+    const auto host = sharePoint->parentHost.get().lock();
+    if (!host || !m_isMountListShown)
+        return;
+    hostsArrayController.setSelectedObjects({ host });
+    mountsArrayController.setSelectedObjects({ sharePoint });
 }
 
 void QuorrelAppDelegate::deleteSelectedMount() {

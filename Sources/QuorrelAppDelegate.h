@@ -158,6 +158,8 @@ private:
     [[nodiscard]] SharePointPointer selectedSharePoint() const;
     /// Made on first use; null without windows, and while its sheet is open.
     [[nodiscard]] AddMountWindowController* addMountWindowController();
+    /// Selects what the sheet has just saved.
+    void selectSaved(const SharePointPointer& sharePoint);
     /// Every host whose display name is the title of the item's menu.
     [[nodiscard]] std::vector<HostPointer> hostsOfMenu(const MenuItem& item) const;
 

@@ -69,6 +69,44 @@ TEST_F(AddMountActionsTest, WhatIsAddedIsInTheCatalogueAndInItsFile) {
     EXPECT_EQ(files.writeCount(), before + 1);
 }
 
+TEST_F(AddMountActionsTest, WhatWasSavedIsSelectedInTheLists) {
+    const auto host = addHost("nas", smb, { "films" });
+    addHost("attic", smb, { "films" });
+    controller->showMountList();
+    selectAll(host);
+    controller->editMountAction();
+    auto* editor = sheet.controller();
+    ASSERT_NE(editor, nullptr);
+    editor->_GuestLogin.set(true);
+    editor->addMountSaveAction();
+    const auto renewed = controller->hosts.snapshot().back();
+    ASSERT_NE(renewed, host) << "its only share moved to a new record";
+    EXPECT_THAT(controller->hostsArrayController.selectedObjects(), ElementsAre(renewed));
+    EXPECT_THAT(
+        controller->mountsArrayController.selectedObjects(), ElementsAre(renewed->sharePoints.snapshot().front()));
+
+    controller->addMountSheet();
+    editor->_Name.set("beamer");
+    editor->_SharePoint.set("slides");
+    editor->_GuestLogin.set(true);
+    editor->addMountSaveAction();
+    const auto beamer = controller->hosts.snapshot().back();
+    EXPECT_THAT(controller->hostsArrayController.selectedObjects(), ElementsAre(beamer));
+    EXPECT_THAT(controller->mountsArrayController.selectedObjects(), ElementsAre(beamer->sharePointForName("slides")));
+}
+
+TEST_F(AddMountActionsTest, WhatWasSavedBeforeTheListsWereShownIsNotTheNextSheetsServer) {
+    controller->addMountSheet();
+    auto* editor = sheet.controller();
+    ASSERT_NE(editor, nullptr);
+    editor->_Name.set("nas");
+    editor->_SharePoint.set("films");
+    editor->_GuestLogin.set(true);
+    editor->addMountSaveAction();
+    controller->addMountSheet();
+    EXPECT_FALSE(editor->_Name.get());
+}
+
 TEST_F(AddMountActionsTest, EditOpensTheSheetForTheFirstSelectedSharePoint) {
     const auto host = addHost("nas", smb, { "films", "music", "photos" });
     select(host, { host->sharePointForName("photos"), host->sharePointForName("music") });

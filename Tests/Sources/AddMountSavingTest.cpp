@@ -291,6 +291,13 @@ TEST_F(AddMountSavingTest, AFileTransferShareNeedsNoName) {
     EXPECT_THAT(window.alerts(), IsEmpty());
 }
 
+TEST_F(AddMountSavingTest, SharesWithoutANameHaveNoneToShare) {
+    add("nas", ftp, std::nullopt);
+    add("nas", ftp, std::nullopt);
+    EXPECT_THAT(window.alerts(), IsEmpty());
+    EXPECT_EQ(host(0)->sharePoints.count(), 2U);
+}
+
 TEST_F(AddMountSavingTest, AGuestNeedsNoUserNameAndThePasswordIsCopiedAllTheSame) {
     showToAdd();
     type("nas", smb, "films");
@@ -345,6 +352,21 @@ TEST_F(AddMountSavingTest, ASaveIsPostedByTheSheetWithoutInformation) {
     ASSERT_EQ(saves.size(), 1U);
     EXPECT_EQ(saves.front().object, sheet.get());
     EXPECT_FALSE(saves.front().userInfo);
+}
+
+TEST_F(AddMountSavingTest, WhoeverWantsToKnowIsToldWhatWasSavedAfterTheSave) {
+    std::vector<SharePointPointer> told;
+    std::size_t savesBefore = 0;
+    sheet->setSavedHandler([&](const SharePointPointer& saved) {
+        told.push_back(saved);
+        savesBefore = saves.size();
+    });
+    add("nas", smb, "films");
+    add("nas", smb, "music");
+    EXPECT_EQ(savesBefore, 2U);
+    add("nas", smb, "films");
+    sheet->cancelMountSheet();
+    EXPECT_THAT(told, ElementsAre(host(0)->sharePointForName("films"), host(0)->sharePointForName("music")));
 }
 
 } // namespace quorrel
