@@ -69,6 +69,10 @@ void AddMountDialog::runAlert(
     box->open();
 }
 
+void AddMountDialog::runQuestion(const AlertSheet& question, AlertHandler answered) {
+    AlertBox::ask(alertParent(), question, AlertAnswer::Default, std::move(answered));
+}
+
 void AddMountDialog::runOpenPanel(
     const OpenPanelOptions& options, std::function<void(const std::optional<std::string>& path)> closed) {
     auto* panel = new QFileDialog(alertParent());

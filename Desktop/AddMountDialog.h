@@ -32,6 +32,7 @@ public:
     void focus(Control control) override;
     void runAlert(const std::string& title, const std::string& message, const std::string& button,
         std::function<void()> closed) override;
+    void runQuestion(const AlertSheet& question, AlertHandler answered) override;
     void runOpenPanel(
         const OpenPanelOptions& options, std::function<void(const std::optional<std::string>& path)> closed) override;
 

@@ -101,7 +101,7 @@ void AddMountForm::accept() {
 }
 
 void AddMountForm::reject() {
-    m_controller.cancelMountSheet();
+    m_controller.askToCancel();
 }
 
 void AddMountForm::addServerRows(QFormLayout& form) {

@@ -2,8 +2,10 @@
 #include "Desktop/AlertBox.h"
 
 #include <QLabel>
+#include <QPushButton>
 
 #include <algorithm>
+#include <utility>
 
 namespace quorrel {
 
@@ -36,6 +38,24 @@ AlertBox::AlertBox(QWidget* parent, Icon icon, const std::string& title, const s
         const int longestLine = metrics.boundingRect(QRect(), 0, informativeText()).width();
         text->setMinimumWidth(std::min(longestLine, metrics.averageCharWidth() * textWidth));
     }
+}
+
+void AlertBox::ask(QWidget* parent, const AlertSheet& question, AlertAnswer onClosing, AlertHandler handler) {
+    auto* box = new AlertBox(parent, Warning, question.title, question.message);
+    auto* accept = box->addButton(QString::fromStdString(question.defaultButton), AcceptRole);
+    auto* reject = box->addButton(QString::fromStdString(question.alternateButton), RejectRole);
+    accept->setObjectName("defaultButton");
+    reject->setObjectName("alternateButton");
+    box->setDefaultButton(accept);
+    auto* escape = onClosing == AlertAnswer::Default ? accept : reject;
+    box->setEscapeButton(escape);
+    connect(box, &QMessageBox::finished, box, [box, accept, escape, handler = std::move(handler)] {
+        // The window's own button counts as the escape button's click only after this.
+        const auto* clicked = box->clickedButton() ? box->clickedButton() : escape;
+        if (handler)
+            handler(clicked == accept ? AlertAnswer::Default : AlertAnswer::Alternate);
+    });
+    box->open();
 }
 
 } // namespace quorrel

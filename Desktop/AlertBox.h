@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Window.h"
+
 #include <QMessageBox>
 
 #include <string>
@@ -12,6 +14,9 @@ namespace quorrel {
 class AlertBox final : public QMessageBox {
 public:
     AlertBox(QWidget* parent, Icon icon, const std::string& title, const std::string& message);
+
+    /// Asks, and returns at once. `onClosing` is the answer of who closes the question without a button.
+    static void ask(QWidget* parent, const AlertSheet& question, AlertAnswer onClosing, AlertHandler handler);
 };
 
 } // namespace quorrel

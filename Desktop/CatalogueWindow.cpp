@@ -57,18 +57,7 @@ void CatalogueWindow::bindMountsList(SharePointListController* sharePoints) {
 }
 
 void CatalogueWindow::beginAlertSheet(const AlertSheet& sheet, AlertHandler handler) {
-    auto* box = new AlertBox(&view(), QMessageBox::Warning, sheet.title, sheet.message);
-    auto* accept = box->addButton(QString::fromStdString(sheet.defaultButton), QMessageBox::AcceptRole);
-    auto* reject = box->addButton(QString::fromStdString(sheet.alternateButton), QMessageBox::RejectRole);
-    accept->setObjectName("defaultButton");
-    reject->setObjectName("alternateButton");
-    box->setDefaultButton(accept);
-    box->setEscapeButton(reject);
-    QObject::connect(box, &QMessageBox::finished, box, [box, accept, handler = std::move(handler)] {
-        if (handler)
-            handler(box->clickedButton() == accept ? AlertAnswer::Default : AlertAnswer::Alternate);
-    });
-    box->open();
+    AlertBox::ask(&view(), sheet, AlertAnswer::Alternate, std::move(handler));
 }
 
 void CatalogueWindow::showNotice(const std::string& title, const std::string& message) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Window.h"
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -26,7 +28,7 @@ public:
     virtual ~AddMountWindow() = default;
 
     /// Shows the sheet for the fields of the controller, which is borrowed until `orderOut`. What the user does comes
-    /// as `addMountSaveAction`, `cancelMountSheet` (closing the sheet in any other way included) and `selectScript`.
+    /// as `addMountSaveAction`, `askToCancel` (closing the sheet in any other way included) and `selectScript`.
     virtual void beginSheet(AddMountWindowController& controller) = 0;
     /// Ends the modal state; then calls the controller's `didEndSheet`.
     virtual void endSheet() = 0;
@@ -37,6 +39,8 @@ public:
     virtual void runAlert(
         const std::string& title, const std::string& message, const std::string& button, std::function<void()> closed)
         = 0;
+    /// Modal for the sheet; Return and closing the question are the default answer.
+    virtual void runQuestion(const AlertSheet& question, AlertHandler answered) = 0;
     /// Calls back with the chosen path, absent when the user cancelled.
     virtual void runOpenPanel(
         const OpenPanelOptions& options, std::function<void(const std::optional<std::string>& path)> closed)

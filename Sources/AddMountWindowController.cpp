@@ -113,6 +113,27 @@ void AddMountWindowController::addMountSaveAction() {
         m_savedHandler(added);
 }
 
+void AddMountWindowController::askToCancel() {
+    if (!isEditedMountRemoved()) {
+        cancelMountSheet();
+        return;
+    }
+    const auto& strings = m_context->strings;
+    const AlertSheet question {
+        .title = strings.text("Do you want to give up the share you were editing?"),
+        .message = strings.text("It is no longer in the catalogue. Only saving it under another name brings it back."),
+        .defaultButton = strings.text("Keep Editing"),
+        .alternateButton = strings.text("Give Up"),
+    };
+    m_window.runQuestion(question, [this, sheet = std::weak_ptr(m_sheet)](AlertAnswer answer) {
+        if (answer != AlertAnswer::Alternate || !sheet.lock())
+            return;
+        cancelMountSheet();
+        // What was given up is to be out of the menus and of the file too, not back after the next start.
+        m_notificationCenter.post("900", this);
+    });
+}
+
 void AddMountWindowController::cancelMountSheet() {
     if (m_sheet && !m_sheet->isEnding)
         endSheet();

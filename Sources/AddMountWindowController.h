@@ -48,6 +48,8 @@ public:
 
     void showSheetForWindow();
     void addMountSaveAction();
+    /// What the user's wish to cancel comes to: at once, or after a question where the edited share would be lost.
+    void askToCancel();
     void cancelMountSheet();
     void selectScript();
     void didEndSheet();

@@ -171,6 +171,39 @@ TEST_F(AddMountDialogTest, AnEditThatFailedSaysThatTheShareIsOutAndSavingBringsI
     EXPECT_FALSE(named<QWidget>(add(), "removedNotice").isVisible());
 }
 
+TEST_F(AddMountDialogTest, WhoWouldLoseTheShareIsAskedFirstAndStaysUnlessSureOfIt) {
+    const auto host = addHost("diskstation", { "music", "photos" });
+    auto& sheet = edit(host->sharePointForName("music"));
+    type(sheet, "sharePoint", "photos");
+    click(sheet, "save");
+    closedAlert();
+    const auto question = [&]() -> QMessageBox& {
+        auto* box = dynamic_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box)
+            qFatal("nothing was asked");
+        EXPECT_TRUE(QTest::qWaitForWindowActive(box));
+        EXPECT_EQ(box->text(), "Do you want to give up the share you were editing?");
+        return *box;
+    };
+    const std::vector<std::function<void()>> waysOut { [&] { click(sheet, "cancel"); },
+        [&] { QTest::keyClick(&sheet, Qt::Key_Escape); }, [&] { sheet.close(); } };
+    const std::vector<std::function<void(QMessageBox&)>> waysBack { [](QMessageBox& box) {
+                                                                       QTest::keyClick(&box, Qt::Key_Return);
+                                                                   },
+        [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }, [](QMessageBox& box) { box.close(); } };
+    for (std::size_t index = 0; index < waysOut.size(); ++index) {
+        waysOut[index]();
+        waysBack[index](question());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_EQ(&form(), &sheet);
+        EXPECT_EQ(named<QLineEdit>(sheet, "sharePoint").text(), "photos");
+    }
+    click(sheet, "cancel");
+    click(question(), "alternateButton");
+    EXPECT_FALSE(isUp());
+    EXPECT_FALSE(controller->isShown());
+}
+
 TEST_F(AddMountDialogTest, TheFocusIsWhereTheControllerWantsItBeforeThereIsASheet) {
     const auto host = addHost("diskstation", {});
     HostListController list([](const auto&, std::string_view) { return std::string(); });

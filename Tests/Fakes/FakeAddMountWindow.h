@@ -24,7 +24,7 @@ public:
     };
 
     /// What was called, as "begin", "end", "out", "focus server name", "focus share point", "focus user name",
-    /// "alert", "panel".
+    /// "alert", "question", "panel".
     [[nodiscard]] const std::vector<std::string>& events() const { return m_events; }
     void clearEvents() { m_events.clear(); }
     /// Is told of every event too.
@@ -47,6 +47,13 @@ public:
     void closeAlert() {
         if (const auto closed = std::exchange(m_alertClosed, nullptr))
             closed();
+    }
+
+    [[nodiscard]] const std::optional<AlertSheet>& question() const { return m_question; }
+    /// The user answers the question that is open; without one, nothing happens.
+    void answer(AlertAnswer answer) {
+        if (const auto answered = std::exchange(m_answered, nullptr))
+            answered(answer);
     }
 
     /// The user closes the panel that is open; without a path: by its Cancel button.
@@ -84,6 +91,12 @@ public:
         record("alert");
     }
 
+    void runQuestion(const AlertSheet& question, AlertHandler answered) override {
+        m_question = question;
+        m_answered = std::move(answered);
+        record("question");
+    }
+
     void runOpenPanel(
         const OpenPanelOptions& options, std::function<void(const std::optional<std::string>& path)> closed) override {
         m_panelOptions = options;
@@ -102,6 +115,8 @@ private:
     std::function<void(const std::string&)> m_witness;
     std::vector<Alert> m_alerts;
     std::function<void()> m_alertClosed;
+    std::optional<AlertSheet> m_question;
+    AlertHandler m_answered;
     std::optional<OpenPanelOptions> m_panelOptions;
     std::function<void(const std::optional<std::string>&)> m_panelClosed;
     AddMountWindowController* m_controller = nullptr;

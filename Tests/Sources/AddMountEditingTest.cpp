@@ -9,7 +9,18 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 /// What the share editor does to a share point that is there already.
-class AddMountEditingTest : public AddMountFixture { };
+class AddMountEditingTest : public AddMountFixture {
+protected:
+    /// Tries to give the share point a name that another one has.
+    void refuseToRename(const SharePointPointer& edited, const char* takenName) {
+        showToEdit(edited);
+        sheet->_GuestLogin.set(true);
+        sheet->_SharePoint.set(takenName);
+        sheet->addMountSaveAction();
+        window.closeAlert();
+        EXPECT_TRUE(sheet->isEditedMountRemoved());
+    }
+};
 
 TEST_F(AddMountEditingTest, AnEditReplacesTheSharePointByANewOneAtTheEnd) {
     const auto nas = addHost("nas", smb, { "films", "music" });
@@ -149,6 +160,71 @@ TEST_F(AddMountEditingTest, CancelAfterARefusedEditBringsNothingBackAndSavesNoth
     EXPECT_THAT(sharesOf(nas), ElementsAre(under("music", smb)));
     EXPECT_THAT(saves, IsEmpty());
     EXPECT_FALSE(sheet->isEditedMountRemoved());
+}
+
+TEST_F(AddMountEditingTest, WhoCancelsIsAskedOnlyWhereTheEditedShareWouldBeLost) {
+    const auto nas = addHost("nas", smb, { "films", "music" });
+    showToAdd();
+    sheet->askToCancel();
+    EXPECT_FALSE(sheet->isShown());
+    add("nas", smb, "music");
+    window.closeAlert();
+    sheet->askToCancel();
+    EXPECT_FALSE(sheet->isShown()) << "a refused addition loses nothing";
+    showToEdit(nas->sharePointForName("films"));
+    sheet->askToCancel();
+    EXPECT_FALSE(sheet->isShown());
+    EXPECT_FALSE(window.question());
+    EXPECT_THAT(saves, IsEmpty());
+}
+
+TEST_F(AddMountEditingTest, KeepingToEditARefusedShareKeepsTheSheetAsItIs) {
+    const auto nas = addHost("nas", smb, { "films", "music" });
+    refuseToRename(nas->sharePointForName("films"), "music");
+    sheet->askToCancel();
+    ASSERT_TRUE(window.question());
+    EXPECT_EQ(window.question()->title, "Do you want to give up the share you were editing?");
+    EXPECT_EQ(window.question()->message,
+        "It is no longer in the catalogue. Only saving it under another name brings it back.");
+    EXPECT_EQ(window.question()->defaultButton, "Keep Editing");
+    EXPECT_EQ(window.question()->alternateButton, "Give Up");
+    window.answer(AlertAnswer::Default);
+    EXPECT_TRUE(sheet->isShown());
+    EXPECT_TRUE(sheet->isEditedMountRemoved());
+    EXPECT_EQ(sheet->_SharePoint.get(), "music");
+    EXPECT_THAT(saves, IsEmpty());
+}
+
+TEST_F(AddMountEditingTest, AShareThatIsGivenUpIsOutOfTheFileToo) {
+    const auto nas = addHost("nas", smb, { "films", "music" });
+    refuseToRename(nas->sharePointForName("films"), "music");
+    sheet->askToCancel();
+    bool wasShownAtSave = true;
+    const auto observer
+        = notificationCenter.addObserver("900", [&](const Notification&) { wasShownAtSave = sheet->isShown(); });
+    window.answer(AlertAnswer::Alternate);
+    EXPECT_FALSE(sheet->isShown());
+    EXPECT_FALSE(wasShownAtSave);
+    EXPECT_THAT(sharesOf(nas), ElementsAre(under("music", smb)));
+    ASSERT_EQ(saves.size(), 1U);
+    EXPECT_EQ(saves.front().object, sheet.get());
+    EXPECT_FALSE(saves.front().userInfo);
+}
+
+TEST_F(AddMountEditingTest, AnAnswerThatComesAfterTheSheetGivesNothingUp) {
+    const auto nas = addHost("nas", smb, { "films", "music" });
+    refuseToRename(nas->sharePointForName("films"), "music");
+    sheet->askToCancel();
+    sheet->cancelMountSheet();
+    showToAdd();
+    window.answer(AlertAnswer::Alternate);
+    EXPECT_TRUE(sheet->isShown());
+    sheet->cancelMountSheet();
+    refuseToRename(addSharePoint(nas, smb, "films"), "music");
+    sheet->askToCancel();
+    sheet.reset();
+    window.answer(AlertAnswer::Alternate);
+    EXPECT_THAT(saves, IsEmpty());
 }
 
 TEST_F(AddMountEditingTest, ARefusedEditMarksNothingInALaterAddition) {
