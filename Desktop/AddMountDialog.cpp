@@ -4,6 +4,7 @@
 #include "Desktop/AddMountForm.h"
 #include "Desktop/AlertBox.h"
 #include "Desktop/DesktopEnvironment.h"
+#include "Desktop/WindowPlacement.h"
 #include "Sources/AddMountWindowController.h"
 
 #include <QFileDialog>
@@ -26,10 +27,15 @@ void AddMountDialog::beginSheet(AddMountWindowController& controller) {
     const auto control = m_focus; // asked for on behalf of this sheet
     orderOut(); // of one that is still up: the menu in the tray may ask for another
     m_controller = &controller;
-    m_form = new AddMountForm(m_environment, controller, m_window ? m_window() : nullptr);
+    auto* window = m_window ? m_window() : nullptr;
+    m_form = new AddMountForm(m_environment, controller, window);
     if (control)
         m_form->focus(*control);
+    if (!window || !window->isVisible())
+        WindowPlacement::center(*m_form); // it would go where the hidden window may never have been
     m_form->open();
+    m_form->raise();
+    m_form->activateWindow(); // the wish may come from the tray, while another program is the active one
 }
 
 void AddMountDialog::endSheet() {

@@ -114,6 +114,7 @@ void AddMountForm::addServerRows(QFormLayout& form) {
     m_serverName->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     for (const auto& name : m_controller.serverNames())
         m_serverName->addItem(QString::fromStdString(name));
+    m_serverName->setCurrentIndex(-1); // or the first of them could not be reached with the arrow keys
     // In a list of its own: completed within the line, a name that starts another server's could not be typed.
     m_serverName->completer()->setCompletionMode(QCompleter::PopupCompletion);
     m_serverName->completer()->setFilterMode(Qt::MatchContains);
@@ -133,10 +134,13 @@ void AddMountForm::addServerRows(QFormLayout& form) {
     onEdit(service, &QComboBox::currentIndexChanged,
         [this, service](int) { m_controller._DisplayType.set(service->currentText().toStdString()); });
     m_showers.push_back([this, service] {
-        // A service that is not offered is shown all the same, and stays until another is chosen.
+        // A service that is not offered is shown all the same, and stays until another is chosen; so does none.
         const auto type = shown(m_controller._DisplayType);
-        service->setPlaceholderText(type);
-        service->setCurrentIndex(service->findText(type, Qt::MatchExactly | Qt::MatchCaseSensitive));
+        const int index = service->findText(type, Qt::MatchExactly | Qt::MatchCaseSensitive);
+        service->setPlaceholderText(type.isEmpty() ? m_environment.text("Choose a service") : type);
+        // Of a box that nothing is chosen in, a screen reader says no value.
+        service->setAccessibleDescription(index < 0 ? service->placeholderText() : QString());
+        service->setCurrentIndex(index);
     });
     form.addRow(serviceTitle, service);
 
@@ -190,7 +194,7 @@ void AddMountForm::addMountingRows(QFormLayout& form) {
 void AddMountForm::addScriptRows(QFormLayout& form) {
     auto* script = textControl("script", m_controller._script);
     script->setToolTip(m_environment.text("This program is run each time after the share was mounted."));
-    auto* choose = new QPushButton(m_environment.text("Ch&oose..."), this);
+    auto* choose = new QPushButton(m_environment.text("Ch&oose…"), this);
     choose->setObjectName("selectScript");
     choose->setToolTip(m_environment.text("Chooses the script among your files."));
     connect(choose, &QPushButton::clicked, this, [this] { m_controller.selectScript(); });

@@ -57,8 +57,11 @@ PasswordForm::PasswordForm(const DesktopEnvironment& environment, PasswordWindow
         [this](const QString& text) { m_target.setPassword(text.toStdString()); });
     auto* show = new QCheckBox(environment.text("&Show password"), this);
     show->setObjectName("showPassword");
-    connect(show, &QCheckBox::toggled, m_password,
-        [this](bool isShown) { m_password->setEchoMode(isShown ? QLineEdit::Normal : QLineEdit::Password); });
+    connect(show, &QCheckBox::toggled, m_password, [this](bool isShown) {
+        const auto hints = m_password->inputMethodHints(); // shown or not, nothing that learns words may learn it
+        m_password->setEchoMode(isShown ? QLineEdit::Normal : QLineEdit::Password);
+        m_password->setInputMethodHints(hints);
+    });
     auto* form = new QFormLayout;
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->addRow(environment.text("&Password:"), m_password);

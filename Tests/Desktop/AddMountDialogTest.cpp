@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -45,6 +46,7 @@ TEST_F(AddMountDialogTest, IsASheetOfTheMainWindow) {
     EXPECT_EQ(sheet.parentWidget(), &window);
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
     EXPECT_TRUE(sheet.isWindow());
+    EXPECT_FALSE(sheet.windowFlags() & Qt::WindowMinMaxButtonsHint);
     EXPECT_EQ(sheet.windowTitle(), "Add Share");
     EXPECT_TRUE(named<QPushButton>(sheet, "save").isDefault());
     controller->cancelMountSheet();
@@ -202,6 +204,14 @@ TEST_F(AddMountDialogTest, WhoWouldLoseTheShareIsAskedFirstAndStaysUnlessSureOfI
     click(question(), "alternateButton");
     EXPECT_FALSE(isUp());
     EXPECT_FALSE(controller->isShown());
+}
+
+TEST_F(AddMountDialogTest, WithoutAWindowToStandOnTheSheetIsInTheMiddleOfTheScreen) {
+    window.hide();
+    window.move(-5000, -5000);
+    const auto& sheet = add();
+    const auto way = sheet.frameGeometry().center() - sheet.screen()->availableGeometry().center();
+    EXPECT_LE(way.manhattanLength(), 40) << "its frame is not known before it is shown";
 }
 
 TEST_F(AddMountDialogTest, TheFocusIsWhereTheControllerWantsItBeforeThereIsASheet) {

@@ -166,6 +166,20 @@ TEST_F(AddMountFormTest, WhatAControlCannotShowAsItIsStaysUntilTheUserChangesIt)
     EXPECT_EQ(named<QSpinBox>(edit(sharePoint), "delaySeconds").value(), 0);
 }
 
+TEST_F(AddMountFormTest, AShareWithoutAServiceShowsThatOneIsToBeChosenAndGetsNoneUnasked) {
+    const auto host = addHost("diskstation", {});
+    auto& sheet = edit(addSharePoint(host, nfs, "export"));
+    auto& service = named<QComboBox>(sheet, "service");
+    EXPECT_EQ(service.currentIndex(), -1);
+    EXPECT_EQ(service.placeholderText(), "Choose a service");
+    EXPECT_EQ(service.accessibleDescription(), "Choose a service");
+    type(sheet, "userName", "berta");
+    EXPECT_FALSE(controller->_DisplayType.get());
+    choose(sheet, "Server");
+    EXPECT_EQ(controller->_DisplayType.get(), smb);
+    EXPECT_EQ(service.accessibleDescription(), "");
+}
+
 TEST_F(AddMountFormTest, TheKnownServersAreOfferedAndATypedNameIsTakenAsItIs) {
     addHost("NAS", {});
     addHost("archive", {});
@@ -179,9 +193,12 @@ TEST_F(AddMountFormTest, TheKnownServersAreOfferedAndATypedNameIsTakenAsItIs) {
         EXPECT_EQ(servers.currentText(), name);
         EXPECT_EQ(controller->_Name.get(), name);
     }
-    servers.setFocus();
-    QTest::keyClick(&servers, Qt::Key_Down);
-    EXPECT_EQ(controller->_Name.get(), servers.currentText().toStdString());
+    controller->cancelMountSheet();
+    auto& fresh = named<QComboBox>(add(), "serverName");
+    QTest::keyClick(&fresh, Qt::Key_Down);
+    EXPECT_EQ(controller->_Name.get(), "archive");
+    QTest::keyClick(&fresh, Qt::Key_Down);
+    EXPECT_EQ(controller->_Name.get(), "NAS");
 }
 
 TEST_F(AddMountFormTest, WhatHasNoEffectIsGreyAndKeepsItsValue) {

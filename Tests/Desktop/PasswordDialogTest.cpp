@@ -139,6 +139,7 @@ TEST_F(PasswordDialogTest, ThePasswordIsHiddenUntilTheUserWantsToSeeIt) {
         EXPECT_EQ(field.echoMode(), QLineEdit::Password);
         QTest::keyClick(&form, Qt::Key_S, Qt::AltModifier);
         EXPECT_TRUE(QTest::qWaitFor([&] { return field.echoMode() == QLineEdit::Normal; }));
+        EXPECT_TRUE(field.inputMethodHints() & Qt::ImhSensitiveData) << "shown to the user, not to what learns words";
         QTest::keyClick(&form, Qt::Key_S, Qt::AltModifier);
         EXPECT_TRUE(QTest::qWaitFor([&] { return field.echoMode() == QLineEdit::Password; }));
         form.reject();
