@@ -104,6 +104,7 @@ void AboutForm::addLicence(QVBoxLayout& layout, const DesktopEnvironment& enviro
     auto* close = buttons->button(QDialogButtonBox::Close);
     close->setObjectName("closeAbout");
     close->setText(environment.text("&Close"));
+    close->setIcon({}); // no other button has one
     close->setDefault(true);
     connect(licence, &QPushButton::toggled, this, [this, text](bool isShown) {
         if (isShown && text->document()->isEmpty())

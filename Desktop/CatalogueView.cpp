@@ -94,7 +94,10 @@ CatalogueView::CatalogueView(const DesktopEnvironment& environment, const ImageL
     lists->setStretchFactor(1, 2);
     lists->setSizes({ firstColumns, 2 * firstColumns }); // in proportion
     m_pages->setObjectName("pages");
-    m_pages->addWidget(lists);
+    // Below both lists, so that they end side by side.
+    auto* listsPage = column({ lists, m_details });
+    static_cast<QVBoxLayout*>(listsPage->layout())->setStretchFactor(lists, 1);
+    m_pages->addWidget(listsPage);
     m_pages->addWidget(new EmptyPage(m_environment.text("No servers yet"),
         m_environment.text("Add a share, and Quorrel keeps it mounted whenever its server can be reached."),
         m_actions->action("addMountSheet")));
@@ -216,7 +219,7 @@ QWidget* CatalogueView::makeSharePointsPane() {
 
     auto* heading = headingFor(m_sharePointsList, m_environment.text("Shar&es"));
     m_sharePointPages->setObjectName("sharePointPages");
-    m_sharePointPages->addWidget(column({ heading, m_sharePointsList, m_details }));
+    m_sharePointPages->addWidget(column({ heading, m_sharePointsList }));
     m_sharePointPages->addWidget(new EmptyPage(m_environment.text("No shares on this server"),
         m_environment.text("Add the shares that Quorrel is to keep mounted."), m_actions->action("addMountSheet")));
     m_sharePointPages->addWidget(new EmptyPage(

@@ -70,6 +70,7 @@ PreferencesForm::PreferencesForm(
     auto* close = buttons->button(QDialogButtonBox::Close);
     close->setObjectName("closePreferences");
     close->setText(environment.text("&Close"));
+    close->setIcon({}); // no other button has one
     close->setAutoDefault(false); // Enter in a text field must not close the window
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
