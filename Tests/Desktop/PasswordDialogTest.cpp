@@ -206,12 +206,38 @@ TEST_F(PasswordDialogTest, TheRunSurvivesTheEndOfItsWindow) {
 
 TEST_F(PasswordDialogTest, NothingOfThePasswordStaysInTheWindow) {
     QPointer<QLineEdit> field;
+    QString leftToTheLast = "not seen";
     ask([&](PasswordForm& form) {
         field = &named<QLineEdit>(form, "password");
+        // Emitted while its controls are still there.
+        QObject::connect(&form, &QObject::destroyed, [&] { leftToTheLast = field->text(); });
         QTest::keyClicks(field, "secret");
         form.accept();
     });
     EXPECT_FALSE(field);
+    EXPECT_EQ(leftToTheLast, "");
+}
+
+TEST_F(PasswordDialogTest, WhetherTheFormGoesIsItsTargetsToDecide) {
+    struct : PasswordWindowTarget {
+        std::string hostName() const override { return {}; }
+        std::string shareName() const override { return {}; }
+        std::string password() const override { return {}; }
+        void setPassword(const std::string&) override { }
+        void saveHostPassword() override { ++saved; }
+        void cancelhostPassword() override { ++cancelled; }
+        int saved = 0;
+        int cancelled = 0;
+    } target;
+    PasswordForm form(environment, target);
+    form.show();
+    QTest::keyClick(&form, Qt::Key_Escape);
+    form.close();
+    QTest::mouseClick(&named<QAbstractButton>(form, "cancel"), Qt::LeftButton);
+    QTest::mouseClick(&named<QAbstractButton>(form, "ok"), Qt::LeftButton);
+    EXPECT_EQ(target.cancelled, 3);
+    EXPECT_EQ(target.saved, 1);
+    EXPECT_TRUE(form.isVisible());
 }
 
 TEST_F(PasswordDialogTest, WipingLeavesNothingToUndoAndTellsNobody) {

@@ -143,6 +143,20 @@ TEST_F(PasswordPromptTest, AWindowThatIsShownAsksForNoOtherHost) {
     EXPECT_TRUE(other->passwordIsEmpty());
 }
 
+TEST_F(PasswordPromptTest, WhatIsBeingTypedCannotEndUpWithAnotherHost) {
+    const auto other = addHost("192.168.1.21", smb, { "x" });
+    PasswordWindowController prompt(passwordWindow);
+    passwordWindow.willDo([&](PasswordWindowTarget& target) {
+        prompt.setMount(other->sharePointForName("x"));
+        target.setPassword("secret");
+        target.saveHostPassword();
+    });
+    prompt.setMount(sharePoint);
+    prompt.showWindowModal();
+    EXPECT_EQ(host->password.get(), "secret");
+    EXPECT_TRUE(other->passwordIsEmpty());
+}
+
 TEST_F(PasswordPromptTest, ASharePointDeletedBehindTheWindowLeavesItsHostAlone) {
     auto other = addHost("192.168.1.21", smb, { "x" });
     auto doomed = other->sharePointForName("x");
