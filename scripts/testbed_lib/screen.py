@@ -16,9 +16,6 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 PATIENCE = 15
 _LOOK_AGAIN = 0.05
-# Not names and states, of whose changes nobody tells at times: when a combo box takes another value or the focus leaves
-# a bar of tabs.
-_KEPT = Atspi.Cache(int(Atspi.Cache.DEFAULT) & ~int(Atspi.Cache.STATES) & ~int(Atspi.Cache.NAME))
 
 
 class Missing(Exception):
@@ -197,8 +194,15 @@ class Node:
         if not self.accessible.do_action(action):
             raise Missing(f"{self.role} {self.name!r} does nothing")
 
+    def forget(self):
+        """Asks anew for names and states, of whose changes nobody tells at times. To keep none from the start is no
+        way: the library then asks in the middle of an answer, and waits for ever."""
+        self.accessible.clear_cache()
+        return self
+
     def focused(self):
         """What below this node the keys go to, or None; of a control and its parts, the control."""
+        self.forget()  # of a bar of tabs, nobody tells that it lost the focus
         # The current tab and row say that they have the focus wherever that is.
         return next((node for node in self.walk() if node.has("FOCUSED") and node.has("FOCUSABLE")
                      and node.role not in ("page tab", "list item")), None)
@@ -281,7 +285,6 @@ class Reader:
 
 
 def applications():
-    Atspi.get_desktop(0).set_cache_mask(_KEPT)
     _hear_of_changes()
     return Node(Atspi.get_desktop(0)).children
 
