@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -25,7 +27,8 @@ struct SortDescriptor final {
     friend bool operator==(const SortDescriptor&, const SortDescriptor&) = default;
 };
 
-/// A list as a window shows it: sorted, with a selection that survives changes of the content. Main thread.
+/// A list as a window shows it: sorted, with a selection that survives changes of the content. Main thread. What is in
+/// it can be hashed.
 template <typename T>
 class ListController final {
 public:
@@ -51,18 +54,21 @@ public:
     /// Sorts again, for when what the sort keys read has changed.
     void rearrange() {
         arrange();
+        // Whoever hears of the arrangement may ask for the selection.
+        auto left = selectable(m_selected);
+        const bool isChanged = left != m_selected;
+        m_selected = left;
         m_observers.notify(ListChange::Arrangement);
-        dropFromSelection();
+        // An observer that selected something else has announced that.
+        if (isChanged && m_selected == left)
+            m_observers.notify(ListChange::Selection);
     }
 
     [[nodiscard]] const std::vector<T>& arrangedObjects() const { return m_arranged; }
 
     /// Selects those of the items that are in the content, in the order of the list.
     void setSelectedObjects(const std::vector<T>& items) {
-        std::vector<T> selected; // the items may be the selection itself
-        for (const auto& item : m_arranged)
-            if (std::find(items.begin(), items.end(), item) != items.end())
-                selected.push_back(item);
+        auto selected = selectable(items);
         if (selected == m_selected)
             return;
         m_selected = std::move(selected);
@@ -71,7 +77,8 @@ public:
 
     [[nodiscard]] const std::vector<T>& selectedObjects() const { return m_selected; }
 
-    /// Called after each new arrangement, and after each change of the selection, a new arrangement's included.
+    /// Called after each new arrangement, and after each change of the selection, a new arrangement's included. What a
+    /// new arrangement lacks is no longer selected when that is announced.
     Subscription observe(std::function<void(ListChange change)> callback) {
         return m_observers.add(std::move(callback));
     }
@@ -93,8 +100,15 @@ private:
             m_arranged[index] = std::move(keyed[index].second);
     }
 
-    /// What is no longer in the list is no longer selected.
-    void dropFromSelection() { setSelectedObjects(std::vector<T>(m_selected)); }
+    [[nodiscard]] std::vector<T> selectable(const std::vector<T>& items) const {
+        std::vector<T> found;
+        if (items.empty())
+            return found;
+        const std::unordered_set<T> wanted(items.begin(), items.end());
+        std::copy_if(m_arranged.begin(), m_arranged.end(), std::back_inserter(found),
+            [&](const T& item) { return wanted.contains(item); });
+        return found;
+    }
 
     [[nodiscard]] bool comesBefore(const std::vector<std::string>& left, const std::vector<std::string>& right) const {
         for (std::size_t index = 0; index < m_descriptors.size(); ++index) {

@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorrel {
@@ -20,7 +23,26 @@ std::string part(const std::string& item, std::string_view key) {
     return key == "host" ? item.substr(0, slash) : item.substr(slash + 1);
 }
 
+int comparisons = 0; // of the items below
+
+struct Counted final {
+    int number;
+    friend bool operator==(const Counted& left, const Counted& right) {
+        ++comparisons;
+        return left.number == right.number;
+    }
+};
+
 } // namespace
+
+} // namespace quorrel
+
+template <>
+struct std::hash<quorrel::Counted> {
+    std::size_t operator()(const quorrel::Counted& item) const { return std::hash<int>()(item.number); }
+};
+
+namespace quorrel {
 
 class ListControllerTest : public testing::Test {
 protected:
@@ -115,6 +137,43 @@ TEST_F(ListControllerTest, theNewArrangementIsThereWhenItIsAnnounced) {
     controller.setSortDescriptors({ { "host" } });
     controller.setContent({ "b/1", "a/1" });
     EXPECT_EQ(seen, (Items { "a/1", "b/1" }));
+}
+
+TEST_F(ListControllerTest, whatIsGoneIsNotSelectedWhenTheArrangementIsAnnounced) {
+    controller.setContent({ "a/1", "b/1" });
+    controller.setSelectedObjects({ "a/1", "b/1" });
+    Items selected;
+    subscription = controller.observe([&](ListChange change) {
+        if (change == ListChange::Arrangement)
+            selected = controller.selectedObjects();
+    });
+    controller.setContent({ "b/1", "c/1" });
+    EXPECT_EQ(selected, (Items { "b/1" }));
+}
+
+TEST_F(ListControllerTest, theSelectionOfAnObserverIsAnnouncedOnce) {
+    controller.setContent({ "a/1", "b/1" });
+    controller.setSelectedObjects({ "a/1" });
+    watch();
+    const auto selecting = controller.observe([&](ListChange change) {
+        if (change == ListChange::Arrangement)
+            controller.setSelectedObjects({ "b/1" });
+    });
+    controller.setContent({ "b/1" });
+    EXPECT_EQ(announced, (Items { "arrangement", "selection b/1" }));
+}
+
+TEST_F(ListControllerTest, aSelectionOfManyIsNotComparedEachWithEach) {
+    ListController<Counted> many([](const Counted& item, std::string_view) { return std::to_string(item.number); });
+    std::vector<Counted> items;
+    for (int number = 0; number < 1000; ++number)
+        items.push_back({ number });
+    many.setContent(items);
+    comparisons = 0;
+    many.setSelectedObjects(items);
+    many.rearrange();
+    EXPECT_EQ(many.selectedObjects().size(), items.size());
+    EXPECT_LT(comparisons, 20'000);
 }
 
 TEST_F(ListControllerTest, announcesASelectionOnlyWhenItChanges) {
