@@ -22,6 +22,7 @@ struct OperationQueue::State final {
     const std::size_t maxConcurrent;
     const std::function<void(std::string)> failed;
     ObserverList<> idleObservers;
+    ObserverList<> endObservers;
 
     std::mutex mutex;
     std::condition_variable ended;
@@ -68,6 +69,7 @@ void OperationQueue::State::work() {
             idle = running.empty() && waiting.empty();
         }
         operation.reset();
+        endObservers.notify();
         if (idle)
             idleObservers.notify();
     }
@@ -118,6 +120,8 @@ void OperationQueue::cancelAllOperations() {
             operation->cancel();
         idle = !dropped.empty() && m_state->running.empty();
     }
+    if (!dropped.empty())
+        m_state->endObservers.notify();
     if (idle)
         m_state->idleObservers.notify();
 }
@@ -133,6 +137,10 @@ std::size_t OperationQueue::maxConcurrentOperationCount() const {
 
 Subscription OperationQueue::observeIdle(std::function<void()> callback) {
     return m_state->idleObservers.add(std::move(callback));
+}
+
+Subscription OperationQueue::observeEnds(std::function<void()> callback) {
+    return m_state->endObservers.add(std::move(callback));
 }
 
 } // namespace quorrel

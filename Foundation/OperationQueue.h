@@ -33,6 +33,8 @@ public:
 
     /// Calls back on the worker that ended the last operation, or on the thread that cancelled it.
     Subscription observeIdle(std::function<void()> callback);
+    /// Calls back on the worker that ended an operation, or on the thread that cancelled some, before that of the idle.
+    Subscription observeEnds(std::function<void()> callback);
 
 private:
     struct State;

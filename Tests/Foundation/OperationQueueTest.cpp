@@ -204,6 +204,31 @@ TEST_F(OperationQueueTest, cancellingAllThatWaitsTellsThatItIsIdle) {
     EXPECT_EQ(stopped.operationCount(), 0U);
 }
 
+TEST_F(OperationQueueTest, tellsOfEachEndAlsoWhileOthersRun) {
+    Gate ends;
+    Gate release;
+    OperationQueue two(2);
+    const auto subscription = two.observeEnds([&] { ends.open(); });
+    two.addOperation(work([&](Work&) { EXPECT_TRUE(release.wait()); }));
+    two.addOperation(work([](Work&) {}));
+    EXPECT_TRUE(ends.wait());
+    EXPECT_EQ(two.operationCount(), 1U);
+    EXPECT_EQ(ends.count(), 1);
+    release.open();
+}
+
+TEST_F(OperationQueueTest, tellsOfTheEndOfWhatNeverStarted) {
+    OperationQueue stopped(0);
+    Gate ends;
+    const auto subscription = stopped.observeEnds([&] { ends.open(); });
+    stopped.cancelAllOperations();
+    EXPECT_EQ(ends.count(), 0);
+    stopped.addOperation(work([](Work&) {}));
+    stopped.addOperation(work([](Work&) {}));
+    stopped.cancelAllOperations();
+    EXPECT_EQ(ends.count(), 1);
+}
+
 TEST(OperationQueueDestructorTest, cancelsEverythingAndWaitsForWhatRuns) {
     Gate started;
     std::atomic<bool> ended = false;
