@@ -125,6 +125,10 @@ void CatalogueView::showSharePoints(SharePointListController* sharePoints) {
     m_sharePointSelection.setController(sharePoints);
 }
 
+void CatalogueView::validateActions() {
+    m_actions->validateSoon();
+}
+
 void CatalogueView::closeEvent(QCloseEvent* event) {
     event->accept();
     emit closed();

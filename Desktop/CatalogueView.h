@@ -32,6 +32,9 @@ public:
     void showHosts(HostListController* hosts);
     void showSharePoints(SharePointListController* sharePoints);
 
+    /// Asks anew what can be done, when the event loop turns next.
+    void validateActions();
+
 signals:
     void closed();
 

@@ -56,6 +56,11 @@ void CatalogueWindow::bindMountsList(SharePointListController* sharePoints) {
         m_view->showSharePoints(sharePoints);
 }
 
+void CatalogueWindow::validateActions() {
+    if (m_view)
+        m_view->validateActions();
+}
+
 void CatalogueWindow::beginAlertSheet(const AlertSheet& sheet, AlertHandler handler) {
     AlertBox::ask(&view(), sheet, AlertAnswer::Alternate, std::move(handler));
 }

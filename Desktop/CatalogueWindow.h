@@ -29,6 +29,7 @@ public:
     void orderFrontRegardless() override;
     void bindHostsList(HostListController* hosts) override;
     void bindMountsList(SharePointListController* sharePoints) override;
+    void validateActions() override;
     void beginAlertSheet(const AlertSheet& sheet, AlertHandler handler) override;
     void showNotice(const std::string& title, const std::string& message) override;
 

@@ -15,6 +15,9 @@ public:
     virtual void bindHostsList(HostListController* hosts) = 0;
     virtual void bindMountsList(SharePointListController* sharePoints) = 0;
 
+    /// What can be done may have changed, also where neither list shows it.
+    virtual void validateActions() = 0;
+
     /// Asks, and returns at once; the answer comes later. Closing the question is the alternate answer.
     virtual void beginAlertSheet(const AlertSheet& sheet, AlertHandler handler) = 0;
     /// Says something that needs no answer, once; returns at once.

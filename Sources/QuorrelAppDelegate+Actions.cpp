@@ -182,6 +182,7 @@ void QuorrelAppDelegate::perform(Selector name, const MenuItem& sender) {
         (this->**plain)();
     else
         (this->*std::get<void (QuorrelAppDelegate::*)(const MenuItem&)>(action->run))(sender);
+    validateActions();
 }
 
 ActionState QuorrelAppDelegate::validate(Selector name) const {

@@ -36,6 +36,7 @@ void QuorrelAppDelegate::bindLists() {
         windows->window.bindMountsList(&mountsArrayController);
         windows->window.bindHostsList(&hostsArrayController);
         windows->application.setDelegate(this);
+        m_endsSubscription = m_opQueue->observeEnds([this] { onMainThread([this] { validateActions(); }); });
     }
 }
 
@@ -43,11 +44,17 @@ void QuorrelAppDelegate::unbindLists() {
     m_hostsSubscription.cancel();
     m_selectionSubscription.cancel();
     m_sharePointsSubscription.cancel();
+    m_endsSubscription.cancel();
     if (auto* windows = m_environment.windows) {
         windows->application.setDelegate(nullptr);
         windows->window.bindMountsList(nullptr);
         windows->window.bindHostsList(nullptr);
     }
+}
+
+void QuorrelAppDelegate::validateActions() {
+    if (auto* windows = m_environment.windows)
+        windows->window.validateActions();
 }
 
 void QuorrelAppDelegate::showHosts() {

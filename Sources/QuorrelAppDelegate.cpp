@@ -115,7 +115,10 @@ void QuorrelAppDelegate::registerForNotifications() {
     for (const auto& [name, handler] : handlers)
         m_notificationSubscriptions.push_back(m_environment.notificationCenter.addObserver(
             name, [this, handler = handler](const Notification& notification) {
-                onMainThread([this, handler, notification] { (this->*handler)(notification); });
+                onMainThread([this, handler, notification] {
+                    (this->*handler)(notification);
+                    validateActions();
+                });
             }));
 }
 

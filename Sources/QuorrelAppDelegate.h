@@ -167,6 +167,8 @@ private:
     /// Ends the program; a prompt that is open is cancelled, and none is shown any more.
     void terminate();
 
+    /// For what neither list shows: the other hosts' shares and the queue.
+    void validateActions();
     void showHosts();
     /// Selects the first host where none is selected.
     void selectSomeHost();
@@ -204,6 +206,7 @@ private:
     Subscription m_hostsSubscription;
     Subscription m_selectionSubscription;
     Subscription m_sharePointsSubscription;
+    Subscription m_endsSubscription;
     HostPointer m_hostOnShow; // whose share points are listed
     bool m_isMountListShown = false; // has been, in this run
     bool m_isPrompting = false; // within the modal run of the prompt for a password

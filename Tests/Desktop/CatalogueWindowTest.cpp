@@ -191,6 +191,20 @@ TEST_F(CatalogueWindowTest, theFailureOfTheSelectedShareIsThereToBeRead) {
     EXPECT_EQ(details.text().toStdString(), "");
 }
 
+TEST_F(CatalogueWindowTest, asksAnewWhatCanBeDoneWhenToldTo) {
+    window->validateActions(); // there is nothing yet that could
+    show();
+    const auto* action = window->widget()->findChild<QAction*>("unmountAllListItem");
+    EXPECT_TRUE(action->isEnabled());
+    actions.setState("unmountAllListItem", { false, "No share is mounted." });
+    turn();
+    EXPECT_TRUE(action->isEnabled()) << "nobody said anything";
+    window->validateActions();
+    turn();
+    EXPECT_FALSE(action->isEnabled());
+    EXPECT_THAT(action->toolTip().toStdString(), testing::HasSubstr("No share is mounted."));
+}
+
 TEST_F(CatalogueWindowTest, withoutHostsItSaysWhatToDoNext) {
     show();
     EXPECT_FALSE(hostsList().isVisible());

@@ -29,6 +29,8 @@ public:
     [[nodiscard]] const std::optional<AlertSheet>& question() const { return m_question; }
     [[nodiscard]] bool isAsking() const { return m_handler != nullptr; }
     [[nodiscard]] const std::vector<Notice>& notices() const { return m_notices; }
+    /// How often it was told that what can be done may have changed, since the last call.
+    [[nodiscard]] int takeValidations() { return std::exchange(m_validations, 0); }
 
     /// The user answers the question that is open; without one, nothing happens. A question asked meanwhile stays
     /// open.
@@ -51,6 +53,9 @@ public:
         m_mounts = sharePoints;
     }
 
+    /// Not an event: it comes too often to be told in its place.
+    void validateActions() override { ++m_validations; }
+
     void beginAlertSheet(const AlertSheet& sheet, AlertHandler handler) override {
         m_events.push_back("ask " + sheet.title);
         m_question = sheet;
@@ -69,6 +74,7 @@ private:
     std::optional<AlertSheet> m_question;
     AlertHandler m_handler;
     std::vector<Notice> m_notices;
+    int m_validations = 0;
 };
 
 } // namespace quorrel

@@ -72,6 +72,23 @@ TEST_F(ActionsTest, MountAllMountsAll) {
     EXPECT_THAT(volumes.mountedVolumes(), IsEmpty());
 }
 
+TEST_F(ActionsTest, TheWindowIsToldWhenWhatCanBeDoneChangesBehindItsLists) {
+    const auto other = addHost("192.168.1.21", smb, { "c" });
+    selectHost(other); // so that nothing of what is mounted is shown
+    static_cast<void>(window.takeValidations());
+    perform("mountAllListItem");
+    EXPECT_GT(window.takeValidations(), 0) << "something is queued now";
+    waitUntilIdle();
+    mainThreadQueue.runPending();
+    EXPECT_GT(window.takeValidations(), 0) << "and nothing is any more";
+    controller->applicationDidFinishLaunching();
+    waitUntilIdle();
+    mainThreadQueue.runPending();
+    static_cast<void>(window.takeValidations());
+    notificationCenter.post("diskAddRemoveNotification");
+    EXPECT_GT(window.takeValidations(), 0) << "a volume came or went";
+}
+
 TEST_F(ActionsTest, TheSelectedHostsActionsActOnItsShares) {
     const auto other = addHost("192.168.1.21", smb, { "c" });
     other->resolved.set(true);
