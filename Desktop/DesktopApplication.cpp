@@ -64,14 +64,10 @@ void DesktopApplication::terminate() {
 }
 
 void DesktopApplication::perform(Selector action, const MenuItem& sender) {
-    if (auto* modal = modalWindow()) {
-        if (action == "terminate")
-            terminate();
-        else
-            bringToFront(*modal);
-        return;
-    }
-    if (m_delegate)
+    auto* modal = modalWindow();
+    if (modal && action != "terminate")
+        bringToFront(*modal);
+    else if (m_delegate)
         m_delegate->perform(action, sender);
 }
 

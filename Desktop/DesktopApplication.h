@@ -11,7 +11,7 @@ namespace quorrel {
 /// The program for the desktop, and the one place that every action of a view passes. Main thread, with a QApplication.
 ///
 /// While a modal window runs, the controller is in the middle of a command. An action then brings that window to the
-/// front instead, save for "terminate", which ends the program.
+/// front instead, save for "terminate".
 class DesktopApplication final : public Application, public ActionTarget {
 public:
     using AboutPanelHandler = std::function<void(const AboutPanelOptions& options)>;

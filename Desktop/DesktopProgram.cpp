@@ -37,8 +37,10 @@ DesktopProgram::DesktopProgram(
 int DesktopProgram::run() {
     if (m_instance.launch() == SingleInstance::Launch::Repeated)
         return 0;
-    QObject::connect(&m_instance, &SingleInstance::activated, [this] { m_controller.showMountList(); });
-    QObject::connect(&m_trayHosts, &TrayHostWatch::noneFound, [this] { showWindowWithoutTray(); });
+    QObject::connect(&m_instance, &SingleInstance::activated, [this] { m_application.perform("showMountList", {}); });
+    // A prompt that is open comes first.
+    QObject::connect(&m_trayHosts, &TrayHostWatch::noneFound,
+        [this] { m_world.mainThreadQueue.post([this] { showWindowWithoutTray(); }); });
     m_controller.awakeFromNib();
     m_controller.applicationDidFinishLaunching();
     m_trayHosts.start();
