@@ -49,6 +49,11 @@ WindowFrame::WindowFrame(QWidget& window, Preferences& preferences, std::string 
     m_timer->setSingleShot(true);
     m_timer->setInterval(quiet);
     connect(m_timer, &QTimer::timeout, this, [this] { save(); });
+    // The program ends without a word to its windows.
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        if (m_timer->isActive())
+            save();
+    });
     m_window.installEventFilter(this);
 }
 

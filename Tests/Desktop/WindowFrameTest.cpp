@@ -88,6 +88,18 @@ TEST_F(WindowFrameTest, isWrittenAtAnEndThatComesRightAfterAMove) {
     EXPECT_EQ(kept(), "11 12 313 214");
 }
 
+TEST_F(WindowFrameTest, isWrittenWhenTheProgramEndsRightAfterAMove) {
+    Placed placed(preferences);
+    QTimer::singleShot(0, &placed.window, [&] {
+        placed.window.show();
+        place(placed.window, { 21, 22, 323, 224 });
+        QCoreApplication::exit(0);
+    });
+    QApplication::exec();
+    EXPECT_TRUE(placed.window.isVisible());
+    EXPECT_EQ(kept(), "21 22 323 224");
+}
+
 TEST_F(WindowFrameTest, aWindowThatFillsTheScreenKeepsItsFormerFrame) {
     Placed placed(preferences);
     place(placed.window, { 40, 50, 320, 240 });
