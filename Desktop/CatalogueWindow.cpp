@@ -38,6 +38,7 @@ void CatalogueWindow::makeKeyAndOrderFront() {
     auto& window = view();
     WindowPlacement::bringToFront(window);
     window.activateWindow();
+    m_releaseTimer->stop();
 }
 
 void CatalogueWindow::orderFrontRegardless() {
@@ -79,7 +80,8 @@ QWidget* CatalogueWindow::widget() {
 CatalogueView& CatalogueWindow::view() {
     if (!m_view)
         make();
-    m_releaseTimer->stop();
+    if (!m_view->isVisible())
+        m_releaseTimer->start(); // a sheet may stand on a window that is never shown
     return *m_view;
 }
 
@@ -96,10 +98,14 @@ void CatalogueWindow::make() {
 }
 
 void CatalogueWindow::release() {
+    if (m_view->isVisible())
+        return;
     // What stands on the window would go with it, under its owner's hands.
-    const bool isInUse = m_view->isVisible() || QApplication::activeModalWidget()
-        || !m_view->findChildren<QDialog*>(Qt::FindDirectChildrenOnly).isEmpty();
-    if (!isInUse)
+    const bool isInUse
+        = QApplication::activeModalWidget() || !m_view->findChildren<QDialog*>(Qt::FindDirectChildrenOnly).isEmpty();
+    if (isInUse)
+        m_releaseTimer->start(keptAfterClosing);
+    else
         m_view.release()->deleteLater(); // its timer calls this
 }
 

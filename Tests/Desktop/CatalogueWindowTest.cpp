@@ -347,12 +347,26 @@ TEST_F(CatalogueWindowTest, itsWidgetsAreMadeWhenWantedAndGivenUpAfterClosing) {
 TEST_F(CatalogueWindowTest, itStaysUnderASheetThatStandsOnIt) {
     show();
     const QPointer<QWidget> widget = window->widget();
-    QDialog sheet(widget);
+    auto* sheet = new QDialog(widget);
     auto* timer = widget->findChild<QTimer*>("releaseTimer");
+    QSignalSpy looks(timer, &QTimer::timeout);
     widget->close();
     timer->start(0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !timer->isActive(); }));
-    EXPECT_TRUE(widget);
+    ASSERT_TRUE(looks.wait());
+    ASSERT_TRUE(widget);
+    delete sheet;
+    EXPECT_TRUE(timer->isActive()) << "it looks again";
+    EXPECT_GT(timer->interval(), 1000) << "in a while";
+    timer->start(0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !widget; }));
+}
+
+TEST_F(CatalogueWindowTest, oneThatOnlyASheetWantedIsGivenUpToo) {
+    const QPointer<QWidget> widget = window->widget();
+    auto* timer = widget->findChild<QTimer*>("releaseTimer");
+    EXPECT_TRUE(timer->isActive());
+    timer->start(0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !widget; }));
 }
 
 TEST_F(CatalogueWindowTest, isFitForKeyboardAndScreenReader) {
