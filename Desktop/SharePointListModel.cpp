@@ -21,9 +21,11 @@ QString name(const SharePointDefinition& sharePoint) {
     return host ? ShownText::line(textOf(host->displayName.get())) : text;
 }
 
-/// Why the share fails, else where its files are.
+/// Why the share fails, else where its files are. A volume that another program unmounted leaves its path.
 QString explanation(const SharePointDefinition& sharePoint) {
-    return ShownText::line(textOf(sharePoint.isError.get() ? sharePoint.lastError.get() : sharePoint.volumePath.get()));
+    if (sharePoint.isError.get())
+        return ShownText::line(textOf(sharePoint.lastError.get()));
+    return sharePoint.mounted.get() ? ShownText::line(textOf(sharePoint.volumePath.get())) : QString();
 }
 
 QString status(const SharePointDefinition& sharePoint) {

@@ -98,6 +98,8 @@ TEST_F(SharePointListModelTest, anErrorIsExplainedAsLongAsItHolds) {
 
 TEST_F(SharePointListModelTest, aMountedShareSaysWhereItsFilesAre) {
     docs->volumePath.set("/home/anna/Volumes/docs");
+    EXPECT_EQ(text(RecordRole::explanation), "") << "not any more";
+    docs->setMounted(true);
     EXPECT_EQ(text(RecordRole::explanation), "/home/anna/Volumes/docs");
     docs->setLastError("Its script failed");
     EXPECT_EQ(text(RecordRole::explanation), "Its script failed");
