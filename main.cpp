@@ -37,14 +37,16 @@ void tellUser(std::string_view text) {
     (void)!write(userErrors, text.data(), text.size());
 }
 
-/// Qt's messages go to the log; the last words of one that cannot go on are for the user too, and no core is left.
-void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
+/// Qt's messages go to the log. What is wrong with the display is for the user too, and so are the last words of a Qt
+/// that cannot go on, which leaves no core.
+void handleMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     const auto line = "quorrel: " + message.toStdString() + '\n';
     (void)!write(STDERR_FILENO, line.data(), line.size());
-    if (type != QtFatalMsg)
-        return;
-    tellUser(line);
-    _exit(EXIT_FAILURE);
+    const std::string_view category = context.category ? context.category : "";
+    if (type == QtFatalMsg || (type == QtWarningMsg && category.starts_with("qt.qpa.")))
+        tellUser(line);
+    if (type == QtFatalMsg)
+        _exit(EXIT_FAILURE);
 }
 
 /// The options that need no display; whether there was one.
