@@ -1,0 +1,92 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""One run of the program on the test bed's desktop, and what it may not leave behind."""
+
+import os
+import subprocess
+import time
+
+from gi.repository import Gio, GLib
+
+from testbed_lib import screen
+
+BUS_NAME = "org.quorrel.Quorrel"
+PROMPTNESS = 1.0  # seconds: within so many the program ends, whatever hangs
+
+
+def expect(condition, what):
+    if not condition:
+        raise AssertionError(what)
+
+
+def catalogue_file():
+    return os.path.join(os.environ["XDG_DATA_HOME"], "Quorrel", "Quorrel2.plist")
+
+
+def catalogue_state():
+    """What changes with every save, even with one of the same content."""
+    status = os.stat(catalogue_file())
+    with open(catalogue_file(), "rb") as file:
+        return status.st_ino, status.st_mtime_ns, file.read(), sorted(os.listdir(os.path.dirname(catalogue_file())))
+
+
+def owns_name():
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    return bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
+                         GLib.Variant("(s)", (BUS_NAME,)), None, Gio.DBusCallFlags.NONE, 5000, None).unpack()[0]
+
+
+def mounts():
+    """What is mounted in this session, and the links to it."""
+    listed = subprocess.run(["gio", "mount", "--list"], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                            timeout=20, check=False).stdout
+    volumes = os.path.join(os.environ["HOME"], "Volumes")
+    return [line for line in listed.splitlines() if "://" in line] \
+        + (os.listdir(volumes) if os.path.isdir(volumes) else [])
+
+
+def _processes_of(session):
+    found = []
+    for pid in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{pid}/stat", encoding="utf-8") as file:
+                state, _, _, its_session = file.read().rpartition(") ")[2].split()[:4]
+        except (FileNotFoundError, ProcessLookupError):
+            continue
+        if int(its_session) == session and state != "Z":
+            found.append(int(pid))
+    return found
+
+
+class Running:
+    """The program, in a process session of its own."""
+
+    def __init__(self, program):
+        self.name = os.path.basename(program)
+        self.process = subprocess.Popen(  # pylint: disable=consider-using-with
+            [program], env=dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1"), stdin=subprocess.DEVNULL,
+            start_new_session=True)
+
+    def application(self):
+        return screen.application(self.name)
+
+    def end(self, number):
+        """Sends the signal; the program has to heed it in order and in time."""
+        start = time.monotonic()
+        self.process.send_signal(number)
+        self.await_end(start)
+
+    def await_end(self, start):
+        status = self.process.wait(10)
+        seconds = time.monotonic() - start
+        expect(status == 0, f"it ended with {status}")
+        expect(seconds < PROMPTNESS, f"it took {seconds:.2f} s to end")
+        left = _processes_of(self.process.pid)
+        expect(not left, f"processes {left} are left")
+        screen.wait_for(lambda: not owns_name(), "its name is still on the bus")
+        return seconds
+
+    def kill(self):
+        """For whoever failed: it leaves nothing in anybody's way."""
+        if self.process.poll() is None:
+            self.process.kill()
+        self.process.wait(5)
