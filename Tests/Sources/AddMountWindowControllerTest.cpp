@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 namespace quorrel {
 
@@ -180,6 +181,8 @@ struct MissingField final {
     const char* title;
     const char* message;
     const char* focus;
+
+    friend void PrintTo(const MissingField& missing, std::ostream* output) { *output << missing.what; }
 };
 
 class MissingFieldTest : public AddMountFixture, public testing::WithParamInterface<MissingField> { };
