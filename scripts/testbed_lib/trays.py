@@ -8,6 +8,9 @@ from . import screen
 _WATCHER = ("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher")
 _INDENT = "\u2003"
 
+# What can be an icon's place, in pixels, on a screen of either scale.
+_SMALLEST, _LARGEST = 16, 80
+
 
 def _plain(label):
     return label.replace(_INDENT, "").replace("\u2068", "").replace("\u2069", "").strip()
@@ -21,6 +24,11 @@ class _Tray:
     def has_icon(self):
         return self.place() is not None
 
+    @staticmethod
+    def _place_of(window_class):
+        return next(((x, y, width, height) for x, y, width, height in screen.shapes_of(window_class)
+                     if _SMALLEST <= width <= _LARGEST and _SMALLEST <= height <= _LARGEST), None)
+
     def icon(self):
         return screen.wait_for(self.place, "the tray shows no icon")
 
@@ -30,15 +38,15 @@ class Panel(_Tray):
     rows are read where the panel reads them, and chosen by keys."""
 
     def __init__(self):
-        self._panel = screen.application("xfce4-panel")
         self._bus = Gio.bus_get_sync(Gio.BusType.SESSION)
 
     def place(self):
-        # The only button is our icon.
-        for node in self._panel.walk():
-            if node.role == "push button" and node.has("SHOWING") and node.place()[2] > 1:
-                return node.place()
-        return None
+        # The part of the panel that holds icons is a program of its own, with no width while there are none. Its menus
+        # are windows of the same class.
+        return self._place_of("wrapper-2.0") if self._items() else None
+
+    def _items(self):
+        return self._property(*_WATCHER, "RegisteredStatusNotifierItems")
 
     def _call(self, service, path, interface, method, arguments):
         return self._bus.call_sync(service, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE,
@@ -49,7 +57,7 @@ class Panel(_Tray):
                           GLib.Variant("(ss)", (interface, name)))[0]
 
     def _layout(self):
-        item = self._property(*_WATCHER, "RegisteredStatusNotifierItems")[0]
+        item = screen.wait_for(self._items, "no icon is registered")[0]
         service, path = item.split("/", 1)
         menu = self._property(service, "/" + path, "org.kde.StatusNotifierItem", "Menu")
         return self._call(service, menu, "com.canonical.dbusmenu", "GetLayout",
@@ -118,7 +126,6 @@ class Trayer(_Tray):
     """An XEmbed tray: the icon is the program's own window, and so is its menu, whose rows are read out one by one."""
 
     _CLICKS = 3
-    _LARGEST = 40
     _MANY = 60
 
     def __init__(self, program):
@@ -126,11 +133,7 @@ class Trayer(_Tray):
         self._reader = screen.Reader()
 
     def place(self):
-        # The one window of the program that is no larger than a row of the tray.
-        for x, y, width, height in screen.shapes_of(self._program):
-            if width <= self._LARGEST and height <= self._LARGEST:
-                return x, y, width, height
-        return None
+        return self._place_of(self._program)
 
     def _open(self):
         before = len(screen.shapes_of(self._program))
