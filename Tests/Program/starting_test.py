@@ -90,6 +90,8 @@ class Starts:
         screen.tool("xdotool", "windowsize", "--sync", number, "900", "500", "windowmove", "--sync", number, "70", "90")
         screen.wait_for(lambda: self.await_window()[3:] == (900, 500), "it does not take the size")
         left = self.await_window()
+        # What the screen's server knows may still be on its way to the program.
+        screen.wait_for(lambda: "900 500" in self.stored(), lambda: f"the frame is not stored:\n{self.stored()}")
         self.run.end(signal.SIGTERM)
         # More than once: a frame may not creep by the width of its border.
         for _ in range(3):
@@ -105,6 +107,11 @@ class Starts:
 
             screen.wait_for(is_there, lambda: f"it is at {place[1:]} instead of {left[1:]}", seconds=5)
             self.run.end(signal.SIGTERM)
+
+    @staticmethod
+    def stored():
+        with open(os.path.join(os.environ["XDG_CONFIG_HOME"], "Quorrel", "Quorrel.conf"), encoding="utf-8") as file:
+            return file.read()
 
     def close(self):
         if self.run:
