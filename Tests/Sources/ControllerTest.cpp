@@ -12,30 +12,30 @@ constexpr auto patience = std::chrono::seconds(20);
 
 class Blocker final : public Operation {
 public:
-    explicit Blocker(Gate& gate)
+    explicit Blocker(WorkerGate& gate)
         : m_gate(gate) { }
     void main() override { m_gate.pass(); }
 
 private:
-    Gate& m_gate;
+    WorkerGate& m_gate;
 };
 
 } // namespace
 
-void Gate::pass() {
+void WorkerGate::pass() {
     std::unique_lock lock(m_mutex);
     ++m_visitors;
     m_changed.notify_all();
     m_changed.wait_for(lock, patience, [this] { return m_isOpen; });
 }
 
-void Gate::open() {
+void WorkerGate::open() {
     const std::lock_guard lock(m_mutex);
     m_isOpen = true;
     m_changed.notify_all();
 }
 
-bool Gate::waitForVisitors(int count) {
+bool WorkerGate::waitForVisitors(int count) {
     std::unique_lock lock(m_mutex);
     return m_changed.wait_for(lock, patience, [&] { return m_visitors >= count; });
 }

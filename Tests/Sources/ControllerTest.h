@@ -35,7 +35,7 @@
 namespace quorrel {
 
 /// Holds the workers of a queue until it is opened.
-class Gate final {
+class WorkerGate final {
 public:
     void pass();
     void open();
@@ -108,7 +108,7 @@ protected:
     std::unique_ptr<QuorrelAppDelegate> controller = std::make_unique<QuorrelAppDelegate>(environment);
 
 private:
-    Gate m_gate;
+    WorkerGate m_gate;
 };
 
 } // namespace quorrel
