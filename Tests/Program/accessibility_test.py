@@ -12,8 +12,9 @@ import subprocess
 import sys
 
 import program_test
-from program_test import SERVICE, SHARE, expect  # which finds the test bed's modules, too
+from program_test import SERVICE, SHARE  # which finds the test bed's modules, too
 import hearing
+from running import expect, failed
 from testbed_lib import screen
 
 STEPS = ("starts", "hears_the_empty_window", "hears_the_preferences", "hears_the_about_panel",
@@ -308,9 +309,7 @@ def main():
             getattr(journey, step)()
             print(f"ok  {step}", flush=True)
     except Exception as error:  # pylint: disable=broad-except
-        picture = screen.picture(os.path.join(os.environ.get("PICTURES", os.environ["QTB_DIR"]), f"{step}.png"))
-        print(f"FAILED  {step}: {error}\n{picture}", file=sys.stderr)
-        return 1
+        return failed(step, error)
     finally:
         if journey.process and journey.process.poll() is None:
             journey.process.kill()

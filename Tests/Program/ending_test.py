@@ -17,7 +17,7 @@ HERE = os.path.dirname(os.path.realpath(__file__))
 sys.path[:0] = [HERE, os.path.join(HERE, "..", "..", "scripts")]
 
 import running  # noqa: E402
-from running import expect  # noqa: E402
+from running import expect, failed  # noqa: E402
 from testbed_lib import catalogue, screen, trays  # noqa: E402
 
 HOST = "127.0.0.9"
@@ -133,9 +133,7 @@ def main():
             endings.ended()
             print(f"ok  {name}", flush=True)
         except Exception as error:  # pylint: disable=broad-except
-            picture = screen.picture(os.path.join(os.environ.get("PICTURES", os.environ["QTB_DIR"]), f"{name}.png"))
-            print(f"FAILED  {name}: {error}\n{picture}", file=sys.stderr)
-            return 1
+            return failed(name, error)
         finally:
             endings.run.kill()
     return 0

@@ -12,17 +12,13 @@ import subprocess
 import sys
 
 HERE = os.path.dirname(os.path.realpath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "..", "scripts"))
+sys.path[:0] = [HERE, os.path.join(HERE, "..", "..", "scripts")]
 
+from running import expect, failed  # noqa: E402
 from testbed_lib import screen, trays  # noqa: E402
 
 SERVICE = "Server Message Block (smb)"
 SHARE = "priv"
-
-
-def expect(condition, what):
-    if not condition:
-        raise AssertionError(what)
 
 
 class Journey:
@@ -188,9 +184,7 @@ def main():
         journey.log_holds_no_password()
         print("ok  quits")
     except Exception as error:  # pylint: disable=broad-except
-        picture = screen.picture(os.path.join(os.environ.get("PICTURES", os.environ["QTB_DIR"]), f"{step}.png"))
-        print(f"FAILED  {step}: {error}\n{picture}", file=sys.stderr)
-        return 1
+        return failed(step, error)
     finally:
         if process and process.poll() is None:
             process.kill()

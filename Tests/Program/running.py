@@ -3,6 +3,7 @@
 
 import os
 import subprocess
+import sys
 import time
 
 from gi.repository import Gio, GLib
@@ -16,6 +17,13 @@ PROMPTNESS = 1.0  # seconds: within so many the program ends, whatever hangs
 def expect(condition, what):
     if not condition:
         raise AssertionError(what)
+
+
+def failed(step, error):
+    """Says so beside a picture of the screen, and returns the exit status."""
+    folder = os.environ.get("PICTURES", os.environ["QTB_DIR"])
+    print(f"FAILED  {step}: {error}\n{screen.picture(os.path.join(folder, step + '.png'))}", file=sys.stderr)
+    return 1
 
 
 def catalogue_file():

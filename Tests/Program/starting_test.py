@@ -14,7 +14,7 @@ HERE = os.path.dirname(os.path.realpath(__file__))
 sys.path[:0] = [HERE, os.path.join(HERE, "..", "..", "scripts")]
 
 import running  # noqa: E402
-from running import expect  # noqa: E402
+from running import expect, failed  # noqa: E402
 from testbed_lib import screen, trays  # noqa: E402
 
 WIDTH, HEIGHT = 1280, 800
@@ -130,9 +130,7 @@ def main():
             getattr(starts, name)()
             print(f"ok  {name}", flush=True)
     except Exception as error:  # pylint: disable=broad-except
-        picture = screen.picture(os.path.join(os.environ.get("PICTURES", os.environ["QTB_DIR"]), f"{name}.png"))
-        print(f"FAILED  {name}: {error}\n{picture}", file=sys.stderr)
-        return 1
+        return failed(name, error)
     finally:
         starts.close()
     return 0
