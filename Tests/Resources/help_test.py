@@ -18,6 +18,9 @@ def source(path):
     return (ROOT / path).read_text(encoding="utf-8")
 
 
+STYLE = source("Resources/Help/help.css")
+
+
 def page(language):
     return RESOURCES / "Help" / ("index.html" if language == "en" else f"index.{language}.html")
 
@@ -45,8 +48,8 @@ class Help(unittest.TestCase):
         for language in ["en", *LANGUAGES]:
             yield language, ElementTree.parse(page(language)).getroot()
 
-    def test_there_is_one_page_for_each_language_and_no_other(self):
-        expected = sorted(page(language).name for language in ["en", *LANGUAGES])
+    def test_there_is_one_page_for_each_language_and_one_style(self):
+        expected = sorted(["help.css", *(page(language).name for language in ["en", *LANGUAGES])])
         self.assertEqual(sorted(path.name for path in (RESOURCES / "Help").iterdir()), expected)
 
     def test_every_page_says_its_language(self):
@@ -55,12 +58,14 @@ class Help(unittest.TestCase):
             self.assertTrue(root.findtext("head/title").strip())
 
     def test_nothing_is_fetched_from_elsewhere(self):
+        self.assertNotIn("url(", STYLE)
+        self.assertNotIn("@import", STYLE)
         for _, root in self.each_page():
-            style = root.findtext("head/style")
-            self.assertNotIn("url(", style)
-            self.assertNotIn("@import", style)
             for element in root.iter():
-                self.assertNotIn(element.tag, ("script", "link", "iframe", "img", "object"))
+                self.assertNotIn(element.tag, ("script", "style", "iframe", "img", "object"))
+                if element.tag == "link":
+                    self.assertEqual(element.attrib, {"rel": "stylesheet", "href": "help.css"})
+                    continue
                 for name in ("src", "href"):
                     self.assertTrue(element.get(name, "#").startswith("#"), element.get(name))
 
@@ -76,14 +81,13 @@ class Help(unittest.TestCase):
         english = ElementTree.parse(page("en")).getroot()
         sections = [section.get("id") for section in english.iter("section")]
         for language, root in self.each_page():
-            self.assertEqual(root.findtext("head/style"), english.findtext("head/style"))
+            self.assertEqual(len(root.findall("head/link")), 1)
             self.assertEqual([section.get("id") for section in root.iter("section")], sections)
             for tag in ("code", "tr", "dt", "li"):
                 self.assertEqual(len(list(root.iter(tag))), len(list(english.iter(tag))), f"{language} {tag}")
 
     def test_light_and_dark_are_cared_for(self):
-        for _, root in self.each_page():
-            self.assertIn("prefers-color-scheme: dark", root.findtext("head/style"))
+        self.assertIn("prefers-color-scheme: dark", STYLE)
 
     def test_every_preference_is_told_of_by_its_label_and_by_its_name(self):
         form = re.sub(r"\s+", " ", source("Desktop/PreferencesForm.cpp"))
