@@ -142,6 +142,24 @@ TEST_F(CatalogueWindowTest, theSelectionSurvivesWhateverComesAndGoesAroundIt) {
     EXPECT_EQ(changes, 1);
 }
 
+TEST_F(CatalogueWindowTest, theSelectionSurvivesInAListThatIsShownAnew) {
+    std::vector<std::string> names;
+    for (int number = 1000; number < 1200; ++number)
+        names.push_back(std::to_string(number));
+    const auto nas = addHost("nas", names);
+    select(nas);
+    sharePoints.setSelectedObjects({ nas->sharePointForName("1100") });
+    show();
+    const QSignalSpy resets(sharePointsList().model(), &QAbstractItemModel::modelReset);
+    for (int number = 1001; number < 1200; number += 2)
+        nas->sharePoints.remove(nas->sharePointForName(std::to_string(number)));
+    showSelectedHost();
+    turn();
+    EXPECT_EQ(resets.count(), 1) << "too much went for one by one";
+    EXPECT_EQ(selectedName(sharePointsList()), "1100");
+    EXPECT_THAT(sharePoints.selectedObjects(), ElementsAre(nas->sharePointForName("1100")));
+}
+
 TEST_F(CatalogueWindowTest, recordsMayChangeOnFourThreadsWhileTheyAreShown) {
     const auto nas = addHost("nas", std::vector<std::string>(1, "selected"));
     std::vector<SharePointPointer> many;
