@@ -19,13 +19,19 @@ namespace quorrel {
 
 using ::testing::ElementsAre;
 
-using AddMountDialogTest = AddMountFixture;
+class AddMountDialogTest : public AddMountFixture {
+protected:
+    /// Fills in what every share must have.
+    static void describe(AddMountForm& sheet, const char* server, const char* share) {
+        typeServer(sheet, server);
+        choose(sheet, "Server");
+        type(sheet, "sharePoint", share);
+    }
+};
 
 TEST_F(AddMountDialogTest, WhatIsTypedAndSavedIsInTheCatalogue) {
     auto& sheet = add();
-    typeServer(sheet, "diskstation");
-    choose(sheet, "Server");
-    type(sheet, "sharePoint", "photos");
+    describe(sheet, "diskstation", "photos");
     type(sheet, "userName", "anna");
     type(sheet, "password", "secret");
     click(sheet, "favroite");
@@ -119,9 +125,7 @@ TEST_F(AddMountDialogTest, AMissingUserNameIsSaidAndAskedForUnlessAGuestLogsIn) 
 TEST_F(AddMountDialogTest, AShareThatStandsThereAlreadyLeavesTheSheetUpWithAllThatWasTyped) {
     addHost("diskstation", { "photos" });
     auto& sheet = add();
-    typeServer(sheet, "diskstation");
-    choose(sheet, "Server");
-    type(sheet, "sharePoint", "photos");
+    describe(sheet, "diskstation", "photos");
     type(sheet, "userName", "berta");
     type(sheet, "scriptArguments", "-v");
     click(sheet, "save");

@@ -28,6 +28,12 @@ protected:
     }
     void selectAll(const std::shared_ptr<HostDefinition>& host) const { select(host, host->sharePoints.snapshot()); }
 
+    /// Asks for the deletion of what is selected, and gives the answer.
+    void deleteSelected(AlertAnswer answer) {
+        controller->deleteSelectedMount();
+        window.answer(answer);
+    }
+
     [[nodiscard]] std::vector<std::string> hostNames() const {
         std::vector<std::string> result;
         for (const auto& host : controller->hosts.snapshot())
@@ -197,8 +203,7 @@ TEST_F(AddMountActionsTest, DeleteWithoutASelectionAsksNothing) {
 TEST_F(AddMountActionsTest, CancelDeletesNothing) {
     const auto host = addHost("nas", smb, { "films" });
     selectAll(host);
-    controller->deleteSelectedMount();
-    window.answer(AlertAnswer::Alternate);
+    deleteSelected(AlertAnswer::Alternate);
     EXPECT_EQ(host->sharePoints.count(), 1U);
     EXPECT_THAT(hostNames(), ElementsAre("nas"));
     EXPECT_THAT(saves, IsEmpty());
@@ -212,8 +217,7 @@ TEST_F(AddMountActionsTest, RemoveDeletesTheFirstSelectedSharePointAlone) {
         if (change == Change::Did)
             announced.emplace_back(key);
     });
-    controller->deleteSelectedMount();
-    window.answer(AlertAnswer::Default);
+    deleteSelected(AlertAnswer::Default);
     EXPECT_FALSE(host->sharePointForName("music"));
     EXPECT_EQ(host->sharePoints.count(), 2U);
     EXPECT_THAT(hostNames(), ElementsAre("nas"));
@@ -228,8 +232,7 @@ TEST_F(AddMountActionsTest, TheLastSharePointTakesItsHostWithItAlsoOneThatBrowsi
     addHost("attic", smb, { "films" });
     host->bonjour.set(true);
     selectAll(host);
-    controller->deleteSelectedMount();
-    window.answer(AlertAnswer::Default);
+    deleteSelected(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 0U);
     EXPECT_THAT(hostNames(), ElementsAre("attic"));
     EXPECT_THAT(hostNamesAtSave, ElementsAre("attic"));
@@ -241,8 +244,7 @@ TEST_F(AddMountActionsTest, AMountedSharePointIsDeletedWithoutBeingUnmounted) {
     mounted->setMounted(true);
     mounted->referenceNumber.set(7);
     select(host, { mounted });
-    controller->deleteSelectedMount();
-    window.answer(AlertAnswer::Default);
+    deleteSelected(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 0U);
     EXPECT_TRUE(mounted->mounted.get());
     EXPECT_EQ(controller->opQueue().operationCount(), 0U);
@@ -254,8 +256,7 @@ TEST_F(AddMountActionsTest, TheHostIsTheOneOfTheService) {
     const auto sharePoint = host->sharePointForName("films");
     sharePoint->parentHost.set(other);
     select(host, { sharePoint });
-    controller->deleteSelectedMount();
-    window.answer(AlertAnswer::Default);
+    deleteSelected(AlertAnswer::Default);
     EXPECT_EQ(host->sharePoints.count(), 1U);
 }
 
@@ -264,8 +265,7 @@ TEST_F(AddMountActionsTest, ASharePointWhoseServiceIsUnknownCanBeDeletedToo) {
     const auto sharePoint = addShare(host, ftp, "music");
     ASSERT_FALSE(sharePoint->parentService.get().lock());
     select(host, { sharePoint });
-    controller->deleteSelectedMount();
-    window.answer(AlertAnswer::Default);
+    deleteSelected(AlertAnswer::Default);
     EXPECT_FALSE(host->sharePointForName("music"));
     EXPECT_EQ(saves.size(), 1U);
 }
