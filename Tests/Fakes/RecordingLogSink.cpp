@@ -26,6 +26,11 @@ std::vector<std::string> RecordingLogSink::texts() const {
     return texts;
 }
 
+std::string RecordingLogSink::lastText() const {
+    const auto all = texts();
+    return all.empty() ? std::string() : all.back();
+}
+
 bool RecordingLogSink::contains(std::string_view text) const {
     const std::lock_guard lock(m_mutex);
     return std::any_of(

@@ -21,6 +21,8 @@ public:
     [[nodiscard]] std::vector<std::string> lines() const;
     /// What stands behind each line's stamp, without the line feed.
     [[nodiscard]] std::vector<std::string> texts() const;
+    /// The last of these; empty while there is none.
+    [[nodiscard]] std::string lastText() const;
     /// Whether some line has that in it.
     [[nodiscard]] bool contains(std::string_view text) const;
     void clear();

@@ -94,7 +94,7 @@ TEST_F(LookupToolsTest, aNameThatDoesNotExistFails) {
     EXPECT_FALSE(nslookup.lookup("nosuch.lan.test"));
     EXPECT_EQ(nslookup.IP4(), std::nullopt);
     EXPECT_THAT(sink.texts(), Contains(HasSubstr("NXDOMAIN")));
-    EXPECT_EQ(sink.texts().back(), "nslookup Failed.");
+    EXPECT_EQ(sink.lastText(), "nslookup Failed.");
 }
 
 TEST_F(LookupToolsTest, aDeadServerEndsTheLookupInTheTimeThatTheSystemAllows) {
@@ -115,7 +115,7 @@ TEST_F(LookupToolsTest, anOptionInsteadOfANameAsksNobody) {
 TEST_F(LookupToolsTest, nmblookupFindsAName) {
     EXPECT_TRUE(nmblookup.lookup("HOSTB"));
     EXPECT_EQ(nmblookup.IP4(), "10.77.0.2");
-    EXPECT_EQ(sink.texts().back(), "nmblookup resolved HOSTB to: 10.77.0.2");
+    EXPECT_EQ(sink.lastText(), "nmblookup resolved HOSTB to: 10.77.0.2");
 }
 
 TEST_F(LookupToolsTest, nmblookupEchoesTheLetterCaseItWasAskedIn) {
@@ -126,7 +126,7 @@ TEST_F(LookupToolsTest, nmblookupEchoesTheLetterCaseItWasAskedIn) {
 TEST_F(LookupToolsTest, nmblookupDoesNotFindWhatNobodyIsCalled) {
     EXPECT_FALSE(nmblookup.lookup("NOSUCH"));
     EXPECT_EQ(nmblookup.IP4(), std::nullopt);
-    EXPECT_EQ(sink.texts().back(), "nmblookup Failed.");
+    EXPECT_EQ(sink.lastText(), "nmblookup Failed.");
 }
 
 TEST_F(LookupToolsTest, aToolThatIsNotThereFails) {

@@ -237,7 +237,7 @@ TEST_F(MountOperationTest, ASharePointDeletedUnderItsMountIsMountedToTheEnd) {
     operation->main();
     ASSERT_FALSE(weak.expired());
     EXPECT_TRUE(weak.lock()->mounted.get());
-    EXPECT_EQ(sink.texts().back(), "Mount Operation Finished for :Host: Mount:Data");
+    EXPECT_EQ(sink.lastText(), "Mount Operation Finished for :Host: Mount:Data");
     operation.reset();
     EXPECT_TRUE(weak.expired());
 }
@@ -257,6 +257,7 @@ TEST_F(MountOperationTest, EveryServiceHasItsMounter) {
         const auto sharePoint = share(displayType);
         sharePoint->guestLogin.set(true);
         mount(sharePoint);
+        ASSERT_FALSE(volumes.requests().empty());
         EXPECT_EQ(volumes.requests().back().url, url);
         const auto user = volumes.requests().back().user;
         EXPECT_EQ(user, displayType == ftp ? "anonymous" : url.starts_with("http") ? "ann" : "Guest");
@@ -363,7 +364,7 @@ TEST_F(MountOperationTest, AScriptThatCannotBeStartedLeavesTheShareMounted) {
     EXPECT_EQ(sharePoint->lastError.get(), "Das Skript startet nicht.");
     EXPECT_TRUE(sharePoint->isError.get());
     EXPECT_EQ(countOfLine("The script /bin/after could not be started: Permission denied"), 1);
-    EXPECT_EQ(sink.texts().back(), "The script /bin/after could not be started: Permission denied");
+    EXPECT_EQ(sink.lastText(), "The script /bin/after could not be started: Permission denied");
     expectAtRest(*sharePoint);
 }
 

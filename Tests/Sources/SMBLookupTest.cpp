@@ -62,7 +62,7 @@ TEST_F(SMBLookupTest, logsTheOutputEvenWhenTheLogIsOff) {
 TEST_F(SMBLookupTest, theFailureMarkerFailsInAnyLetterCase) {
     EXPECT_FALSE(lookUp("NOSUCH", "Name_Query FAILED TO FIND name NOSUCH\n10.0.1.7 NOSUCH<00>\n"));
     EXPECT_EQ(tool.IP4(), std::nullopt);
-    EXPECT_EQ(sink.texts().back(), "nmblookup Failed.");
+    EXPECT_EQ(sink.lastText(), "nmblookup Failed.");
 }
 
 TEST_F(SMBLookupTest, theOtherToolsFailureMarkerMeansNothing) {

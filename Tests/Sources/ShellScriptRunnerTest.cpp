@@ -49,7 +49,7 @@ TEST_F(ShellScriptRunnerTest, TheRunIsLoggedBeforeTheScriptCanHang) {
 TEST_F(ShellScriptRunnerTest, OutputOutsideAsciiIsReplacedAndItsControlsEscaped) {
     childProcess.setOutput("/bin/after", "gr\xC3\xBCn 100%@ \x1B[31m\ttab");
     EXPECT_TRUE(execute(""));
-    EXPECT_EQ(sink.texts().back(), "gr\xEF\xBF\xBD\xEF\xBF\xBDn 100%@ \\x1b[31m\ttab");
+    EXPECT_EQ(sink.lastText(), "gr\xEF\xBF\xBD\xEF\xBF\xBDn 100%@ \\x1b[31m\ttab");
 }
 
 TEST_F(ShellScriptRunnerTest, WithTheLogOffTheScriptRunsInSilence) {

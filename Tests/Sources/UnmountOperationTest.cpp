@@ -198,7 +198,7 @@ TEST_F(UnmountOperationTest, AShareAndItsHostDeletedUnderTheUnmountAreHarmless) 
     operation->main();
     ASSERT_FALSE(weak.expired());
     EXPECT_FALSE(weak.lock()->mounted.get());
-    EXPECT_EQ(sink.texts().back(), "Unmount operation Finished for :Host: Mount:Data");
+    EXPECT_EQ(sink.lastText(), "Unmount operation Finished for :Host: Mount:Data");
     operation.reset();
     EXPECT_TRUE(weak.expired());
 }
