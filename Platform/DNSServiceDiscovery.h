@@ -100,9 +100,9 @@ public:
     /// Must outlive the browser or be taken away with null.
     virtual void setDelegate(NetServiceBrowserDelegate* delegate) = 0;
 
-    /// Calls `netServiceBrowserWillSearch` before it returns, all else later from the run loop. A search for the same
-    /// that runs already goes on as it is; one for something else is given up silently. What cannot be searched for
-    /// ends with `netServiceBrowserDidNotSearch`. An absent or empty domain stands for the default one.
+    /// Calls `netServiceBrowserWillSearch` before it returns, each time; all else later from the run loop. A search for
+    /// the same that runs already goes on as it is; one for something else is given up silently. What cannot be
+    /// searched for ends with `netServiceBrowserDidNotSearch`. An absent or empty domain stands for the default one.
     virtual void searchForServicesOfType(const std::string& type, const std::optional<std::string>& domain) = 0;
     virtual void searchForBrowsableDomains() = 0;
 

@@ -1,149 +1,143 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Tests/Fakes/FakeDNSServiceDiscovery.h"
 
+#include "Tests/Fakes/FakeNetService.h"
+
 #include <algorithm>
-#include <cstdint>
 #include <sstream>
 #include <utility>
 
 namespace quorrel {
 
-namespace {
-
-bool isPlain(const std::string& text) {
-    return std::all_of(text.begin(), text.end(), [](char letter) { return letter != '\0' && letter != '\xFF'; });
-}
-
-/// As strict as a real network is, so far as tests try it.
-bool isPossible(const FakeDNSServiceDiscovery::Request& request) {
-    return !request.name.empty() && request.name.size() < 64 && isPlain(request.name) && request.type.starts_with('_')
-        && isPlain(request.type) && isPlain(request.domain.value_or(std::string()));
-}
-
-} // namespace
-
-class FakeDNSServiceDiscovery::Service final : public NetService {
-public:
-    Service(FakeDNSServiceDiscovery& discovery, Request request)
-        : m_discovery(&discovery)
-        , m_request(std::move(request)) {
-        m_discovery->m_services.insert(this);
-    }
-    Service(const Service&) = delete;
-    Service& operator=(const Service&) = delete;
-    ~Service() override {
-        if (!m_discovery)
-            return;
-        m_discovery->forgetEvents(*this);
-        m_discovery->m_services.erase(this);
-    }
-
-    void setDelegate(NetServiceDelegate* delegate) override { m_delegate = delegate; }
-
-    void resolveWithTimeout(Seconds timeout) override {
-        if (!m_discovery)
-            return;
-        m_request.timeout = timeout;
-        m_isUnderWay = true;
-        m_discovery->start(*this, timeout);
-        if (m_delegate)
-            m_delegate->netServiceWillResolve(*this);
-    }
-
-    void stop() override {
-        if (m_discovery)
-            m_discovery->forgetEvents(*this);
-        if (std::exchange(m_isUnderWay, false) && m_delegate)
-            m_delegate->netServiceDidStop(*this);
-    }
-
-    [[nodiscard]] std::string name() const override { return m_request.name; }
-    [[nodiscard]] std::optional<std::vector<SocketAddress>> addresses() const override { return m_answer.addresses; }
-    [[nodiscard]] std::string hostName() const override { return m_answer.hostName; }
-    [[nodiscard]] int port() const override { return m_answer.port; }
-
-    void fail(const std::string& error) {
-        m_discovery->forgetEvents(*this);
-        m_isUnderWay = false;
-        if (m_delegate)
-            m_delegate->netServiceDidNotResolve(*this, error);
-    }
-
-    void answer(Reply reply) {
-        m_isUnderWay = false;
-        m_answer = std::move(reply);
-        if (m_delegate)
-            m_delegate->netServiceDidResolveAddress(*this);
-    }
-
-    [[nodiscard]] bool isUnderWay() const { return m_isUnderWay; }
-    [[nodiscard]] const Request& request() const { return m_request; }
-    void orphan() { m_discovery = nullptr; }
-
-private:
-    FakeDNSServiceDiscovery* m_discovery;
-    Request m_request;
-    NetServiceDelegate* m_delegate = nullptr;
-    bool m_isUnderWay = false;
-    Reply m_answer;
-};
+FakeDNSServiceDiscovery::FakeDNSServiceDiscovery()
+    : m_network(std::make_shared<FakeServiceNetwork>()) { }
 
 FakeDNSServiceDiscovery::~FakeDNSServiceDiscovery() {
-    for (auto* service : m_services)
-        service->orphan();
+    m_network->timeline.clear();
+    m_network->isThere = false;
 }
 
 std::unique_ptr<NetService> FakeDNSServiceDiscovery::makeNetService(
     const std::optional<std::string>& domain, const std::string& type, const std::string& name) {
-    return std::make_unique<Service>(*this, Request { domain, type, name });
+    return std::make_unique<FakeNetService>(m_network, Request { domain, type, name });
+}
+
+std::unique_ptr<NetServiceBrowser> FakeDNSServiceDiscovery::makeNetServiceBrowser() {
+    return std::make_unique<FakeNetServiceBrowser>(m_network);
 }
 
 void FakeDNSServiceDiscovery::setReplies(const std::string& name, std::vector<Reply> replies) {
-    m_replies[name] = std::move(replies);
+    m_network->replies[name] = std::move(replies);
 }
 
-void FakeDNSServiceDiscovery::start(Service& service, Seconds timeout) {
-    forgetEvents(service);
-    m_requests.push_back(service.request());
-    if (!isPossible(service.request())) {
-        m_events.emplace(m_now, Event { &service, Reply { .error = "Invalid service name" } });
+void FakeDNSServiceDiscovery::announce(const std::string& name, const std::string& type, const std::string& domain) {
+    const auto instance = FakeServiceNetwork::instance(name, type, domain);
+    if (m_network->instances[instance]++ == 0 && m_network->isThere)
+        for (auto* browser : m_network->browsers)
+            browser->instanceAppeared(instance);
+}
+
+void FakeDNSServiceDiscovery::withdraw(const std::string& name, const std::string& type, const std::string& domain) {
+    const auto found = m_network->instances.find(FakeServiceNetwork::instance(name, type, domain));
+    if (found == m_network->instances.end() || --found->second > 0)
         return;
-    }
-    for (const auto& reply : repliesFor(service.name()))
-        m_events.emplace(m_now + reply.delay, Event { &service, reply });
-    m_events.emplace(m_now + timeout, Event { &service, std::nullopt });
+    const auto instance = m_network->instances.extract(found).key();
+    if (m_network->isThere)
+        for (auto* browser : m_network->browsers)
+            browser->instanceWent(instance);
+}
+
+void FakeDNSServiceDiscovery::announceDomain(const std::string& domain) {
+    if (m_network->domains.insert(domain).second && m_network->isThere)
+        for (auto* browser : m_network->browsers)
+            browser->domainAppeared(domain);
+}
+
+void FakeDNSServiceDiscovery::withdrawDomain(const std::string& domain) {
+    if (m_network->domains.erase(domain) > 0 && m_network->isThere)
+        for (auto* browser : m_network->browsers)
+            browser->domainWent(domain);
+}
+
+void FakeDNSServiceDiscovery::setTXTRecord(
+    const std::string& name, std::vector<std::uint8_t> data, const std::string& type, const std::string& domain) {
+    const auto instance = FakeServiceNetwork::instance(name, type, domain);
+    m_network->records[instance] = std::move(data);
+    tellRecord(instance);
+}
+
+void FakeDNSServiceDiscovery::removeTXTRecord(
+    const std::string& name, const std::string& type, const std::string& domain) {
+    const auto instance = FakeServiceNetwork::instance(name, type, domain);
+    if (m_network->records.erase(instance) > 0)
+        tellRecord(instance);
+}
+
+void FakeDNSServiceDiscovery::tellRecord(const NetServiceInstance& instance) {
+    const FakeServiceNetwork::OrderByText isBefore;
+    if (!m_network->isThere)
+        return;
+    for (auto* service : m_network->services)
+        if (service->isMonitored() && !isBefore(service->instance(), instance)
+            && !isBefore(instance, service->instance()))
+            service->recordChanged();
+}
+
+void FakeDNSServiceDiscovery::loseDaemon() {
+    if (!std::exchange(m_network->isThere, false))
+        return;
+    for (auto* browser : m_network->browsers)
+        browser->daemonWasLost();
+    for (auto* service : m_network->services)
+        service->daemonWasLost();
+}
+
+void FakeDNSServiceDiscovery::restoreDaemon() {
+    if (std::exchange(m_network->isThere, true))
+        return;
+    for (auto* browser : m_network->browsers)
+        browser->daemonIsBack();
+    for (auto* service : m_network->services)
+        service->daemonIsBack();
+}
+
+void FakeDNSServiceDiscovery::setEventDelay(Seconds delay) {
+    m_network->eventDelay = delay;
+}
+
+void FakeDNSServiceDiscovery::setSearchError(std::optional<std::string> error) {
+    m_network->searchError = std::move(error);
+}
+
+void FakeDNSServiceDiscovery::failSearches(const std::string& error) {
+    for (auto* browser : m_network->browsers)
+        browser->searchFailed(error);
 }
 
 void FakeDNSServiceDiscovery::advance(Seconds duration) {
-    const auto target = m_now + duration;
-    while (!m_events.empty() && m_events.begin()->first <= target) {
-        const auto next = m_events.begin();
-        m_now = std::max(m_now, next->first);
-        auto [service, reply] = std::move(next->second);
-        m_events.erase(next);
-        // A callback may destroy the service and change the script.
-        if (reply && !reply->error)
-            service->answer(std::move(*reply));
-        else if (service->isUnderWay())
-            service->fail(reply ? *reply->error : "Timeout reached");
-        else
-            forgetEvents(*service);
-    }
-    m_now = target;
+    m_network->timeline.advance(duration);
 }
 
 int FakeDNSServiceDiscovery::resolutionsUnderWay() const {
+    const auto& services = m_network->services;
     return static_cast<int>(
-        std::count_if(m_services.begin(), m_services.end(), [](const auto* each) { return each->isUnderWay(); }));
+        std::count_if(services.begin(), services.end(), [](const auto* each) { return each->isUnderWay(); }));
 }
 
-void FakeDNSServiceDiscovery::forgetEvents(const Service& service) {
-    std::erase_if(m_events, [&](const auto& each) { return each.second.service == &service; });
+std::vector<FakeDNSServiceDiscovery::Search> FakeDNSServiceDiscovery::searches() const {
+    std::vector<Search> result;
+    for (const auto* browser : m_network->browsers)
+        if (browser->search())
+            result.push_back(*browser->search());
+    return result;
 }
 
-std::vector<FakeDNSServiceDiscovery::Reply> FakeDNSServiceDiscovery::repliesFor(const std::string& name) const {
-    const auto found = m_replies.find(name);
-    return found == m_replies.end() ? std::vector<Reply>() : found->second;
+std::vector<NetServiceInstance> FakeDNSServiceDiscovery::monitored() const {
+    std::vector<NetServiceInstance> result;
+    for (const auto* service : m_network->services)
+        if (service->isMonitored())
+            result.push_back(service->instance());
+    return result;
 }
 
 SocketAddress FakeDNSServiceDiscovery::addressIPv4(const std::string& dottedDecimal, int port) {
@@ -168,6 +162,15 @@ SocketAddress FakeDNSServiceDiscovery::addressIPv6(int port) {
     address[8] = 0xFD;
     address[23] = 1;
     return address;
+}
+
+std::vector<std::uint8_t> FakeDNSServiceDiscovery::txtRecord(const std::vector<std::string>& strings) {
+    std::vector<std::uint8_t> data;
+    for (const auto& each : strings) {
+        data.push_back(static_cast<std::uint8_t>(each.size()));
+        data.insert(data.end(), each.begin(), each.end());
+    }
+    return data;
 }
 
 } // namespace quorrel
