@@ -40,7 +40,7 @@ public:
 
     /// Every name that a reference was asked for, in order.
     [[nodiscard]] const std::vector<std::string>& requests() const { return m_requests; }
-    /// The names of the references that are alive, and of those the ones that are scheduled, once for each loop; sorted.
+    /// The names of the references that are alive; of those that are scheduled, once for each loop. Sorted.
     [[nodiscard]] std::vector<std::string> alive() const;
     [[nodiscard]] std::vector<std::string> scheduled() const;
 
