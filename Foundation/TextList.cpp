@@ -20,8 +20,25 @@ void TextList::append(std::string text) {
     m_object.didChangeValueForKey(m_key);
 }
 
+void TextList::appendAll(std::vector<std::string> texts) {
+    if (texts.empty())
+        return;
+    m_object.willChangeValueForKey(m_key);
+    {
+        const std::lock_guard lock(m_object.valueMutex());
+        for (auto& text : texts)
+            m_list.append(std::move(text));
+    }
+    m_object.didChangeValueForKey(m_key);
+}
+
 bool TextList::appendUnlessPrinted(std::string text) {
-    if (printedFormContains(text))
+    const auto probe = text;
+    return appendUnlessPrinted(std::move(text), probe);
+}
+
+bool TextList::appendUnlessPrinted(std::string text, std::string_view probe) {
+    if (printedFormContains(probe))
         return false;
     // Announced before it is known for certain: another thread may add the same text in between, and observers must
     // not run under the lock.
@@ -29,7 +46,7 @@ bool TextList::appendUnlessPrinted(std::string text) {
     bool appended = false;
     {
         const std::lock_guard lock(m_object.valueMutex());
-        if (!m_list.printedFormContains(text)) {
+        if (!m_list.printedFormContains(probe)) {
             m_list.append(std::move(text));
             appended = true;
         }

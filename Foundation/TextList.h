@@ -21,8 +21,12 @@ public:
     TextList& operator=(const TextList&) = delete;
 
     void append(std::string text);
+    /// Appends them with one announcement; none, when there are none.
+    void appendAll(std::vector<std::string> texts);
     /// Appends the text unless it occurs anywhere in the printed form; whether it was appended.
     bool appendUnlessPrinted(std::string text);
+    /// The same, looking for another text than the one that is appended.
+    bool appendUnlessPrinted(std::string text, std::string_view probe);
     /// Removes the first item that is equal; whether there was one.
     bool removeFirst(std::string_view text);
 

@@ -118,6 +118,28 @@ TEST(TextListTest, appendsWhatIsNotPrintedYet) {
     EXPECT_TRUE(owner.names.printedFormContains("server"));
 }
 
+TEST(TextListTest, whatIsLookedForNeedNotBeWhatIsAppended) {
+    Owner owner;
+    owner.names.append("my server");
+    EXPECT_FALSE(owner.names.appendUnlessPrinted("my-server", "my server"));
+    EXPECT_TRUE(owner.names.appendUnlessPrinted("my-printer", "my printer"));
+    EXPECT_TRUE(owner.names.appendUnlessPrinted("my-printer", "my printer"));
+    EXPECT_EQ(owner.names.snapshot(), (std::vector<std::string> { "my server", "my-printer", "my-printer" }));
+}
+
+TEST(TextListTest, manyTextsAreAnnouncedOnceAndPrintedAsIfTheyHadComeOneByOne) {
+    Owner owner;
+    owner.names.append("a");
+    std::vector<std::size_t> counts;
+    const auto subscription
+        = owner.observe("names", [&](std::string_view, Change) { counts.push_back(owner.names.count()); });
+    owner.names.appendAll({ "b.c", "a" });
+    owner.names.appendAll({});
+    EXPECT_EQ(counts, (std::vector<std::size_t> { 1, 3 }));
+    EXPECT_EQ(owner.names.snapshot(), (std::vector<std::string> { "a", "b.c", "a" }));
+    EXPECT_TRUE(owner.names.printedFormContains("(\n    a,\n    \"b.c\",\n    a\n)"));
+}
+
 TEST(TextListTest, manyThreadsAddEachNameOnce) {
     Owner owner;
     std::vector<std::thread> threads;
