@@ -114,6 +114,14 @@ std::string lastPathComponent(std::string_view path) {
     return std::string(slash == std::string_view::npos ? trimmed : trimmed.substr(slash + 1));
 }
 
+std::string_view withoutOuterSlashes(std::string_view path) {
+    while (path.starts_with('/'))
+        path.remove_prefix(1);
+    while (path.ends_with('/'))
+        path.remove_suffix(1);
+    return path;
+}
+
 std::string percentDecoded(std::string_view text) {
     std::string result;
     result.reserve(text.size());

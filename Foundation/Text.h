@@ -27,6 +27,9 @@ namespace quorrel::Text {
 /// What stands behind the last slash, trailing slashes aside; empty for a text of slashes alone.
 [[nodiscard]] std::string lastPathComponent(std::string_view path);
 
+/// The text without the slashes that it begins and ends with.
+[[nodiscard]] std::string_view withoutOuterSlashes(std::string_view path);
+
 /// Undoes the percent escapes of a URL's part; a percent sign that begins none stays.
 [[nodiscard]] std::string percentDecoded(std::string_view text);
 

@@ -79,4 +79,11 @@ TEST(TextTest, theLastPathComponentIsBehindTheLastSlash) {
     EXPECT_EQ(lastPathComponent(""), "");
 }
 
+TEST(TextTest, outerSlashesGoAndInnerOnesStay) {
+    EXPECT_EQ(withoutOuterSlashes("//a//b/"), "a//b");
+    EXPECT_EQ(withoutOuterSlashes("a"), "a");
+    EXPECT_EQ(withoutOuterSlashes("///"), "");
+    EXPECT_EQ(withoutOuterSlashes(""), "");
+}
+
 } // namespace quorrel::Text
