@@ -86,6 +86,17 @@ std::string escapedControls(std::string_view text) {
     return result;
 }
 
+bool isUTF8(std::string_view bytes) {
+    std::size_t index = 0;
+    while (index < bytes.size()) {
+        const auto length = sequenceLength(bytes, index);
+        if (length == 0)
+            return false;
+        index += length;
+    }
+    return true;
+}
+
 std::string fromASCII(std::string_view bytes) {
     std::string result;
     result.reserve(bytes.size());

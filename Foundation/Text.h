@@ -18,6 +18,8 @@ namespace quorrel::Text {
 /// As `filled`, each value escaped by `escapedControls` first.
 [[nodiscard]] std::string filledEscaped(std::string_view format, std::initializer_list<std::string> values);
 
+[[nodiscard]] bool isUTF8(std::string_view bytes);
+
 /// Decodes bytes as ASCII: others become U+FFFD.
 [[nodiscard]] std::string fromASCII(std::string_view bytes);
 

@@ -48,6 +48,14 @@ TEST(TextTest, everyControlCharacterIsEscapedSaveLineFeedAndTab) {
     EXPECT_EQ(escapedControls("\xC2\x80\xC2\x9F\xC2\xA0"), "\\xc2\\x80\\xc2\\x9f\xC2\xA0");
 }
 
+TEST(TextTest, wellFormedUTF8IsTold) {
+    for (const std::string text : { "", "plain", "ä€😀", "\xEF\xBF\xBF", "\xF4\x8F\xBF\xBF" })
+        EXPECT_TRUE(isUTF8(text)) << text;
+    EXPECT_TRUE(isUTF8(std::string_view("a\0b", 3)));
+    for (const std::string text : { "\x80", "a\xFF", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "a\xE2\x82" })
+        EXPECT_FALSE(isUTF8(text)) << escapedControls(text);
+}
+
 TEST(TextTest, onlyWellFormedUTF8Stays) {
     for (const std::string text : { "ä", "€", "😀", "\xEF\xBF\xBF", "\xF4\x8F\xBF\xBF", "\xED\x9F\xBF", "\xEE\x80\x80" })
         EXPECT_EQ(escapedControls(text), text);
