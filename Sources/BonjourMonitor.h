@@ -38,6 +38,8 @@ public:
     void netServiceDidStop(NetService&) override { }
 
 private:
+    void endWatch();
+
     const DiscoveryEnvironment& m_environment;
     std::unique_ptr<NetService> m_bonjourMonitor;
     std::weak_ptr<HostDefinition> m_hostRef;
