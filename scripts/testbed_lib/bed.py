@@ -132,8 +132,7 @@ class Bed:
     def start(self, name, command, environment=None):
         """Starts a daemon in a session of its own, so that its group can be signalled as a whole."""
         environment = environment or self.environment(session=False)
-        # For a restart, which is made by another process.
-        self.write(self.path("log", f"{name}.json"), json.dumps({"command": command, "environment": environment}))
+        self.write_recipe(name, command, environment)
         try:
             process = spawn(command, environment, self.path("log", f"{name}.log"),
                             preexec_fn=lambda: processes.die_with_parent(signal.SIGTERM))
@@ -142,6 +141,14 @@ class Bed:
                           "scripts/install-packages test installs it") from error
         self.running[name] = process
         return process
+
+    def write_recipe(self, name, command, environment):
+        """For a restart, which is made by another process."""
+        self.write(self.path("log", f"{name}.json"), json.dumps({"command": command, "environment": environment}))
+
+    def launch(self, command):
+        """Starts what the run is made for, on the caller's terminal."""
+        return subprocess.Popen(command, env=self.environment())
 
     def run_tool(self, command, text=None, environment=None):
         """Runs a short tool to its end. `text` goes to its standard input."""

@@ -6,7 +6,7 @@ import random
 import socket
 import struct
 
-from . import processes
+from . import namespaces, processes, smb
 from .bed import Failure, accepts_unix
 
 _DNS_ADDRESS = "127.0.0.1"
@@ -16,14 +16,14 @@ _NETBIOS_ADDRESS = "10.77.0.2"
 
 # ---- DNS ---------------------------------------------------------------
 
-def _dns_answers():
-    """Asks for files.lan.test, type A."""
+def dns_answers(server, asked):
+    """Whether that server knows an address of that name."""
     number = random.randrange(65536)
-    name = b"".join(bytes([len(part)]) + part for part in (b"files", b"lan", b"test")) + b"\0"
+    name = b"".join(bytes([len(part)]) + part.encode() for part in asked.split(".")) + b"\0"
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
         probe.settimeout(1)
         try:
-            probe.connect((_DNS_ADDRESS, 53))
+            probe.connect((server, 53))
             probe.send(struct.pack(">6H", number, 0x0100, 1, 0, 0, 0) + name + struct.pack(">2H", 1, 1))
             reply = probe.recv(512)
         except OSError:
@@ -53,13 +53,13 @@ def start_dns(bed):
              "host-record=attic.local,127.0.0.6",
              "host-record=cellar.local,127.0.0.2"]
     if bed.names:
-        processes.look_connected()
+        namespaces.look_connected()
     lines += [f"host-record={name},{address}" for name, address in bed.names.items()]
     configuration = bed.write("dnsmasq.conf", "\n".join(lines) + "\n")
     bed.start("dns", ["dnsmasq", "--keep-in-foreground", f"--conf-file={configuration}",
                       "--pid-file=", "--log-facility=-"], environment=bed.root_environment())
     bed.export(DNS_HOST=_DNS_ADDRESS, DNS_PID=bed.running["dns"].pid)
-    return _dns_answers
+    return lambda: dns_answers(_DNS_ADDRESS, "files.lan.test")
 
 
 # ---- NetBIOS -----------------------------------------------------------
@@ -74,9 +74,7 @@ def start_netbios(bed):
              "  server role = standalone server", f"  interfaces = {_NETBIOS_ADDRESS}/24",
              "  bind interfaces only = yes", f"  log file = {bed.path('log', 'netbios.log')}",
              f"  nmbd:socket dir = {bed.path('nmb', 'socket')}"]
-    for option, folder in (("private dir", "private"), ("lock directory", "lock"),
-                           ("state directory", "state"), ("cache directory", "cache"),
-                           ("pid directory", "pid"), ("ncalrpc dir", "ncalrpc")):
+    for option, folder in smb.FOLDERS:
         lines.append(f"  {option} = {bed.make_folder('nmb', folder)}")
     configuration = bed.write("nmb/smb.conf", "\n".join(lines) + "\n")
     bed.start("netbios", ["nmbd", "--foreground", "--no-process-group", "-s", configuration,
@@ -95,7 +93,7 @@ def start_netbios(bed):
 
 # ---- DNS-SD ------------------------------------------------------------
 
-_BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
   <type>system</type>
@@ -129,7 +127,7 @@ _MODEL = """  <service>
 """
 
 
-def _give_avahi_our_numbers(bed):
+def give_avahi_our_numbers(bed):
     """The daemon hands its folder to the user avahi, and there is but one user to be had.
 
     For everybody in this mount namespace, as tests start the daemon again by themselves.
@@ -148,14 +146,14 @@ def _give_avahi_our_numbers(bed):
 
 def start_avahi(bed):
     if not processes.is_real_root():
-        _give_avahi_our_numbers(bed)
+        give_avahi_our_numbers(bed)
     # Its own /run: the standard socket of the system bus and Avahi's are then the run's own.
     bed.run_tool(["mount", "-t", "tmpfs", "-o", "mode=755", "testbed", "/run"])
     os.makedirs("/run/dbus")
     os.makedirs("/run/avahi-daemon")
     bus = "/run/dbus/system_bus_socket"
     bed.start("system-bus", ["dbus-daemon", "--nofork", "--nopidfile",
-                             f"--config-file={bed.write('system-bus.conf', _BUS.format(socket=bus))}"])
+                             f"--config-file={bed.write('system-bus.conf', BUS.format(socket=bus))}"])
     bed.await_ready("system-bus", lambda: accepts_unix(bus))
     bed.session["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={bus}"
 

@@ -1,12 +1,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Processes, namespaces and mounts as the kernel shows them in /proc."""
+"""Processes and mounts as the kernel shows them in /proc."""
 
 import ctypes
-import fcntl
 import os
 import signal
-import socket
-import struct
 import subprocess
 import time
 
@@ -14,15 +11,6 @@ _libc = ctypes.CDLL(None, use_errno=True)
 
 _PR_SET_PDEATHSIG = 1
 _PR_SET_CHILD_SUBREAPER = 36
-_CLONE_NEWNS = 0x00020000
-_CLONE_NEWNET = 0x40000000
-_CLONE_NEWUSER = 0x10000000
-_MS_REC = 0x4000
-_MS_PRIVATE = 1 << 18
-_SIOCGIFFLAGS = 0x8913
-_SIOCSIFFLAGS = 0x8914
-_SIOCSIFADDR = 0x8916
-_IFF_UP = 0x1
 
 # One look at /proc while something is awaited; short, as nothing here takes long.
 POLL_SECONDS = 0.02
@@ -44,46 +32,12 @@ def die_with_parent(number):
     _check(_libc.prctl(_PR_SET_PDEATHSIG, int(number), 0, 0, 0), "PR_SET_PDEATHSIG")
 
 
-def _write(place, text):
-    with open(place, "w", encoding="ascii") as file:
-        file.write(text)
-
-
 def is_real_root():
     """Whether we are root with every user at hand, not just root of a small user namespace."""
     if os.geteuid() != 0:
         return False
     with open("/proc/self/uid_map", encoding="ascii") as file:
         return [line.split()[2] for line in file] == ["4294967295"]
-
-
-def enter_private_network():
-    """A network with nothing but loopback, and mounts that nobody else sees.
-
-    Who is not root becomes the root of a user namespace that holds no other user.
-    """
-    uid, gid = os.geteuid(), os.getegid()
-    if uid == 0:
-        _check(_libc.unshare(_CLONE_NEWNS | _CLONE_NEWNET), "unshare")
-    else:
-        _check(_libc.unshare(_CLONE_NEWUSER | _CLONE_NEWNS | _CLONE_NEWNET), "unshare")
-        _write("/proc/self/setgroups", "deny")
-        _write("/proc/self/uid_map", f"0 {uid} 1")
-        _write("/proc/self/gid_map", f"0 {gid} 1")
-    _check(_libc.mount(b"none", b"/", None, ctypes.c_ulong(_MS_REC | _MS_PRIVATE), None),
-           "making the mounts private")
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as handle:
-        request = struct.pack("16sh14x", b"lo", 0)
-        flags = struct.unpack("16sh14x", fcntl.ioctl(handle, _SIOCGIFFLAGS, request))[1]
-        fcntl.ioctl(handle, _SIOCSIFFLAGS, struct.pack("16sh14x", b"lo", flags | _IFF_UP))
-
-
-def look_connected():
-    """Gives the private network an address besides 127.0.0.1: with that alone, IPv4 counts as switched off, and the
-    resolver answers nothing to programs that ask for addresses they could use."""
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as handle:
-        address = struct.pack("H2x4s8x", socket.AF_INET, socket.inet_aton("127.0.0.254"))
-        fcntl.ioctl(handle, _SIOCSIFADDR, struct.pack("16s16s8x", b"lo:1", address))
 
 
 def _stat_of(pid):

@@ -6,6 +6,11 @@ from .bed import USER, accepts_tcp
 _GUEST_SHARES = ["pub", "Mixed Case", "Documents", "Music", "Photos"] + [f"s{number:02}" for number in range(1, 21)]
 
 
+# What the configuration calls a folder, and what it is called here.
+FOLDERS = (("private dir", "private"), ("lock directory", "lock"), ("state directory", "state"),
+           ("cache directory", "cache"), ("pid directory", "pid"), ("ncalrpc dir", "ncalrpc"))
+
+
 def _configuration(bed, address, ports):
     own = bed.make_folder("smb")
     lines = ["[global]",
@@ -14,6 +19,7 @@ def _configuration(bed, address, ports):
              "  bind interfaces only = yes",
              f"  smb ports = {ports}",
              "  disable netbios = yes",
+             "  multicast dns register = no",  # who announces what is the test's to say
              "  disable spoolss = yes",
              "  load printers = no",
              "  printing = bsd",
@@ -23,9 +29,7 @@ def _configuration(bed, address, ports):
              "  map to guest = Bad User",
              "  guest account = nobody",
              "  usershare max shares = 0"]
-    for option, folder in (("private dir", "private"), ("lock directory", "lock"),
-                           ("state directory", "state"), ("cache directory", "cache"),
-                           ("pid directory", "pid"), ("ncalrpc dir", "ncalrpc")):
+    for option, folder in FOLDERS:
         lines.append(f"  {option} = {bed.make_folder('smb', folder)}")
     for name in _GUEST_SHARES:
         lines += [f"[{name}]", f"  path = {bed.make_share(f'shares/{name}', name)}",

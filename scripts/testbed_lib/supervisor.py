@@ -10,17 +10,19 @@ import signal
 import subprocess
 import sys
 
-from . import desktop, processes
+from . import desktop, namespaces, processes
 from .bed import Bed, Failure
 from .servers import prepare_servers, start_servers
 
-_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT)
+SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT)
 
 EXIT_BROKEN = 70  # the bed could not be made, or something was left behind
 EXIT_TIMEOUT = 124
 
 
-class _Stopped(Exception):
+class Stopped(Exception):
+    """A signal asks for the end."""
+
     def __init__(self, number):
         super().__init__(number)
         self.number = number
@@ -30,21 +32,23 @@ def _say(text):
     print(f"testbed: {text}", file=sys.stderr, flush=True)
 
 
-def _listen(handler):
-    for number in _SIGNALS + (signal.SIGALRM,):
+def listen(handler):
+    """Has every signal that asks for the end go to the handler."""
+    for number in SIGNALS + (signal.SIGALRM,):
         signal.signal(number, handler)
 
 
-def _raise_stopped(number, _frame):
+def raise_stopped(number, _frame):
+    """A handler for `listen`."""
     # Once: from here on everything is bounded, and a second signal must not break into the cleaning.
-    _listen(signal.SIG_IGN)
-    raise _Stopped(number)
+    listen(signal.SIG_IGN)
+    raise Stopped(number)
 
 
-def _run_command(bed, command):
+def run_command(bed, command):
     """Waits for the command and for nothing else. Returns the exit code a shell would give."""
     try:
-        child = subprocess.Popen(command, env=bed.environment())
+        child = bed.launch(command)
     except OSError as error:
         _say(f"cannot run {command[0]}: {error.strerror}")
         return 127
@@ -58,7 +62,7 @@ def _run_command(bed, command):
             if pid == child.pid:
                 code = child.returncode = os.waitstatus_to_exitcode(status)
                 return 128 - code if code < 0 else code
-    except _Stopped as stop:
+    except Stopped as stop:
         child.send_signal(signal.SIGTERM if stop.number == signal.SIGALRM else stop.number)
         try:
             child.wait(5)
@@ -80,8 +84,8 @@ def _inner(bed, options):
         if options.desktop:
             desktop.start_desktop(bed, options.desktop, options.scale)
         bed.save_exports()
-        code = _run_command(bed, options.command)
-    except _Stopped as stop:
+        code = run_command(bed, options.command)
+    except Stopped as stop:
         if stop.number == signal.SIGALRM:
             _say(f"stopped after {options.timeout} s")
             code = EXIT_TIMEOUT
@@ -90,7 +94,7 @@ def _inner(bed, options):
     except Failure as failure:
         _say(str(failure))
     finally:
-        _listen(signal.SIG_IGN)
+        listen(signal.SIG_IGN)
         if code != 0 and options.logs:
             for name in bed.running:
                 _say(f"log of {name}:\n{bed.log_of(name)}")
@@ -103,7 +107,7 @@ def run(options):
     if options.netns:
         try:
             prepare_servers(options)
-            processes.enter_private_network()
+            namespaces.enter_private_network()
         except OSError as error:
             _say(f"no network namespace to be had: {error}")
             return EXIT_BROKEN
@@ -114,19 +118,19 @@ def run(options):
     bed = Bed(options.netns, options.name)
     outer = os.getpid()
     # Held back until both sides have their handlers.
-    signal.pthread_sigmask(signal.SIG_BLOCK, _SIGNALS)
+    signal.pthread_sigmask(signal.SIG_BLOCK, SIGNALS)
     inner = os.fork()
     if inner == 0:
         code = EXIT_BROKEN
         try:
-            _listen(_raise_stopped)
+            listen(raise_stopped)
             processes.become_subreaper()
             processes.die_with_parent(signal.SIGTERM)
-            signal.pthread_sigmask(signal.SIG_UNBLOCK, _SIGNALS)
+            signal.pthread_sigmask(signal.SIG_UNBLOCK, SIGNALS)
             if os.getppid() != outer:
-                raise _Stopped(signal.SIGTERM)
+                raise Stopped(signal.SIGTERM)
             code = _inner(bed, options)
-        except _Stopped as stop:
+        except Stopped as stop:
             bed.close()
             code = 128 + stop.number
         finally:
@@ -138,8 +142,8 @@ def run(options):
         # A terminal signals both of us; the second one finds the inner process closing, deaf.
         processes.send([inner], number)
 
-    _listen(forward)
-    signal.pthread_sigmask(signal.SIG_UNBLOCK, _SIGNALS)
+    listen(forward)
+    signal.pthread_sigmask(signal.SIG_UNBLOCK, SIGNALS)
     code = os.waitstatus_to_exitcode(os.waitpid(inner, 0)[1])
     if code < 0:
         _say(f"the inner process was killed by signal {-code}")
