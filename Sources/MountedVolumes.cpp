@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Sources/MountedVolumes.h"
 
-#include "Foundation/Text.h"
 #include "Sources/Globals.h"
 #include "Sources/HostDefinition.h"
 #include "Sources/ServiceDefinition.h"
 #include "Sources/SharePointDefinition.h"
+#include "Sources/VolumeNames.h"
 
 #include <algorithm>
 #include <string>
@@ -20,40 +20,9 @@ struct Candidate final {
     std::shared_ptr<SharePointDefinition> sharePoint;
 };
 
-/// A host's name as it is compared: without regard to letter case and to the dot that ends a full name.
-std::string plainName(std::string_view name) {
-    auto result = Text::lowerCase(name);
-    if (result.ends_with('.'))
-        result.pop_back();
-    return result;
-}
-
-std::string plainPath(std::string_view path, bool ignoresCase) {
-    const auto start = std::min(path.find_first_not_of('/'), path.size());
-    path.remove_prefix(start);
-    while (path.ends_with('/'))
-        path.remove_suffix(1);
-    return ignoresCase ? Text::lowerCase(path) : std::string(path);
-}
-
 /// Empty for the names that stand for nobody.
 std::string plainUser(const std::string& user, std::string_view scheme) {
     return user == "Guest" || (scheme == "ftp" && user == "anonymous") ? std::string() : user;
-}
-
-bool hostFits(const HostDefinition& host, const MountedVolume& volume) {
-    const auto wanted = plainName(volume.host);
-    const auto display = plainName(textOf(host.displayName.get()));
-    auto names = host.adresses.get().value_or(std::vector<std::string>());
-    names.push_back(display);
-    names.push_back(plainName(textOf(host.hostName.get())));
-    // A display name may carry the port, since the catalogue has no other place for one.
-    names.push_back(display.substr(0, display.find(':')));
-    names.push_back(display + ".local");
-    const auto firstLabel = wanted.substr(0, wanted.find('.'));
-    return !wanted.empty()
-        && (std::find(names.begin(), names.end(), wanted) != names.end()
-            || (!Globals::isIPAddress(wanted) && firstLabel == display));
 }
 
 bool allElseFits(const SharePointDefinition& sharePoint, const MountedVolume& volume) {
@@ -64,7 +33,8 @@ bool allElseFits(const SharePointDefinition& sharePoint, const MountedVolume& vo
     const auto user = isSet(sharePoint.guestLogin.get()) ? std::string() : textOf(sharePoint.userName.get());
     // A port that was found out in an earlier run is not in the catalogue.
     const int port = service->port.get();
-    return plainPath(textOf(sharePoint.sharePoint.get()), ignoresCase) == plainPath(volume.path, ignoresCase)
+    return comparableShareName(textOf(sharePoint.sharePoint.get()), ignoresCase)
+        == comparableShareName(volume.path, ignoresCase)
         && plainUser(user, volume.scheme) == plainUser(volume.user, volume.scheme)
         && (port <= 0 || volume.port == 0 || port == volume.port);
 }
@@ -81,7 +51,7 @@ std::shared_ptr<SharePointDefinition> sharePointOf(
     const auto isFree = [](const Candidate& each) { return !each.sharePoint->referenceNumber.get(); };
     bool named = false;
     for (const auto& candidate : candidates)
-        if (hostFits(*candidate.host, volume)) {
+        if (isNameOfHost(volume.host, *candidate.host)) {
             named = true;
             if (isFree(candidate))
                 return candidate.sharePoint;
