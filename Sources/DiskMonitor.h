@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Property.h"
 #include "Foundation/Subscription.h"
 
+#include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,12 +33,17 @@ public:
     [[nodiscard]] static std::string getNameFromPath(const std::string& path);
 
 private:
+    using Identity = std::array<std::string, 3>;
+
     void diskAppearedCallback(const VolumeDescription& volume);
     void diskDisappearedCallback(const VolumeDescription& volume);
-    void post(int action, const VolumeDescription& volume);
+    [[nodiscard]] std::string spelled(const std::string& name, const VolumeDescription& volume) const;
+    [[nodiscard]] static Identity identityOf(const VolumeDescription& volume);
+    void post(int action, const OptionalText& name, const OptionalText& type) const;
 
     const DiscoveryEnvironment& m_environment;
     const Hosts m_hosts;
+    std::map<Identity, std::string> m_announced; ///< volumes that are there under a name that is not quite theirs
     Subscription m_disappeared;
     Subscription m_appeared;
 };

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Sources/VolumeSpelling.h"
+
+#include "Platform/VolumeWatch.h"
+#include "Sources/Globals.h"
+#include "Sources/HostDefinition.h"
+#include "Sources/SharePointDefinition.h"
+#include "Sources/VolumeNames.h"
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+bool isMountedAs(const SharePointDefinition& sharePoint, std::string_view kind) {
+    const auto scheme = Globals::getShortServiceName(sharePoint.displayType.get());
+    return (kind == "smbfs" && scheme == "smb") || (kind == "webdav" && (scheme == "http" || scheme == "https"))
+        || (kind == "ftp" && scheme == "ftp");
+}
+
+} // namespace
+
+std::string spelledAsInCatalogue(const std::string& name, const VolumeDescription& volume,
+    const std::vector<std::shared_ptr<HostDefinition>>& hosts) {
+    const auto kind = textOf(volume.volumeKind);
+    const bool ignoresCase = kind == "smbfs";
+    const auto wanted = comparableShareName(name, ignoresCase);
+    if (wanted.empty())
+        return name;
+    constexpr int foreign = 2;
+    constexpr int otherwiseSpelled = 1;
+    int leastDistance = foreign + otherwiseSpelled + 1;
+    auto result = name;
+    for (const auto& host : hosts) {
+        std::optional<bool> isOwn; // found out for the few hosts that have such a share
+        for (const auto& sharePoint : host->sharePoints.snapshot()) {
+            auto spelling = textOf(sharePoint->sharePoint.get());
+            if (comparableShareName(spelling, ignoresCase) != wanted || !isMountedAs(*sharePoint, kind))
+                continue;
+            if (!isOwn)
+                isOwn = isNameOfHost(volume.serverName, *host);
+            const int distance = (*isOwn ? 0 : foreign) + (spelling == name ? 0 : otherwiseSpelled);
+            if (distance >= leastDistance)
+                continue;
+            leastDistance = distance;
+            result = std::move(spelling);
+            if (distance == 0)
+                return result;
+        }
+    }
+    return result;
+}
+
+} // namespace quorrel
