@@ -21,6 +21,8 @@ public:
     /// It is reaped whenever it ends. Returns an error number, 0 when it runs.
     [[nodiscard]] int startDetached();
 
+    [[nodiscard]] pid_t identifier() const { return m_child; }
+
     /// Returns at once; what still runs is waited for by a thread of its own, so that it leaves no zombie.
     void reap() const;
 

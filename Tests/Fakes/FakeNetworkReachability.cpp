@@ -32,7 +32,8 @@ public:
     void unscheduleFromRunLoop(RunLoop& runLoop) override { m_runLoops.erase(&runLoop); }
 
     void learn(std::uint32_t flags) {
-        if (std::exchange(m_flags, flags) == flags || m_runLoops.empty())
+        m_flags = flags;
+        if (m_runLoops.empty() || std::exchange(m_told, flags) == flags)
             return;
         if (const auto callback = m_callback) // which may destroy this
             callback(flags);
@@ -46,6 +47,7 @@ private:
     FakeNetworkReachability* m_network;
     const std::string m_hostName;
     std::optional<std::uint32_t> m_flags;
+    std::optional<std::uint32_t> m_told;
     Callback m_callback;
     std::set<RunLoop*> m_runLoops;
 };
