@@ -48,8 +48,8 @@ public:
 
     /// Reports the instance's TXT record from now on: what it holds as soon as that is known, then each change, and
     /// empty data once it is gone. A discovery that is away is waited for, silently. Does nothing while it runs.
-    virtual void startMonitoring() { }
-    virtual void stopMonitoring() { }
+    virtual void startMonitoring() = 0;
+    virtual void stopMonitoring() = 0;
 
     [[nodiscard]] virtual std::string name() const = 0;
     /// What the last answer said. Absent addresses: the service reported none.
@@ -120,7 +120,7 @@ public:
         const std::optional<std::string>& domain, const std::string& type, const std::string& name)
         = 0;
 
-    [[nodiscard]] virtual std::unique_ptr<NetServiceBrowser> makeNetServiceBrowser() { return nullptr; }
+    [[nodiscard]] virtual std::unique_ptr<NetServiceBrowser> makeNetServiceBrowser() = 0;
 };
 
 } // namespace quorrel

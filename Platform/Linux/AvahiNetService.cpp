@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/AvahiNetService.h"
 
+#include "Platform/Linux/AvahiNames.h"
+
 #include <avahi-client/client.h>
 #include <avahi-client/lookup.h>
 #include <avahi-common/error.h>
-
-#include <glib.h>
 
 #include <cstdint>
 #include <cstring>
@@ -14,17 +14,6 @@
 namespace quorrel {
 
 namespace {
-
-std::string withoutFinalDot(std::string text) {
-    if (text.ends_with('.'))
-        text.pop_back();
-    return text;
-}
-
-/// Without a null byte, too.
-bool isUTF8(const std::string& text) {
-    return g_utf8_validate_len(text.data(), text.size(), nullptr);
-}
 
 SocketAddress socketAddress(const AvahiAddress& address, std::uint16_t port) {
     constexpr std::size_t length = 16;
@@ -63,8 +52,10 @@ void AvahiNetService::Deleter::operator()(AvahiServiceResolver* resolver) const 
     avahi_service_resolver_free(resolver);
 }
 
-AvahiNetService::AvahiNetService(AvahiConnection& connection, std::string domain, std::string type, std::string name)
+AvahiNetService::AvahiNetService(
+    AvahiConnection& connection, AvahiRecordWatches& watches, std::string domain, std::string type, std::string name)
     : m_connection(connection)
+    , m_watches(watches)
     , m_domain(domain.empty() ? "local" : withoutFinalDot(std::move(domain)))
     , m_type(withoutFinalDot(std::move(type)))
     , m_name(std::move(name)) { }
@@ -83,9 +74,8 @@ void AvahiNetService::resolveWithTimeout(Seconds timeout) {
 }
 
 std::optional<std::string> AvahiNetService::startResolver() {
-    // The D-Bus library ends the process over a text that is not UTF-8, and cuts one at a null byte; without a name the
-    // daemon would resolve the type itself.
-    if (m_name.empty() || !isUTF8(m_name) || !isUTF8(m_type) || !isUTF8(m_domain))
+    // Without a name the daemon would resolve the type itself.
+    if (m_name.empty() || !isFitForBus(m_name) || !isFitForBus(m_type) || !isFitForBus(m_domain))
         return avahi_strerror(AVAHI_ERR_INVALID_SERVICE_NAME);
     auto* client = m_connection.client();
     if (!client)
@@ -104,6 +94,16 @@ std::optional<std::string> AvahiNetService::startResolver() {
 void AvahiNetService::stop() {
     if (end() && m_delegate)
         m_delegate->netServiceDidStop(*this); // may destroy it
+}
+
+void AvahiNetService::startMonitoring() {
+    const auto record = recordName(m_name, m_type, m_domain);
+    if (m_monitor || record.empty())
+        return;
+    m_monitor = std::make_unique<AvahiTXTRecordMonitor>(m_watches, record, [this](const auto& data) {
+        if (m_delegate)
+            m_delegate->netServiceDidUpdateTXTRecordData(*this, data); // may destroy it
+    });
 }
 
 bool AvahiNetService::end() {

@@ -3,6 +3,8 @@
 
 #include "Platform/DNSServiceDiscovery.h"
 #include "Platform/Linux/AvahiConnection.h"
+#include "Platform/Linux/AvahiRecordWatches.h"
+#include "Platform/Linux/AvahiTXTRecordMonitor.h"
 #include "Platform/Linux/MainLoopTimer.h"
 
 #include <memory>
@@ -14,12 +16,14 @@ struct AvahiServiceResolver;
 
 namespace quorrel {
 
-/// One service instance, resolved to its IPv4 address by the Avahi daemon. Main thread only; the connection must
-/// outlive it. A resolution ends with its first answer, or with its own time-out or the daemon's, whichever is first.
+/// One service instance, resolved to its IPv4 address and watched by the Avahi daemon. Main thread only; connection and
+/// watches must outlive it. A resolution ends with its first answer, or with its own time-out or the daemon's,
+/// whichever is first.
 class AvahiNetService final : public NetService {
 public:
     /// Type and domain with or without the dot at their end; an empty domain is "local".
-    AvahiNetService(AvahiConnection& connection, std::string domain, std::string type, std::string name);
+    AvahiNetService(AvahiConnection& connection, AvahiRecordWatches& watches, std::string domain, std::string type,
+        std::string name);
     AvahiNetService(const AvahiNetService&) = delete;
     AvahiNetService& operator=(const AvahiNetService&) = delete;
     ~AvahiNetService() override;
@@ -27,6 +31,8 @@ public:
     void setDelegate(NetServiceDelegate* delegate) override { m_delegate = delegate; }
     void resolveWithTimeout(Seconds timeout) override;
     void stop() override;
+    void startMonitoring() override;
+    void stopMonitoring() override { m_monitor.reset(); }
 
     [[nodiscard]] std::string name() const override { return m_name; }
     [[nodiscard]] std::optional<std::vector<SocketAddress>> addresses() const override { return m_addresses; }
@@ -46,6 +52,7 @@ private:
     void fail(const std::string& error);
 
     AvahiConnection& m_connection;
+    AvahiRecordWatches& m_watches;
     const std::string m_domain;
     const std::string m_type;
     const std::string m_name;
@@ -55,6 +62,8 @@ private:
     Subscription m_connectionChanges;
     std::unique_ptr<AvahiServiceResolver, Deleter> m_resolver;
     MainLoopTimer m_timer; // for the time-out, or for a failure that is known already
+
+    std::unique_ptr<AvahiTXTRecordMonitor> m_monitor;
 
     std::optional<std::vector<SocketAddress>> m_addresses;
     std::string m_hostName;

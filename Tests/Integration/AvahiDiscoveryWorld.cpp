@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/AvahiServiceDiscovery.h"
+#include "Tests/Integration/AvahiPublisher.h"
 #include "Tests/Platform/DiscoveryWorld.h"
 #include "Tests/Platform/GlibTurns.h"
 
@@ -16,8 +17,16 @@ public:
     }
     Seconds now() const override { return std::chrono::steady_clock::now() - m_start; }
 
+    void announce(const std::string& name) override { m_publisher.publish(name, publishedType); }
+    void withdraw(const std::string& name) override { m_publisher.withdraw(name, publishedType); }
+    void setTXTRecord(const std::string& name, const std::vector<std::string>& strings) override {
+        m_publisher.publish(name, modelType, strings);
+    }
+    void removeTXTRecord(const std::string& name) override { m_publisher.withdraw(name, modelType); }
+
 private:
     AvahiServiceDiscovery m_discovery;
+    AvahiPublisher m_publisher;
     const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 

@@ -15,6 +15,9 @@ public:
                 .addresses = { { address } },
                 .hostName = publishedHost,
                 .port = publishedPort } });
+        m_discovery.setEventDelay(Seconds(0.02));
+        m_discovery.announce(publishedName, publishedType);
+        m_discovery.setTXTRecord(publishedName, FakeDNSServiceDiscovery::txtRecord({ publishedModel }));
     }
 
     DNSServiceDiscovery& discovery() override { return m_discovery; }
@@ -29,6 +32,13 @@ public:
         return condition();
     }
     Seconds now() const override { return m_now; }
+
+    void announce(const std::string& name) override { m_discovery.announce(name, publishedType); }
+    void withdraw(const std::string& name) override { m_discovery.withdraw(name, publishedType); }
+    void setTXTRecord(const std::string& name, const std::vector<std::string>& strings) override {
+        m_discovery.setTXTRecord(name, FakeDNSServiceDiscovery::txtRecord(strings), modelType);
+    }
+    void removeTXTRecord(const std::string& name) override { m_discovery.removeTXTRecord(name, modelType); }
 
 private:
     FakeDNSServiceDiscovery m_discovery;

@@ -3,6 +3,8 @@
 
 #include "Platform/DNSServiceDiscovery.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -19,6 +21,15 @@ public:
         hear("did not resolve");
     }
     void netServiceDidStop(NetService&) override { hear("did stop"); }
+    void netServiceDidUpdateTXTRecordData(NetService&, const std::vector<std::uint8_t>& data) override {
+        std::string strings;
+        for (std::size_t at = 0; at < data.size(); at += 1U + data[at]) {
+            const auto end = std::min(at + 1U + data[at], data.size());
+            strings += (strings.empty() ? "" : " ")
+                + std::string(data.begin() + static_cast<long>(at) + 1, data.begin() + static_cast<long>(end));
+        }
+        hear("record: " + strings);
+    }
 
     [[nodiscard]] bool hasEnded() const { return !heard.empty() && heard.back() != "will resolve"; }
 
