@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/StandardPaths.h"
 
+#include "Platform/Linux/ServerURL.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -22,6 +24,11 @@ std::optional<std::string> folder(const char* variable) {
     while (path.size() > 1 && path.back() == '/')
         path.pop_back();
     return path;
+}
+
+std::optional<std::string> address(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value && *value ? std::optional<std::string>(value) : std::nullopt;
 }
 
 std::string homeFromAccounts() {
@@ -72,8 +79,9 @@ StandardPaths StandardPaths::fromEnvironment() {
     paths.cache = folder("XDG_CACHE_HOME").value_or(below + "/.cache");
     paths.runtime = folder("XDG_RUNTIME_DIR");
     paths.temporary = folder("TMPDIR").value_or("/tmp");
-    const char* bus = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
-    paths.systemBus = bus && *bus ? bus : "unix:path=/run/dbus/system_bus_socket";
+    paths.systemBus = address("DBUS_SYSTEM_BUS_ADDRESS").value_or("unix:path=/run/dbus/system_bus_socket");
+    const auto usualPlace = paths.runtime ? "unix:path=" + percentEncoded(*paths.runtime + "/bus", "/") : std::string();
+    paths.sessionBus = address("DBUS_SESSION_BUS_ADDRESS").value_or(usualPlace);
     paths.languages = languagesOf();
     paths.programs = foldersIn(std::getenv("PATH"));
     return paths;

@@ -18,6 +18,7 @@ struct StandardPaths final {
     std::optional<std::string> runtime; ///< present only when the session has one
     std::string temporary;
     std::string systemBus; ///< the system message bus's address
+    std::string sessionBus; ///< the session's; empty when the session is not known to have one
     std::string languages; ///< the user's, names of locales with colons between them; empty for none in particular
     std::vector<std::string> programs; ///< the folders in which programs are looked for
 

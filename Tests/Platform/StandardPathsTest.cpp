@@ -10,8 +10,9 @@ namespace quorrel {
 class StandardPathsTest : public testing::Test {
 protected:
     StandardPathsTest() {
-        for (const char* name : { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
-                 "XDG_RUNTIME_DIR", "TMPDIR", "DBUS_SYSTEM_BUS_ADDRESS", "LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE" })
+        for (const char* name :
+            { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR",
+                "DBUS_SYSTEM_BUS_ADDRESS", "DBUS_SESSION_BUS_ADDRESS", "LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE" })
             ::unsetenv(name);
         ::setenv("HOME", "/home/anna", 1);
     }
@@ -29,6 +30,14 @@ TEST_F(StandardPathsTest, followTheHomeFolderWhereNothingElseIsSaid) {
     EXPECT_EQ(paths.runtime, std::nullopt);
     EXPECT_EQ(paths.temporary, "/tmp");
     EXPECT_EQ(paths.systemBus, "unix:path=/run/dbus/system_bus_socket");
+    EXPECT_EQ(paths.sessionBus, "");
+}
+
+TEST_F(StandardPathsTest, theSessionsBusIsInItsFolderWhereNothingElseIsSaid) {
+    ::setenv("XDG_RUNTIME_DIR", "/run/user/7 of,mine", 1);
+    EXPECT_EQ(StandardPaths::fromEnvironment().sessionBus, "unix:path=/run/user/7%20of%2Cmine/bus");
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:abstract=/tmp/bus", 1);
+    EXPECT_EQ(StandardPaths::fromEnvironment().sessionBus, "unix:abstract=/tmp/bus");
 }
 
 TEST_F(StandardPathsTest, followTheVariables) {
