@@ -59,6 +59,9 @@ std::vector<VolumeLinks::Link> VolumeLinks::links() const {
     if (!directory)
         return result;
     while (const dirent* item = readdir(directory.get())) { // NOLINT(concurrency-mt-unsafe): each call has its own
+        // Whatever else stands there may be a mount, and a look at that may wait for its server.
+        if (item->d_type != DT_LNK && item->d_type != DT_UNKNOWN)
+            continue;
         std::string name = static_cast<const char*>(item->d_name);
         auto target = ProcessTable::linkTarget(pathOf(name));
         if (isOurs(target))

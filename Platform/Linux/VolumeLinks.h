@@ -19,6 +19,8 @@ public:
     struct Link final {
         std::string name;
         std::string target;
+
+        [[nodiscard]] bool operator==(const Link&) const = default;
     };
 
     /// Makes sure that a link leads to the target, and returns its name: the one asked for, or with "-1" and so on
