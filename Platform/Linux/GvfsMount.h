@@ -22,6 +22,7 @@ struct GvfsMount final {
     std::string domain;
     int port = 0; ///< 0: the scheme's own
     bool isSecure = false;
+    bool isUserVisible = true; ///< false for what gvfs mounts for its own purposes
 
     /// The path of the location below this mount, empty for the mount itself; absent when the location is not in it.
     [[nodiscard]] std::optional<std::string> pathWithin(const GvfsLocation& location) const;

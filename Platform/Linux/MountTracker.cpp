@@ -1,73 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/MountTracker.h"
 
-#include <cstdlib>
+#include "Platform/Linux/GvfsMountList.h"
 
 namespace quorrel {
 
 namespace {
 
-constexpr auto daemonName = "org.gtk.vfs.Daemon";
-constexpr auto trackerPath = "/org/gtk/vfs/mounttracker";
-constexpr auto trackerInterface = "org.gtk.vfs.MountTracker";
+using GvfsMountList::daemonName;
+using GvfsMountList::trackerInterface;
+using GvfsMountList::trackerPath;
 constexpr auto mountInterface = "org.gtk.vfs.Mount";
 constexpr Seconds shortCall { 5 };
-
-std::string textOf(GVariant* value) {
-    if (g_variant_is_of_type(value, G_VARIANT_TYPE_BYTESTRING))
-        return g_variant_get_bytestring(value);
-    return g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) ? g_variant_get_string(value, nullptr) : std::string();
-}
-
-std::string trimmedSlashes(std::string text) {
-    while (text.ends_with('/'))
-        text.pop_back();
-    text.erase(0, std::min(text.find_first_not_of('/'), text.size()));
-    return text;
-}
-
-void readItem(const std::string& key, const std::string& value, GvfsMount& mount) {
-    if (key == "type")
-        mount.type = value;
-    else if (key == "host" || key == "server")
-        mount.host = value;
-    else if (key == "share" || key == "volume")
-        mount.share = value;
-    else if (key == "user")
-        mount.user = value;
-    else if (key == "domain")
-        mount.domain = value;
-    else if (key == "port")
-        mount.port = std::atoi(value.c_str());
-    else if (key == "ssl")
-        mount.isSecure = value == "true";
-}
-
-/// An address of the longer kind stands in brackets in some of the lists.
-std::string withoutBrackets(const std::string& host) {
-    return host.size() > 2 && host.front() == '[' && host.back() == ']' ? host.substr(1, host.size() - 2) : host;
-}
-
-GvfsMount readMount(GVariant* entry) {
-    GvfsMount mount;
-    const auto child = [entry](gsize index) { return GlibPointer<GVariant>(g_variant_get_child_value(entry, index)); };
-    mount.busName = textOf(child(0).get());
-    mount.objectPath = g_variant_get_string(child(1).get(), nullptr);
-    mount.fusePath = textOf(child(9).get());
-    const auto spec = child(10);
-    mount.prefix = trimmedSlashes(textOf(GlibPointer<GVariant>(g_variant_get_child_value(spec.get(), 0)).get()));
-    const GlibPointer<GVariant> items(g_variant_get_child_value(spec.get(), 1));
-    GVariantIter iterator;
-    g_variant_iter_init(&iterator, items.get());
-    const gchar* key = nullptr;
-    GVariant* value = nullptr;
-    while (g_variant_iter_next(&iterator, "{&sv}", &key, &value)) {
-        const GlibPointer<GVariant> owned(value);
-        readItem(key, textOf(value), mount);
-    }
-    mount.host = withoutBrackets(mount.host);
-    return mount;
-}
 
 } // namespace
 
@@ -127,13 +71,7 @@ TrackerReply MountTracker::call(const char* busName, const char* path, const cha
 
 std::optional<std::vector<GvfsMount>> MountTracker::mounts() {
     const auto reply = call(daemonName, trackerPath, trackerInterface, "ListMounts", nullptr, shortCall);
-    if (!reply.value || !g_variant_is_of_type(reply.value.get(), G_VARIANT_TYPE("(a(sossssssbay(aya{sv})ay))")))
-        return std::nullopt;
-    std::vector<GvfsMount> result;
-    const GlibPointer<GVariant> list(g_variant_get_child_value(reply.value.get(), 0));
-    for (gsize index = 0; index < g_variant_n_children(list.get()); ++index)
-        result.push_back(readMount(GlibPointer<GVariant>(g_variant_get_child_value(list.get(), index)).get()));
-    return result;
+    return reply.value ? GvfsMountList::read(reply.value.get()) : std::nullopt;
 }
 
 bool MountTracker::supports(const GvfsLocation& location) {
@@ -146,7 +84,8 @@ bool MountTracker::supports(const GvfsLocation& location) {
                                                         : "dav";
     const GlibPointer<GVariant> list(g_variant_get_child_value(reply.value.get(), 0));
     for (gsize index = 0; index < g_variant_n_children(list.get()); ++index)
-        if (textOf(GlibPointer<GVariant>(g_variant_get_child_value(list.get(), index)).get()) == wanted)
+        if (g_variant_get_string(GlibPointer<GVariant>(g_variant_get_child_value(list.get(), index)).get(), nullptr)
+            == wanted)
             return true;
     return false;
 }

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Linux/VolumeNames.h"
+
+#include "Platform/Linux/GlibPointers.h"
+#include "Platform/Linux/ServerURL.h"
+
+#include <algorithm>
+
+namespace quorrel {
+
+namespace {
+
+bool endsLikeNumbered(const std::string& name) {
+    const auto dash = name.rfind('-');
+    if (dash == std::string::npos)
+        return false;
+    const auto start = name.find_first_not_of(" +", dash + 1);
+    return start != std::string::npos && name[start] >= '0' && name[start] <= '9';
+}
+
+} // namespace
+
+std::string VolumeNames::fileURL(const std::string& path) {
+    return "file://" + percentEncoded(path, "/");
+}
+
+std::string VolumeNames::withSpareNumber(const std::string& name) {
+    return endsLikeNumbered(name) ? name + "-1" : name;
+}
+
+std::string VolumeNames::folderOfServer(const std::string& server) {
+    return "/net/" + server;
+}
+
+std::string VolumeNames::readable(const std::string& bytes) {
+    const GlibPointer<gchar> text(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())));
+    return text.get();
+}
+
+std::string VolumeNames::trimmedSlashes(std::string path) {
+    while (path.ends_with('/'))
+        path.pop_back();
+    path.erase(0, std::min(path.find_first_not_of('/'), path.size()));
+    return path;
+}
+
+} // namespace quorrel
