@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/GvfsMountList.h"
 
+#include "Foundation/Text.h"
 #include "Platform/Linux/GlibPointers.h"
-#include "Platform/Linux/VolumeNames.h"
 
 #include <cstdlib>
 #include <string>
@@ -48,7 +48,7 @@ GvfsMount readMount(GVariant* entry) {
     mount.fusePath = textOf(child(9).get());
     const auto spec = child(10);
     mount.prefix
-        = VolumeNames::trimmedSlashes(textOf(GlibPointer<GVariant>(g_variant_get_child_value(spec.get(), 0)).get()));
+        = Text::withoutOuterSlashes(textOf(GlibPointer<GVariant>(g_variant_get_child_value(spec.get(), 0)).get()));
     const GlibPointer<GVariant> items(g_variant_get_child_value(spec.get(), 1));
     GVariantIter iterator;
     g_variant_iter_init(&iterator, items.get());

@@ -106,6 +106,10 @@ std::string bareServer(std::string server) {
                                                                               : server;
 }
 
+std::string trimmed(std::string_view path) {
+    return std::string(Text::withoutOuterSlashes(path));
+}
+
 /// What the source says of server and path. Programs write it in the manner of their protocol's tools.
 Share shareOf(std::string source) {
     if (source.find('/') == std::string::npos)
@@ -115,18 +119,18 @@ Share shareOf(std::string source) {
         mark != std::string::npos && mark < source.find("://") && source.find("://") != std::string::npos)
         source.erase(0, mark + 1);
     if (const auto url = ServerURL::parse(source))
-        return { url->host, VolumeNames::trimmedSlashes(url->path) };
+        return { url->host, trimmed(url->path) };
     if (source.starts_with("//")) {
-        const auto path = VolumeNames::trimmedSlashes(source);
+        const auto path = trimmed(source);
         const auto slash = std::min(path.find('/'), path.size());
-        return { bareServer(path.substr(0, slash)), VolumeNames::trimmedSlashes(path.substr(slash)) };
+        return { bareServer(path.substr(0, slash)), trimmed(path.substr(slash)) };
     }
     // "server:/path" with an address of the longer kind in brackets.
     const auto bracket = source.find("]:");
     const auto colon = bracket == std::string::npos ? source.find(':') : bracket + 1;
     if (colon == std::string::npos || source.find('/') < colon)
-        return { {}, VolumeNames::trimmedSlashes(source) };
-    return { bareServer(source.substr(0, colon)), VolumeNames::trimmedSlashes(source.substr(colon + 1)) };
+        return { {}, trimmed(source) };
+    return { bareServer(source.substr(0, colon)), trimmed(source.substr(colon + 1)) };
 }
 
 } // namespace

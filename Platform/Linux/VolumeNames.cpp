@@ -4,8 +4,6 @@
 #include "Platform/Linux/GlibPointers.h"
 #include "Platform/Linux/ServerURL.h"
 
-#include <algorithm>
-
 namespace quorrel {
 
 namespace {
@@ -35,13 +33,6 @@ std::string VolumeNames::folderOfServer(const std::string& server) {
 std::string VolumeNames::readable(const std::string& bytes) {
     const GlibPointer<gchar> text(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())));
     return text.get();
-}
-
-std::string VolumeNames::trimmedSlashes(std::string path) {
-    while (path.ends_with('/'))
-        path.pop_back();
-    path.erase(0, std::min(path.find_first_not_of('/'), path.size()));
-    return path;
 }
 
 } // namespace quorrel

@@ -21,9 +21,6 @@ namespace VolumeNames {
 /// UTF-8 whatever the bytes were.
 [[nodiscard]] std::string readable(const std::string& bytes);
 
-/// Without slashes at either end.
-[[nodiscard]] std::string trimmedSlashes(std::string path);
-
 } // namespace VolumeNames
 
 } // namespace quorrel
