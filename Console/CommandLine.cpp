@@ -32,6 +32,8 @@ std::optional<CommandLine::Command> commandNamed(std::string_view word) {
         return CommandLine::Command::Mount;
     if (word == "unmount" || word == "umount")
         return CommandLine::Command::Unmount;
+    if (word == "watch")
+        return CommandLine::Command::Watch;
     if (word == "help")
         return CommandLine::Command::Help;
     return std::nullopt;
@@ -55,8 +57,12 @@ bool takeFlag(std::string_view option, CommandLine& line, std::optional<CommandL
 std::optional<UsageError> contradiction(const CommandLine& line) {
     using Command = CommandLine::Command;
     const std::string name = line.command == Command::Mount ? "mount" : "unmount";
-    if (line.command != Command::Mount && line.passwordFile)
-        return wrongUsage(std::string(passwordOption) + " goes with mount alone");
+    if (line.command != Command::Mount && line.command != Command::Watch && line.passwordFile)
+        return wrongUsage(std::string(passwordOption) + " goes with mount and watch alone");
+    if (line.command == Command::Watch)
+        return line.all || line.json || !line.names.empty()
+            ? std::optional(wrongUsage("watch takes no names: it keeps every share that mounts automatically"))
+            : std::nullopt;
     if (line.command == Command::List)
         return line.all || !line.names.empty() ? std::optional(wrongUsage("list takes no names: it lists every share"))
                                                : std::nullopt;
@@ -99,10 +105,10 @@ std::variant<CommandLine, UsageError> CommandLine::parse(const std::vector<std::
         return line;
     }
     if (words.empty())
-        return wrongUsage("a command is needed: list, mount or unmount");
+        return wrongUsage("a command is needed: list, mount, unmount or watch");
     const auto command = commandNamed(words.front());
     if (!command)
-        return wrongUsage("unknown command " + quoted(words.front()) + ": there are list, mount and unmount");
+        return wrongUsage("unknown command " + quoted(words.front()) + ": there are list, mount, unmount and watch");
     line.command = *command;
     if (line.command == Command::Help)
         return line;
@@ -118,18 +124,24 @@ std::string CommandLine::helpText() {
            "  quorrelctl list                                    every share and how it is\n"
            "  quorrelctl mount   (--all | HOST | HOST/SHARE ...)\n"
            "  quorrelctl unmount (--all | HOST | HOST/SHARE ...)\n"
+           "  quorrelctl watch                                   keeps mounted what mounts automatically, until ended\n"
            "\n"
            "  --all                 every share of the catalogue\n"
            "  --json                the result as JSON on standard output\n"
            "  --password-file FILE  for the shares whose password is asked for: the first line of a file\n"
-           "                        that nobody else may read; without it the terminal asks\n"
+           "                        that nobody else may read; without it the terminal asks, save for watch\n"
            "  --help, --version\n"
            "\n"
            "HOST is a host's name in the catalogue; letter case matters only where names differ in nothing else.\n"
            "Every host of that name is meant. A mounted share is found in ~/Volumes.\n"
            "\n"
+           "watch follows servers, network and volumes as they come and go, and prints a line for each share whose\n"
+           "status changes. It acts on edited preferences at once. A hang-up signal has it read the catalogue anew,\n"
+           "unless it runs on a terminal.\n"
+           "\n"
            "Exit status: 0 all shares asked for are mounted (mount) or not mounted (unmount), 1 some are not,\n"
-           "2 wrong usage or an unknown name, 128 and the signal's number after Ctrl-C or another signal.\n";
+           "2 wrong usage or an unknown name, 128 and the signal's number after Ctrl-C or another signal. watch ends\n"
+           "with 0 after a signal, and with 1 where Quorrel is running already or the catalogue cannot be read.\n";
 }
 
 } // namespace quorrel

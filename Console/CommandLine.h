@@ -15,7 +15,7 @@ struct UsageError final {
 
 /// What the user asked for.
 struct CommandLine final {
-    enum class Command { Help, Version, List, Mount, Unmount };
+    enum class Command { Help, Version, List, Mount, Unmount, Watch };
 
     Command command = Command::Help;
     bool all = false;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Console/KeeperEnvironment.h"
 #include "Sources/ProgramEnvironment.h"
 
 #include <string>
@@ -20,6 +21,7 @@ struct ConsoleEnvironment final : ProgramEnvironment {
     std::string homeDirectory;
     std::string logFile;
     std::string version;
+    KeeperEnvironment keeper;
 };
 
 } // namespace quorrel

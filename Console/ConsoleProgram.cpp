@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/ConsoleProgram.h"
 
+#include "Console/CatalogueCheck.h"
 #include "Console/ConsolePasswordWindow.h"
 #include "Console/DisplayText.h"
 #include "Console/InterruptGuard.h"
@@ -9,7 +10,7 @@
 #include "Console/PasswordFile.h"
 #include "Console/ShareOperations.h"
 #include "Console/ShareTable.h"
-#include "Platform/PropertyListFile.h"
+#include "Foundation/Clock.h"
 #include "Sources/HostDefinition.h"
 #include "Sources/IdleControllerParts.h"
 #include "Sources/MountedVolumes.h"
@@ -51,6 +52,10 @@ ConsoleProgram::~ConsoleProgram() = default;
 
 int ConsoleProgram::run(const std::vector<std::string>& arguments) {
     const auto parsed = CommandLine::parse(arguments);
+    const auto* asked = std::get_if<CommandLine>(&parsed);
+    if (asked != nullptr && asked->command == CommandLine::Command::Watch)
+        m_keeper = std::make_unique<KeeperProgram>(m_environment, *m_guard);
+    m_hasBegun.signal();
     if (const auto* error = std::get_if<UsageError>(&parsed)) {
         say(error->message);
         return exitWrongUsage;
@@ -77,6 +82,8 @@ int ConsoleProgram::carryOut(const CommandLine& commandLine) {
         }
         password = std::move(std::get<std::string>(read));
     }
+    if (m_keeper)
+        return m_keeper->run(std::move(password), commandLine.passwordFile);
 
     const auto& world = m_environment;
     ShareOperations* operations = nullptr;
@@ -128,14 +135,11 @@ int ConsoleProgram::carryOut(
 bool ConsoleProgram::catalogueIsReadable(QuorrelAppDelegate& controller) const {
     if (controller.hosts.count() > 0)
         return true;
-    // An empty catalogue is what the controller makes of a broken file as well; here someone wants to know.
-    const auto path = controller.applicationSupportFolder() + "/Quorrel2.plist";
-    const auto read = m_environment.propertyListFile.read(path);
-    if (read.outcome != PropertyListReadResult::Outcome::Malformed
-        && read.outcome != PropertyListReadResult::Outcome::Unreadable)
-        return true;
-    say("the catalogue " + DisplayText::printable(path) + " cannot be read: " + DisplayText::printable(read.reason));
-    return false;
+    const auto complaint
+        = CatalogueCheck::complaint(m_environment.propertyListFile, controller.applicationSupportFolder());
+    if (complaint)
+        say(*complaint);
+    return !complaint;
 }
 
 std::optional<ConsoleProgram::SharePoints> ConsoleProgram::sharePointsFor(
@@ -197,13 +201,18 @@ void ConsoleProgram::print(const std::vector<ShareRow>& rows, bool json) const {
     output.write(ShareTable(m_environment.homeDirectory).text(rows, columns));
 }
 
-void ConsoleProgram::interrupt(int signal) {
+std::optional<int> ConsoleProgram::interrupt(int signal) {
+    constexpr Seconds patience { 0.7 };
+    m_hasBegun.waitFor(patience);
+    if (m_keeper)
+        return m_keeper->interrupt(signal);
     m_environment.prompt.restore();
     const bool isIdle = m_guard->interrupt(signal);
     const std::string cause = signal == SIGINT ? "interrupted" : "ended by a signal";
     const std::string_view rest = isIdle ? "" : "; a server that does not answer was left to itself";
     const std::string begin = m_environment.errors.isTerminal() ? "\n" : ""; // behind what the keys left there
     m_environment.errors.write(begin + "quorrelctl: " + cause + std::string(rest) + '\n');
+    return exitSignalled + signal;
 }
 
 void ConsoleProgram::say(const std::string& message) const {

@@ -3,7 +3,9 @@
 
 #include "Console/CommandLine.h"
 #include "Console/ConsoleEnvironment.h"
+#include "Console/KeeperProgram.h"
 #include "Console/ShareRow.h"
+#include "Foundation/WakeSignal.h"
 
 #include <memory>
 #include <optional>
@@ -28,9 +30,9 @@ public:
     /// asked, 1 when some are not, 2 on wrong usage or an unknown name, 128 and the signal's number when interrupted.
     [[nodiscard]] int run(const std::vector<std::string>& arguments);
 
-    /// Gives up what is under way, waiting 0.7 s at most, and tells the user. Any thread but the main one; the process
-    /// is to end right after it.
-    void interrupt(int signal);
+    /// Gives up what is under way, waiting 0.7 s at most, and tells the user. Any thread but the main one. Returns the
+    /// exit status with which the process is to end at once; absent when it goes on, as a keeper of shares may.
+    [[nodiscard]] std::optional<int> interrupt(int signal);
 
 private:
     using SharePoints = std::vector<std::shared_ptr<SharePointDefinition>>;
@@ -48,6 +50,8 @@ private:
 
     const ConsoleEnvironment m_environment;
     const std::unique_ptr<InterruptGuard> m_guard;
+    std::unique_ptr<KeeperProgram> m_keeper; // what "watch" runs
+    WakeSignal m_hasBegun; // what is to be done is known
 };
 
 } // namespace quorrel

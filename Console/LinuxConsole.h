@@ -5,6 +5,11 @@
 #include "Console/ConsoleEnvironment.h"
 #include "Console/FileOutput.h"
 #include "Console/TerminalPassword.h"
+#include "Platform/Linux/FlockCatalogueLock.h"
+#include "Platform/Linux/InotifyFileWatch.h"
+#include "Platform/Linux/NotifySocket.h"
+
+#include <functional>
 
 #include <string>
 
@@ -16,13 +21,18 @@ public:
     /// The descriptors, which are borrowed, show results and messages to the user.
     LinuxConsole(const StandardPaths& paths, int output, int errors, const std::string& terminalType);
 
-    [[nodiscard]] ConsoleEnvironment environment(const std::string& version);
+    /// `beginAnew` is what a keeper of shares reloads with.
+    [[nodiscard]] ConsoleEnvironment environment(
+        const std::string& version, const std::function<std::string()>& beginAnew);
 
 private:
     LinuxAssembly m_assembly;
     FileOutput m_output;
     FileOutput m_errors;
     TerminalPassword m_prompt;
+    FlockCatalogueLock m_lock;
+    InotifyFileWatch m_preferencesFile;
+    NotifySocket m_serviceManager;
 };
 
 } // namespace quorrel

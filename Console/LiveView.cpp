@@ -19,11 +19,12 @@ constexpr const char* eraseToEndOfScreen = "\x1b[J";
 
 } // namespace
 
-LiveView::LiveView(Output& output, std::vector<Line> lines)
+LiveView::LiveView(Output& output, std::vector<Line> lines, Style style)
     : m_output(output)
     , m_lines(std::move(lines))
     // The line below the last one is where the cursor rests.
-    , m_isInPlace(output.isTerminal() && !m_lines.empty() && m_lines.size() < output.size().rows) {
+    , m_isInPlace(style == Style::InPlaceIfPossible && output.isTerminal() && !m_lines.empty()
+          && m_lines.size() < output.size().rows) {
     for (const auto& line : m_lines)
         m_nameColumns = std::max(m_nameColumns, DisplayText::width(line.name));
 }

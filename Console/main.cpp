@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/ConsoleProgram.h"
 #include "Console/LinuxConsole.h"
+#include "Foundation/Clock.h"
+#include "Foundation/WakeSignal.h"
 #include "Platform/Linux/LogFile.h"
 #include "Platform/Linux/SignalWatch.h"
 #include "Platform/Linux/StandardPaths.h"
 #include "Platform/Linux/StandardStreams.h"
+#include "Platform/Linux/SystemError.h"
 
+#include <array>
 #include <atomic>
+#include <cerrno>
+#include <climits>
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
@@ -19,18 +25,44 @@
 
 using namespace quorrel;
 
+namespace {
+
+/// How long a signal waits for a program that is being put together.
+constexpr Seconds patience { 0.7 };
+
+/// Runs this program again in this process; returns what went wrong.
+std::string beginAnew(std::optional<SignalWatch>& signals, int errors, char** arguments) {
+    // None of the signals that came meanwhile may end what begins there.
+    signals->leaveToSuccessor();
+    // It has no use for children that still run, and would not know of them: they leave no zombies.
+    std::signal(SIGCHLD, SIG_IGN);
+    if (dup2(errors, STDERR_FILENO) < 0)
+        return systemErrorText(errno);
+    std::array<char, PATH_MAX> path {};
+    if (readlink("/proc/self/exe", path.data(), path.size() - 1) > 0)
+        execv(path.data(), arguments);
+    // It was replaced or removed since it was started.
+    execv("/proc/self/exe", arguments);
+    return systemErrorText(errno);
+}
+
+} // namespace
+
 int main(int argumentCount, char** arguments) {
     StandardStreams::fillClosedOnes();
     std::setlocale(LC_ALL, "");
     // Whoever reads our output may go; what was begun is ended all the same.
     std::signal(SIGPIPE, SIG_IGN);
 
+    WakeSignal isMade;
     std::atomic<ConsoleProgram*> running = nullptr;
-    std::optional<SignalWatch> signals(std::in_place, [&running](int signal) {
-        if (auto* program = running.load())
-            program->interrupt(signal);
+    std::optional<SignalWatch> signals(std::in_place, [&](int signal) {
+        isMade.waitFor(patience);
+        auto* program = running.load();
+        const auto status = program ? program->interrupt(signal) : 128 + signal;
         // Not `exit`: that would run destructors under threads that still work.
-        _exit(128 + signal);
+        if (status)
+            _exit(*status);
     });
 
     // Standard error becomes the log, for library warnings too; the user is spoken to on what it was.
@@ -40,8 +72,9 @@ int main(int argumentCount, char** arguments) {
 
     const char* terminalType = std::getenv("TERM");
     LinuxConsole console(paths, STDOUT_FILENO, errors, terminalType != nullptr ? terminalType : "");
-    ConsoleProgram program(console.environment(QUORREL_VERSION));
+    ConsoleProgram program(console.environment(QUORREL_VERSION, [&] { return beginAnew(signals, errors, arguments); }));
     running = &program;
+    isMade.signal();
     const int status = program.run(std::vector<std::string>(arguments + 1, arguments + argumentCount));
     // Before anything it refers to goes; a signal that came meanwhile ends the process here.
     signals.reset();

@@ -128,7 +128,8 @@ PreferenceValues KeyFilePreferencesStore::load() {
     const std::lock_guard lock(m_mutex);
     const auto content = OwnerOnlyFile::read(m_path, largestFile);
     const auto file = parsed(content.bytes);
-    m_known = file ? valuesIn(file.get()) : PreferenceValues();
+    if (file && content.outcome == OwnerOnlyFile::Content::Outcome::Read)
+        m_known = valuesIn(file.get());
     return m_known;
 }
 

@@ -18,7 +18,8 @@ class KeyFilePreferencesStore final : public PreferencesStore {
 public:
     explicit KeyFilePreferencesStore(std::string path);
 
-    /// A file that cannot be read gives no values.
+    /// A file that is missing or cannot be parsed gives the values that were known: none at first, and later it is one
+    /// that somebody is editing.
     [[nodiscard]] PreferenceValues load() override;
     /// Creates the folder, for the owner alone. Fails also for a key that a key file cannot hold.
     [[nodiscard]] bool save(const PreferenceValues& values) override;

@@ -34,10 +34,7 @@ SignalWatch::SignalWatch(Handler handler)
 
 SignalWatch::~SignalWatch() {
     if (m_thread.joinable()) {
-        const std::uint64_t one = 1;
-        if (write(m_end, &one, sizeof one) == sizeof one)
-            m_thread.join();
-        else
+        if (!endThread())
             m_thread.detach();
         pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
     }
@@ -47,17 +44,32 @@ SignalWatch::~SignalWatch() {
         close(m_end);
 }
 
+void SignalWatch::leaveToSuccessor() {
+    m_isLeaving = true;
+    if (m_thread.joinable())
+        endThread();
+}
+
+bool SignalWatch::endThread() {
+    const std::uint64_t one = 1;
+    if (write(m_end, &one, sizeof one) != sizeof one)
+        return false;
+    m_thread.join();
+    return true;
+}
+
 void SignalWatch::watch() {
     std::array<pollfd, 2> waiting { pollfd { m_signals, POLLIN, 0 }, pollfd { m_end, POLLIN, 0 } };
     while (true) {
         if (poll(waiting.data(), waiting.size(), -1) < 0 && errno == EINTR)
             continue;
-        signalfd_siginfo received {};
-        if (read(m_signals, &received, sizeof received) == sizeof received) {
-            m_handler(static_cast<int>(received.ssi_signo));
+        const bool isToEnd = (waiting[1].revents & POLLIN) != 0;
+        if (isToEnd && m_isLeaving)
             return;
-        }
-        if ((waiting[1].revents & POLLIN) != 0)
+        signalfd_siginfo received {};
+        if (read(m_signals, &received, sizeof received) == sizeof received)
+            m_handler(static_cast<int>(received.ssi_signo));
+        else if (isToEnd)
             return;
     }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <atomic>
 #include <csignal>
 #include <functional>
 #include <thread>
@@ -13,7 +14,7 @@ namespace quorrel {
 /// REQUIRES: made before any other thread, so that all of them leave these signals to this one.
 class SignalWatch final {
 public:
-    /// Called for the first signal alone.
+    /// Called for one signal after the other.
     using Handler = std::function<void(int signal)>;
 
     explicit SignalWatch(Handler handler);
@@ -22,13 +23,20 @@ public:
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
 
+    /// Ends the watch, waiting for a handler that runs, and leaves the signals that come from now on to the program
+    /// that is to take this one's place in the process.
+    void leaveToSuccessor();
+
 private:
     void watch();
+    /// Whether the thread is gone.
+    bool endThread();
 
     const Handler m_handler;
     sigset_t m_before {};
     int m_signals = -1;
     int m_end = -1;
+    std::atomic<bool> m_isLeaving = false;
     std::thread m_thread;
 };
 

@@ -82,6 +82,7 @@ StandardPaths StandardPaths::fromEnvironment() {
     paths.systemBus = address("DBUS_SYSTEM_BUS_ADDRESS").value_or("unix:path=/run/dbus/system_bus_socket");
     const auto usualPlace = paths.runtime ? "unix:path=" + percentEncoded(*paths.runtime + "/bus", "/") : std::string();
     paths.sessionBus = address("DBUS_SESSION_BUS_ADDRESS").value_or(usualPlace);
+    paths.serviceManager = address("NOTIFY_SOCKET").value_or(std::string());
     paths.languages = languagesOf();
     paths.programs = foldersIn(std::getenv("PATH"));
     return paths;

@@ -44,6 +44,8 @@ TEST(CommandLine, knowsItsCommands) {
     EXPECT_EQ(parsed({ "mount", "--help" }).command, CommandLine::Command::Help);
     EXPECT_EQ(parsed({ "--version" }).command, CommandLine::Command::Version);
     EXPECT_THAT(parsed({ "list", "--json" }).names, IsEmpty());
+    EXPECT_EQ(parsed({ "watch" }).command, CommandLine::Command::Watch);
+    EXPECT_EQ(parsed({ "watch", "--password-file", "f" }).passwordFile, "f");
 }
 
 TEST(CommandLine, takesThePasswordFileBehindAnEqualsSign) {
@@ -60,7 +62,7 @@ TEST(CommandLine, saysWhatIsRightWhenNothingIsToBeMounted) {
 }
 
 TEST(CommandLine, saysWhatIsRightWithoutACommandOrWithAnUnknownOne) {
-    EXPECT_THAT(errorOf({}), HasSubstr("list, mount or unmount"));
+    EXPECT_THAT(errorOf({}), HasSubstr("list, mount, unmount or watch"));
     EXPECT_THAT(errorOf({ "mout", "nas" }), HasSubstr("\"mout\""));
     EXPECT_THAT(errorOf({ "mount", "--al" }), HasSubstr("\"--al\""));
 }
@@ -69,7 +71,9 @@ TEST(CommandLine, refusesContradictions) {
     EXPECT_THAT(errorOf({ "mount", "--all", "nas" }), HasSubstr("not both"));
     EXPECT_THAT(errorOf({ "list", "nas" }), HasSubstr("list takes no names"));
     EXPECT_THAT(errorOf({ "list", "--all" }), HasSubstr("list takes no names"));
-    EXPECT_THAT(errorOf({ "unmount", "nas", "--password-file", "f" }), HasSubstr("goes with mount alone"));
+    for (const auto* more : { "nas", "--all", "--json" })
+        EXPECT_THAT(errorOf({ "watch", more }), HasSubstr("watch takes no names"));
+    EXPECT_THAT(errorOf({ "unmount", "nas", "--password-file", "f" }), HasSubstr("goes with mount and watch alone"));
     EXPECT_THAT(errorOf({ "mount", "nas", "--password-file" }), HasSubstr("needs the name of a file"));
     EXPECT_THAT(errorOf({ "mount", "nas", "--password-file=" }), HasSubstr("needs the name of a file"));
 }
@@ -90,7 +94,8 @@ TEST(CommandLine, everyErrorIsOneLineFitForATerminal) {
 }
 
 TEST(CommandLine, tellsAllItsOptionsInTheHelp) {
-    for (const auto* word : { "list", "mount", "unmount", "--all", "--json", "--password-file", "--help", "--version" })
+    for (const auto* word :
+        { "list", "mount", "unmount", "watch", "--all", "--json", "--password-file", "--help", "--version" })
         EXPECT_THAT(CommandLine::helpText(), HasSubstr(word));
 }
 

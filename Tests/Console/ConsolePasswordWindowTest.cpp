@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/ConsolePasswordWindow.h"
 
+#include "Tests/Console/PasswordTarget.h"
 #include "Tests/Console/RecordingOutput.h"
 #include "Tests/Console/ScriptedPrompt.h"
 
@@ -14,25 +15,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// What stands behind a password window.
-class Target final : public PasswordWindowTarget {
-public:
-    explicit Target(std::function<void(PasswordWindow::Response)> end)
-        : m_end(std::move(end)) { }
-
-    [[nodiscard]] std::string hostName() const override { return "na\ns"; }
-    [[nodiscard]] std::string shareName() const override { return "docs"; }
-    [[nodiscard]] std::string password() const override { return given.value_or(std::string()); }
-    void setPassword(const std::string& text) override { given = text; }
-    void saveHostPassword() override { m_end(PasswordWindow::Response::Stopped); }
-    void cancelhostPassword() override { m_end(PasswordWindow::Response::Aborted); }
-
-    std::optional<std::string> given;
-
-private:
-    const std::function<void(PasswordWindow::Response)> m_end;
-};
-
 class ConsolePasswordWindowTest : public testing::Test {
 protected:
     PasswordWindow::Response run(const std::optional<std::string>& password) {
@@ -45,7 +27,7 @@ protected:
     RecordingOutput errors;
     int announcements = 0;
     PasswordWindow* m_window = nullptr;
-    Target target { [this](PasswordWindow::Response response) {
+    PasswordTarget target { [this](PasswordWindow::Response response) {
         response == PasswordWindow::Response::Stopped ? m_window->stopModal() : m_window->abortModal();
     } };
 };

@@ -1,25 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/ConsoleProgram.h"
 
-#include "Foundation/Log.h"
-#include "Foundation/MainThreadQueue.h"
-#include "Foundation/NotificationCenter.h"
-#include "Foundation/Preferences.h"
-#include "Sources/BonjourResolver.h"
-#include "Sources/MountEnvironment.h"
-#include "Sources/ServiceDefinition.h"
-#include "Tests/Console/Catalogue.h"
-#include "Tests/Console/RecordingOutput.h"
-#include "Tests/Console/ScriptedPrompt.h"
-#include "Tests/Fakes/FakeChildProcess.h"
-#include "Tests/Fakes/FakeClock.h"
-#include "Tests/Fakes/FakeDNSServiceDiscovery.h"
-#include "Tests/Fakes/FakePropertyListFile.h"
-#include "Tests/Fakes/FakeRunLoop.h"
-#include "Tests/Fakes/FakeStringTable.h"
-#include "Tests/Fakes/FakeVolumeService.h"
-#include "Tests/Fakes/FakeWorkspace.h"
-#include "Tests/Fakes/RecordingLogSink.h"
+#include "Foundation/WakeSignal.h"
+#include "Tests/Console/ConsoleFixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -38,71 +21,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-constexpr const char* smb = "Server Message Block (smb)";
-constexpr const char* cataloguePath = "/home/user/data/Quorrel/Quorrel2.plist";
-
-/// The whole program among fakes. Hosts are dotted addresses, which need no look-up.
-class ConsoleProgramTest : public testing::Test {
-protected:
-    std::shared_ptr<HostDefinition> addHost(const std::string& name, const std::vector<std::string>& shares) {
-        auto host = catalogue.addHost(name, shares);
-        auto service = ServiceDefinition::initWithParentHost(host);
-        service->displayType.set(smb);
-        host->services.append(service);
-        for (const auto& share : host->sharePoints.snapshot()) {
-            share->setDisplayType(smb);
-            share->userName.set("ann");
-            share->password.set("s3cret");
-        }
-        return host;
-    }
-
-    int run(const std::vector<std::string>& arguments) {
-        output.clear();
-        errors.clear();
-        writeCatalogue();
-        return program.run(arguments);
-    }
-
-    void writeCatalogue() {
-        if (catalogue.hosts().empty())
-            return;
-        PropertyValue::Array hosts;
-        for (const auto& host : catalogue.hosts())
-            hosts.emplace_back(host->dictionary());
-        files.put(cataloguePath, PropertyValue(std::move(hosts)));
-    }
-
-    void replyTo(const std::string& url, std::int32_t status) {
-        FakeVolumeService::Reply reply;
-        reply.status = status;
-        volumes.setMountReply(url, std::move(reply));
-    }
-
-    Catalogue catalogue;
-    FakeClock clock;
-    Preferences preferences;
-    RecordingLogSink logSink;
-    Log log { preferences, clock, logSink };
-    FakeStringTable strings;
-    FakeWorkspace workspace;
-    FakeVolumeService volumes { clock };
-    FakeChildProcess childProcess;
-    FakeDNSServiceDiscovery discovery;
-    FakePropertyListFile files;
-    NotificationCenter notificationCenter;
-    MainThreadQueue mainThreadQueue;
-    FakeRunLoop runLoop { mainThreadQueue };
-    ScriptedPrompt prompt;
-    RecordingOutput output;
-    RecordingOutput errors;
-    MountEnvironment mounting { volumes, childProcess, clock, log, strings };
-    ResolverEnvironment resolving { discovery, childProcess, log };
-    ConsoleProgram program {
-        { { mounting, resolving, preferences, notificationCenter, files, workspace, strings, log, mainThreadQueue },
-            runLoop, output, errors, prompt, "/home/user", "/home/user/log", "1.2.3" }
-    };
-};
+class ConsoleProgramTest : public ConsoleFixture { };
 
 TEST_F(ConsoleProgramTest, tellsItsVersionAndItsUse) {
     EXPECT_EQ(run({ "--version" }), 0);
@@ -271,7 +190,7 @@ TEST_F(ConsoleProgramTest, anInterruptionEndsHungMountsWithinASecond) {
     std::thread signals([&] {
         EXPECT_TRUE(volumes.waitForHanging(4));
         begin = std::chrono::steady_clock::now();
-        program.interrupt(SIGINT);
+        EXPECT_EQ(program.interrupt(SIGINT), 128 + SIGINT);
     });
     EXPECT_EQ(run({ "mount", "--all" }), 128 + SIGINT);
     signals.join();
@@ -295,13 +214,22 @@ TEST_F(ConsoleProgramTest, anInterruptionDoesNotWaitForAMainThreadThatIsBlocked)
     std::thread signals([&] {
         EXPECT_TRUE(asked.waitFor(Seconds(10)));
         const auto begin = std::chrono::steady_clock::now();
-        program.interrupt(SIGTERM);
+        EXPECT_EQ(program.interrupt(SIGTERM), 128 + SIGTERM);
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
         answered.signal();
     });
     EXPECT_EQ(run({ "mount", "slow" }), 128 + SIGTERM);
     signals.join();
     EXPECT_THAT(errors.text(), HasSubstr("ended by a signal"));
+}
+
+TEST_F(ConsoleProgramTest, neverSavesTheCatalogueAndNeedsNoLock) {
+    addHost("127.0.0.2", { "docs", "music" });
+    for (const char* command : { "mount", "unmount" })
+        EXPECT_EQ(run({ command, "--all" }), 0);
+    EXPECT_EQ(run({ "list" }), 0);
+    EXPECT_EQ(files.writeCount(), 0);
+    EXPECT_EQ(lock.takes(), 0);
 }
 
 TEST_F(ConsoleProgramTest, showsNoControlCharacterOfAName) {

@@ -151,7 +151,7 @@ class QuorrelctlTest(unittest.TestCase):
 
     def test_wrong_usage_gives_two_and_one_line(self):
         catalogue({SMB_HOST: [share(SMB, "pub", guestLogin=True)]})
-        for arguments, said in ((["mount"], "--all, HOST or HOST/SHARE"), (["mout"], "list, mount and unmount"),
+        for arguments, said in ((["mount"], "--all, HOST or HOST/SHARE"), (["mout"], "list, mount, unmount and watch"),
                                 (["mount", f"{SMB_HOST}/pbu"], f'did you mean "{SMB_HOST}/pub"?'),
                                 (["mount", "--all", "--password", PASSWORD], "--password-file FILE")):
             done = run(*arguments)

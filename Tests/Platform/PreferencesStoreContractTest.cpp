@@ -146,12 +146,23 @@ TEST_F(KeyFilePreferencesStoreTest, whatItDoesNotKnowSurvivesASave) {
 TEST_F(KeyFilePreferencesStoreTest, aFileThatCannotBeParsedIsKeptBeforeItIsReplaced) {
     for (const std::string name : { "Quorrel.conf.damaged", "Quorrel.conf.damaged-2" }) {
         folder.put("Quorrel.conf", "this is no key file: " + name);
-        EXPECT_EQ(store.load(), PreferenceValues());
+        EXPECT_EQ(KeyFilePreferencesStore(path).load(), PreferenceValues());
         EXPECT_EQ(folder.contentOf("Quorrel.conf"), "this is no key file: " + name);
         ASSERT_TRUE(store.save({ { "afp", true } }));
         EXPECT_EQ(folder.contentOf(name), "this is no key file: " + name);
         EXPECT_EQ(store.load(), (PreferenceValues { { "afp", true } }));
     }
+}
+
+TEST_F(KeyFilePreferencesStoreTest, aFileThatSomebodyIsEditingLeavesTheValuesAsTheyWere) {
+    const PreferenceValues values { { "afp", true }, { "smb", true } };
+    ASSERT_TRUE(store.save(values));
+    folder.put("Quorrel.conf", "[Fla");
+    EXPECT_EQ(store.load(), values);
+    std::filesystem::remove(path);
+    EXPECT_EQ(store.load(), values);
+    folder.put("Quorrel.conf", "");
+    EXPECT_EQ(store.load(), PreferenceValues());
 }
 
 TEST_F(KeyFilePreferencesStoreTest, aFileThatDisappearedIsWrittenWhole) {

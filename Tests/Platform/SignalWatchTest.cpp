@@ -35,25 +35,42 @@ TEST(SignalWatch, callsItsHandlerOnAnotherThread) {
     }
 }
 
-TEST(SignalWatch, callsItsHandlerOnce) {
+TEST(SignalWatch, callsItsHandlerForOneSignalAfterTheOther) {
     WakeSignal handled;
     std::atomic<int> calls = 0;
-    {
-        const SignalWatch watch([&](int) {
-            ++calls;
-            handled.signal();
-        });
-        kill(getpid(), SIGINT);
+    const SignalWatch watch([&](int) {
+        ++calls;
+        handled.signal();
+    });
+    for (const int signal : { SIGHUP, SIGHUP, SIGTERM }) {
+        kill(getpid(), signal);
         EXPECT_TRUE(handled.waitFor(longEnough));
-        kill(getpid(), SIGINT);
-        // Taken back before the mask is restored, or it would end the test.
-        sigset_t interrupt {};
-        sigemptyset(&interrupt);
-        sigaddset(&interrupt, SIGINT);
-        const timespec patience { 10, 0 };
-        EXPECT_EQ(sigtimedwait(&interrupt, nullptr, &patience), SIGINT);
+        handled.reset();
     }
-    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(calls, 3);
+}
+
+TEST(SignalWatch, leavesLaterSignalsToWhoeverComesAfterIt) {
+    sigset_t before {};
+    pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    std::atomic<int> first = 0;
+    SignalWatch watch([&](int number) { first = number; });
+    watch.leaveToSuccessor();
+    kill(getpid(), SIGHUP);
+    kill(getpid(), SIGTERM);
+    std::atomic<int> hangUps = 0;
+    std::atomic<int> terminations = 0;
+    WakeSignal handled;
+    {
+        const SignalWatch successor([&](int number) {
+            ++(number == SIGHUP ? hangUps : terminations);
+            if (hangUps == 1 && terminations == 1)
+                handled.signal();
+        });
+        EXPECT_TRUE(handled.waitFor(longEnough));
+    }
+    EXPECT_EQ(first, 0);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr); // a successor would be another program
 }
 
 TEST(SignalWatch, endsWithoutASignalAndGivesTheSignalsBack) {

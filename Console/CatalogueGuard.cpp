@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console/CatalogueGuard.h"
+
+#include <utility>
+
+namespace quorrel {
+
+CatalogueGuard::CatalogueGuard(PropertyListFile& files, Version version, std::function<void()> refused)
+    : m_files(files)
+    , m_version(std::move(version))
+    , m_refused(std::move(refused)) { }
+
+PropertyListReadResult CatalogueGuard::read(const std::string& path) {
+    // Before the content: what is written in between is then taken for another's, which it is.
+    m_known[path] = m_version(path);
+    return m_files.read(path);
+}
+
+std::optional<std::string> CatalogueGuard::write(const std::string& path, const PropertyValue& root) {
+    if (auto reason = refusal(path))
+        return reason;
+    auto failure = m_files.write(path, root);
+    if (!failure)
+        m_known[path] = m_version(path);
+    return failure;
+}
+
+std::optional<std::string> CatalogueGuard::keepDamaged(const std::string& path) {
+    if (auto reason = refusal(path))
+        return reason;
+    auto failure = m_files.keepDamaged(path);
+    if (!failure)
+        m_known[path] = m_version(path);
+    return failure;
+}
+
+std::optional<std::string> CatalogueGuard::refusal(const std::string& path) {
+    const auto known = m_known.find(path);
+    if (known == m_known.end() || known->second == m_version(path))
+        return std::nullopt;
+    m_refused();
+    return "Another program has changed it";
+}
+
+} // namespace quorrel

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace quorrel {
+
+class CatalogueLock;
+class FileWatch;
+class ServiceManager;
+struct DiscoveryEnvironment;
+
+/// What keeping shares mounted takes besides; all of it must outlive the program.
+struct KeeperEnvironment final {
+    CatalogueLock& lock;
+    FileWatch& preferencesFile;
+    ServiceManager& serviceManager;
+    std::function<std::string(const std::string& path)> fileVersion; ///< another text once the file is another one
+    /// Puts a new process image of this program in this one's place. Returns after a failure alone, with the reason.
+    std::function<std::string()> beginAnew;
+    bool reloadsOnHangUp = false; ///< a hang-up asks for a reload, where it does not tell of a terminal that is gone
+    const DiscoveryEnvironment* discovery = nullptr;
+};
+
+} // namespace quorrel

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console/KeeperProgram.h"
+
+#include "Console/CatalogueCheck.h"
+#include "Console/CatalogueGuard.h"
+#include "Console/InterruptGuard.h"
+#include "Console/KeeperPasswordWindow.h"
+#include "Console/Output.h"
+#include "Console/PasswordFile.h"
+#include "Console/ShareReport.h"
+#include "Foundation/Log.h"
+#include "Foundation/Preferences.h"
+#include "Platform/CatalogueLock.h"
+#include "Platform/FileWatch.h"
+#include "Platform/RunLoop.h"
+#include "Platform/ServiceManager.h"
+#include "Sources/AdoptionOperation.h"
+#include "Sources/IdleControllerParts.h"
+#include "Sources/MountEnvironment.h"
+#include "Sources/QuorrelAppDelegate.h"
+
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <utility>
+
+namespace quorrel {
+
+namespace {
+
+constexpr int exitSuccess = 0;
+constexpr int exitNotKeeping = 1;
+constexpr std::chrono::milliseconds patience { 700 };
+
+} // namespace
+
+KeeperProgram::KeeperProgram(const ConsoleEnvironment& environment, InterruptGuard& guard)
+    : m_world(environment)
+    , m_guard(guard) { }
+
+int KeeperProgram::run(std::optional<std::string> password, const std::optional<std::string>& passwordFile) {
+    m_passwordFile = passwordFile;
+    const int status = takeLock() ? keep(std::move(password)) : exitNotKeeping;
+    m_hasEnded.signal();
+    return status;
+}
+
+bool KeeperProgram::takeLock() const {
+    using Kind = CatalogueLock::Outcome::Kind;
+    const auto lock = m_world.keeper.lock.take();
+    if (lock.kind == Kind::Unavailable)
+        m_world.log.lineAlways("The catalogue could not be locked: %@", { lock.reason });
+    if (lock.kind != Kind::Refused)
+        return true;
+    say("Quorrel is running already" + (lock.holder ? ", as process " + std::to_string(*lock.holder) : std::string()));
+    return false;
+}
+
+int KeeperProgram::keep(std::optional<std::string> password) {
+    const auto& world = m_world;
+    CatalogueGuard files(world.propertyListFile, world.keeper.fileVersion, [this] {
+        m_world.log.lineAlways("The catalogue was changed by another program; it is read anew instead of saved.");
+        askForReload();
+    });
+    KeeperPasswordWindow passwordWindow(std::move(password), world.errors);
+    const ProgramEnvironment program { world.mounting, world.resolving, world.preferences, world.notificationCenter,
+        files, world.workspace, world.strings, world.log, world.mainThreadQueue };
+    IdleControllerParts parts;
+    QuorrelAppDelegate controller({ program, parts, passwordWindow });
+    if (const auto complaint
+        = CatalogueCheck::complaint(world.propertyListFile, controller.applicationSupportFolder())) {
+        say(*complaint);
+        return exitNotKeeping;
+    }
+    m_guard.guard(controller.opQueue());
+    controller.awakeFromNib();
+    ShareReport report(controller, world.mainThreadQueue, world.output);
+    controller.applicationDidFinishLaunching();
+    adoptMountedVolumes(controller);
+    watchPreferences();
+    world.keeper.serviceManager.ready();
+    follow(controller);
+
+    world.keeper.preferencesFile.stop();
+    controller.applicationWillTerminate();
+    int status = exitSuccess;
+    if (!m_isEnding) {
+        // Its workers end with the process image: what they do is given up first, as far as it lets itself.
+        m_guard.interrupt(SIGHUP);
+        report.finish();
+        say("it could not begin anew: " + world.keeper.beginAnew());
+        status = exitNotKeeping;
+    }
+    m_hasEnded.signal();
+    static_cast<void>(m_guard.release());
+    return status;
+}
+
+void KeeperProgram::adoptMountedVolumes(QuorrelAppDelegate& controller) const {
+    controller.opQueue().addOperation(
+        std::make_shared<AdoptionOperation>(controller.hosts.snapshot(), m_world.mounting.volumes, [] {}));
+}
+
+void KeeperProgram::watchPreferences() const {
+    if (const auto failure = m_world.keeper.preferencesFile.start([this] { m_world.preferences.reload(); }))
+        m_world.log.lineAlways("The preferences cannot be watched: %@", { *failure });
+}
+
+void KeeperProgram::follow(QuorrelAppDelegate& controller) {
+    while (!m_isEnding) {
+        m_world.runLoop.run();
+        if (m_isEnding || !m_isReloadWanted.exchange(false))
+            continue;
+        m_world.keeper.serviceManager.reloading();
+        if (canBeginAnew(controller))
+            return;
+        m_world.keeper.serviceManager.ready();
+    }
+}
+
+bool KeeperProgram::canBeginAnew(QuorrelAppDelegate& controller) const {
+    auto complaint = CatalogueCheck::complaint(m_world.propertyListFile, controller.applicationSupportFolder());
+    if (!complaint && m_passwordFile) {
+        const auto read = PasswordFile::read(*m_passwordFile);
+        if (const auto* failure = std::get_if<PasswordFile::Failure>(&read))
+            complaint = failure->message;
+    }
+    if (!complaint)
+        return true;
+    say(*complaint + "; everything stays as it was");
+    return false;
+}
+
+std::optional<int> KeeperProgram::interrupt(int signal) {
+    if (signal == SIGHUP && m_world.keeper.reloadsOnHangUp) {
+        askForReload();
+        return std::nullopt;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    m_isEnding = true;
+    m_world.runLoop.quit();
+    m_world.keeper.serviceManager.stopping();
+    m_guard.interrupt(signal);
+    m_hasEnded.waitFor(deadline - std::chrono::steady_clock::now());
+    return exitSuccess;
+}
+
+void KeeperProgram::askForReload() {
+    m_isReloadWanted = true;
+    m_world.runLoop.quit();
+}
+
+void KeeperProgram::say(const std::string& message) const {
+    m_world.errors.write("quorrelctl: " + message + '\n');
+}
+
+} // namespace quorrel
