@@ -5,7 +5,8 @@
 
 namespace quorrel {
 
-/// A unit of work for an operation queue. `main` runs once, on a worker thread, and may block it.
+/// A unit of work for an operation queue. `main` runs on a worker thread, which it may block, once for each time that
+/// the operation is added.
 ///
 /// `cancel` only sets a flag: one that waits is then never started, one that has started runs to its end unless it
 /// looks at it.

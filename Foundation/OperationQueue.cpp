@@ -3,18 +3,38 @@
 
 #include "Foundation/ObserverList.h"
 
+#include <algorithm>
 #include <condition_variable>
-#include <deque>
 #include <exception>
+#include <functional>
+#include <iterator>
+#include <list>
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace quorrel {
 
-struct OperationQueue::State final {
+namespace {
+
+struct Waiting final {
+    std::shared_ptr<Operation> operation;
+    std::optional<OperationKey> key;
+};
+
+struct KeyHash final {
+    [[nodiscard]] std::size_t operator()(const OperationKey& key) const {
+        constexpr std::size_t prime = 31;
+        return std::hash<std::string_view>()(key.kind) * prime + std::hash<const void*>()(key.subject);
+    }
+};
+
+} // namespace
+
+struct OperationQueue::State final : std::enable_shared_from_this<State> {
     State(std::size_t max, std::function<void(std::string)> handler)
         : maxConcurrent(max)
         , failed(std::move(handler)) { }
@@ -26,13 +46,47 @@ struct OperationQueue::State final {
 
     std::mutex mutex;
     std::condition_variable ended;
-    std::deque<std::shared_ptr<Operation>> waiting;
+    std::list<Waiting> waiting;
+    std::unordered_map<OperationKey, std::list<Waiting>::iterator, KeyHash> keyed; // those of them with a key
     std::vector<std::shared_ptr<Operation>> running;
     std::size_t threads = 0;
 
     void work();
     void run(Operation& operation) const;
+
+    // With the lock held
+    /// If one more may run. Why nothing will ever run what waits, if so.
+    [[nodiscard]] std::optional<std::string> startThread();
+    void append(Waiting entry);
+    Waiting takeOut(std::list<Waiting>::iterator place);
 };
+
+std::optional<std::string> OperationQueue::State::startThread() {
+    if (threads >= maxConcurrent)
+        return std::nullopt;
+    try {
+        std::thread([state = shared_from_this()] { state->work(); }).detach();
+        ++threads;
+    } catch (const std::system_error& error) {
+        if (threads == 0)
+            return error.what(); // otherwise one of the threads there are comes to it later
+    }
+    return std::nullopt;
+}
+
+void OperationQueue::State::append(Waiting entry) {
+    const auto place = waiting.insert(waiting.end(), std::move(entry));
+    if (place->key)
+        keyed[*place->key] = place;
+}
+
+Waiting OperationQueue::State::takeOut(std::list<Waiting>::iterator place) {
+    auto entry = std::move(*place);
+    waiting.erase(place);
+    if (entry.key)
+        keyed.erase(*entry.key);
+    return entry;
+}
 
 void OperationQueue::State::run(Operation& operation) const {
     try {
@@ -56,8 +110,7 @@ void OperationQueue::State::work() {
                 ended.notify_all();
                 return;
             }
-            operation = std::move(waiting.front());
-            waiting.pop_front();
+            operation = takeOut(waiting.begin()).operation;
             running.push_back(operation);
         }
         if (!operation->isCancelled())
@@ -65,7 +118,7 @@ void OperationQueue::State::work() {
         bool idle = false;
         {
             const std::lock_guard lock(mutex);
-            std::erase(running, operation);
+            running.erase(std::find(running.begin(), running.end(), operation)); // it may run twice at once
             idle = running.empty() && waiting.empty();
         }
         operation.reset();
@@ -85,37 +138,46 @@ OperationQueue::~OperationQueue() {
 }
 
 void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
-    std::string reason;
+    add(std::move(operation), std::nullopt);
+}
+
+void OperationQueue::addOperation(std::shared_ptr<Operation> operation, const OperationKey& key) {
+    add(std::move(operation), key);
+}
+
+void OperationQueue::add(std::shared_ptr<Operation> operation, const std::optional<OperationKey>& key) {
+    std::shared_ptr<Operation> replaced;
+    std::optional<std::string> failure;
     {
         const std::lock_guard lock(m_state->mutex);
-        m_state->waiting.push_back(std::move(operation));
-        if (m_state->threads >= m_state->maxConcurrent)
-            return;
-        try {
-            std::thread([state = m_state] { state->work(); }).detach();
-            ++m_state->threads;
-            return;
-        } catch (const std::system_error& error) {
-            if (m_state->threads > 0)
-                return; // one of the threads there are comes to it later
-            operation = std::move(m_state->waiting.back());
-            m_state->waiting.pop_back();
-            reason = error.what();
-        }
+        if (const auto found = key ? m_state->keyed.find(*key) : m_state->keyed.end(); found != m_state->keyed.end())
+            replaced = m_state->takeOut(found->second).operation;
+        if (replaced && replaced != operation)
+            replaced->cancel();
+        m_state->append({ operation, key });
+        failure = m_state->startThread();
+        if (failure)
+            static_cast<void>(m_state->takeOut(std::prev(m_state->waiting.end())));
     }
-    operation->cancel();
-    if (m_state->failed)
-        m_state->failed(reason);
+    if (failure) {
+        operation->cancel();
+        if (m_state->failed)
+            m_state->failed(*failure);
+    }
+    operation.reset();
+    if (std::exchange(replaced, nullptr))
+        m_state->endObservers.notify();
 }
 
 void OperationQueue::cancelAllOperations() {
-    std::deque<std::shared_ptr<Operation>> dropped;
+    std::list<Waiting> dropped;
     bool idle = false;
     {
         const std::lock_guard lock(m_state->mutex);
         dropped.swap(m_state->waiting);
-        for (const auto& operation : dropped)
-            operation->cancel();
+        m_state->keyed.clear();
+        for (const auto& each : dropped)
+            each.operation->cancel();
         for (const auto& operation : m_state->running)
             operation->cancel();
         idle = !dropped.empty() && m_state->running.empty();

@@ -7,9 +7,20 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorrel {
+
+/// Says what an operation does and to what, for operations of which only the last one asked for matters. It is only
+/// compared: the kind is a literal, and the operation keeps its subject alive.
+struct OperationKey final {
+    std::string_view kind;
+    const void* subject = nullptr;
+
+    friend bool operator==(const OperationKey&, const OperationKey&) = default;
+};
 
 /// Runs operations on threads of its own, in the order in which they were added, so many at a time.
 ///
@@ -24,7 +35,11 @@ public:
     OperationQueue(const OperationQueue&) = delete;
     OperationQueue& operator=(const OperationQueue&) = delete;
 
+    /// An operation may be added again, whatever became of it since.
     void addOperation(std::shared_ptr<Operation> operation);
+    /// Cancels and drops the operation of that key that waits and has not started, if there is one: the new one takes
+    /// its place, at the end. What is asked for over and over while the workers hang so waits once.
+    void addOperation(std::shared_ptr<Operation> operation, const OperationKey& key);
     /// Cancels what waits, which then never starts, and what runs, which may look at its flag. Waits for nothing.
     void cancelAllOperations();
     /// Waiting and running operations together.
@@ -33,11 +48,14 @@ public:
 
     /// Calls back on the worker that ended the last operation, or on the thread that cancelled it.
     Subscription observeIdle(std::function<void()> callback);
-    /// Calls back on the worker that ended an operation, or on the thread that cancelled some, before that of the idle.
+    /// Calls back on the worker that ended an operation, or on the thread that cancelled or replaced some, before that
+    /// of the idle.
     Subscription observeEnds(std::function<void()> callback);
 
 private:
     struct State;
+    void add(std::shared_ptr<Operation> operation, const std::optional<OperationKey>& key);
+
     std::shared_ptr<State> m_state;
 };
 
