@@ -5,9 +5,11 @@
 #include "Tests/Fakes/FakeServiceNetwork.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorrel {
@@ -66,6 +68,8 @@ public:
     /// domains", "stop search _smb._tcp.", "stop search" while idle, "resolve Attic", "monitor Attic", "stop monitoring
     /// Attic".
     [[nodiscard]] std::vector<std::string> calls() const { return m_network->calls; }
+    /// Is told of every call too.
+    void setWitness(std::function<void(const std::string& call)> witness) { m_network->witness = std::move(witness); }
     /// Resolutions that wait for an answer.
     [[nodiscard]] int resolutionsUnderWay() const;
     /// The searches that run, those that wait for the daemon among them.

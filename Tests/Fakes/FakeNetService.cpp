@@ -32,7 +32,7 @@ NetServiceInstance FakeNetService::instance() const {
 }
 
 void FakeNetService::resolveWithTimeout(Seconds timeout) {
-    m_network->calls.push_back("resolve " + m_request.name);
+    m_network->record("resolve " + m_request.name);
     m_request.timeout = timeout;
     m_isUnderWay = true;
     start(timeout);
@@ -88,7 +88,7 @@ void FakeNetService::answer(FakeServiceNetwork::Reply reply) {
 }
 
 void FakeNetService::startMonitoring() {
-    m_network->calls.push_back("monitor " + m_request.name);
+    m_network->record("monitor " + m_request.name);
     if (std::exchange(m_isMonitored, true))
         return;
     m_shown.reset();
@@ -97,7 +97,7 @@ void FakeNetService::startMonitoring() {
 }
 
 void FakeNetService::stopMonitoring() {
-    m_network->calls.push_back("stop monitoring " + m_request.name);
+    m_network->record("stop monitoring " + m_request.name);
     m_isMonitored = false;
     m_network->timeline.forget(monitor());
 }

@@ -30,12 +30,12 @@ FakeNetServiceBrowser::~FakeNetServiceBrowser() {
 }
 
 void FakeNetServiceBrowser::searchForServicesOfType(const std::string& type, const std::optional<std::string>& domain) {
-    m_network->calls.push_back("search " + type + (domain ? " in \"" + *domain + '"' : ""));
+    m_network->record("search " + type + (domain ? " in \"" + *domain + '"' : ""));
     begin({ type, domain });
 }
 
 void FakeNetServiceBrowser::searchForBrowsableDomains() {
-    m_network->calls.emplace_back("search domains");
+    m_network->record("search domains");
     begin({});
 }
 
@@ -58,7 +58,7 @@ void FakeNetServiceBrowser::begin(Search search) {
 }
 
 void FakeNetServiceBrowser::stop() {
-    m_network->calls.push_back("stop search" + (m_search && m_search->type ? ' ' + *m_search->type : ""));
+    m_network->record("stop search" + (m_search && m_search->type ? ' ' + *m_search->type : ""));
     m_network->timeline.forget(this);
     if (std::exchange(m_search, std::nullopt) && m_delegate)
         m_delegate->netServiceBrowserDidStopSearch(*this);

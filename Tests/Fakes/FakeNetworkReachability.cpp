@@ -16,8 +16,11 @@ public:
     Reference(const Reference&) = delete;
     Reference& operator=(const Reference&) = delete;
     ~Reference() override {
-        if (m_network)
-            std::erase(m_network->m_references, this);
+        if (!m_network)
+            return;
+        std::erase(m_network->m_references, this);
+        if (m_network->m_witness)
+            m_network->m_witness("end of reference " + m_hostName);
     }
 
     [[nodiscard]] std::optional<std::uint32_t> flags() const override { return m_flags; }
@@ -59,6 +62,8 @@ FakeNetworkReachability::~FakeNetworkReachability() {
 
 std::unique_ptr<ReachabilityReference> FakeNetworkReachability::createWithName(const std::string& hostName) {
     m_requests.push_back(hostName);
+    if (m_witness)
+        m_witness("reference " + hostName);
     if (hostName.empty() || m_impossible.contains(hostName))
         return nullptr;
     return std::make_unique<Reference>(*this, hostName);

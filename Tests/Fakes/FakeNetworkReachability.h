@@ -4,11 +4,13 @@
 #include "Platform/NetworkReachability.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorrel {
@@ -40,6 +42,8 @@ public:
 
     /// Every name that a reference was asked for, in order.
     [[nodiscard]] const std::vector<std::string>& requests() const { return m_requests; }
+    /// Is told "reference NAME" of each request, and "end of reference NAME".
+    void setWitness(std::function<void(const std::string& event)> witness) { m_witness = std::move(witness); }
     /// The names of the references that are alive; of those that are scheduled, once for each loop. Sorted.
     [[nodiscard]] std::vector<std::string> alive() const;
     [[nodiscard]] std::vector<std::string> scheduled() const;
@@ -52,6 +56,7 @@ private:
     std::set<std::string> m_unschedulable;
     std::vector<std::string> m_requests;
     std::vector<Reference*> m_references;
+    std::function<void(const std::string&)> m_witness;
 };
 
 } // namespace quorrel

@@ -30,4 +30,10 @@ bool FakeServiceNetwork::isPlain(const std::string& text) {
     return std::all_of(text.begin(), text.end(), [](char letter) { return letter != '\0' && letter != '\xFF'; });
 }
 
+void FakeServiceNetwork::record(const std::string& call) {
+    calls.push_back(call);
+    if (witness)
+        witness(call);
+}
+
 } // namespace quorrel

@@ -5,6 +5,7 @@
 #include "Tests/Fakes/FakeTimeline.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -58,6 +59,9 @@ struct FakeServiceNetwork final {
     std::vector<FakeNetServiceBrowser*> browsers;
     std::vector<Request> requests;
     std::vector<std::string> calls;
+    std::function<void(const std::string& call)> witness;
+
+    void record(const std::string& call);
 };
 
 } // namespace quorrel

@@ -6,15 +6,15 @@
 namespace quorrel {
 
 struct FakeVolumeWatch::Entry final : CallbackGate {
-    Entry(std::shared_ptr<std::vector<std::string>> log, const char* name, Callback function)
-        : events(std::move(log))
+    Entry(std::shared_ptr<Record> shared, const char* name, Callback function)
+        : record(std::move(shared))
         , kind(name)
         , callback(std::move(function)) {
-        events->push_back(kind + " registered");
+        record->add(kind + " registered");
     }
 
     void discard() override {
-        events->push_back(kind + " unregistered");
+        record->add(kind + " unregistered");
         callback = nullptr;
     }
 
@@ -25,14 +25,20 @@ struct FakeVolumeWatch::Entry final : CallbackGate {
         leave();
     }
 
-    std::shared_ptr<std::vector<std::string>> events;
+    std::shared_ptr<Record> record;
     const std::string kind;
     Callback callback;
     std::vector<int> pending; ///< were there before it
 };
 
 FakeVolumeWatch::FakeVolumeWatch()
-    : m_events(std::make_shared<std::vector<std::string>>()) { }
+    : m_record(std::make_shared<Record>()) { }
+
+void FakeVolumeWatch::Record::add(const std::string& event) {
+    events.push_back(event);
+    if (witness)
+        witness(event);
+}
 
 Subscription FakeVolumeWatch::registerDiskDisappearedCallback(Callback callback) {
     return add(m_disappeared, "disappeared", std::move(callback));
@@ -81,7 +87,7 @@ int FakeVolumeWatch::registrations() const {
 
 Subscription FakeVolumeWatch::add(Entries& entries, const char* kind, Callback callback) {
     std::erase_if(entries, [](const auto& each) { return each->isClosed(); });
-    entries.push_back(std::make_shared<Entry>(m_events, kind, std::move(callback)));
+    entries.push_back(std::make_shared<Entry>(m_record, kind, std::move(callback)));
     return Subscription(entries.back());
 }
 

@@ -3,6 +3,7 @@
 
 #include "Platform/VolumeWatch.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -29,19 +30,27 @@ public:
     void runPending();
 
     /// "disappeared registered", "appeared unregistered" and so on, in order.
-    [[nodiscard]] std::vector<std::string> events() const { return *m_events; }
+    [[nodiscard]] std::vector<std::string> events() const { return m_record->events; }
+    /// Is told of every event too.
+    void setWitness(std::function<void(const std::string& event)> witness) { m_record->witness = std::move(witness); }
     /// Callbacks that are registered now, of both kinds.
     [[nodiscard]] int registrations() const;
     [[nodiscard]] int volumes() const { return static_cast<int>(m_volumes.size()); }
 
 private:
     struct Entry;
+    struct Record final {
+        std::vector<std::string> events;
+        std::function<void(const std::string&)> witness;
+
+        void add(const std::string& event);
+    };
     using Entries = std::vector<std::shared_ptr<Entry>>;
 
     [[nodiscard]] Subscription add(Entries& entries, const char* kind, Callback callback);
     static void tell(const Entries& entries, const VolumeDescription& volume);
 
-    std::shared_ptr<std::vector<std::string>> m_events;
+    std::shared_ptr<Record> m_record;
     std::vector<std::pair<int, VolumeDescription>> m_volumes;
     Entries m_disappeared;
     Entries m_appeared;
