@@ -91,9 +91,9 @@ class BenchmarkProgram final {
 public:
     static constexpr std::int64_t sharePointsOfAHost = 10;
 
-    /// The parts must outlive the program.
-    BenchmarkProgram(std::int64_t sharePoints, ControllerParts& parts)
-        : m_parts(parts) {
+    /// What watches the world and what is shown must outlive the program; null: none.
+    explicit BenchmarkProgram(std::int64_t sharePoints, const StatusBarEnvironment* statusBar = nullptr)
+        : m_statusBar(statusBar) {
         std::vector<std::shared_ptr<HostDefinition>> hosts;
         for (std::int64_t first = 0; first < sharePoints; first += sharePointsOfAHost)
             hosts.push_back(HostDefinition::initWithDictionary(host(first), controller.catalogueContext()));
@@ -142,7 +142,7 @@ private:
     PlistFile m_plistFile;
     MainThreadQueue m_mainThreadQueue;
     NotificationCenter m_notificationCenter;
-    ControllerParts& m_parts;
+    const StatusBarEnvironment* const m_statusBar;
     BenchmarkParts::NobodyToAsk m_passwordWindow;
     MountEnvironment m_mounting { m_volumes, m_childProcess, m_clock, m_log, m_strings };
     ResolverEnvironment m_resolving { m_discovery, m_childProcess, m_log };
@@ -150,7 +150,7 @@ private:
 public:
     QuorrelAppDelegate controller { { { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_plistFile,
                                           m_workspace, m_strings, m_log, m_mainThreadQueue },
-        m_parts, m_passwordWindow } };
+        m_passwordWindow, nullptr, m_statusBar } };
 };
 
 } // namespace quorrel

@@ -3,9 +3,9 @@
 #include "Benchmarks/Timing.h"
 #include "Platform/StatusBar.h"
 #include "Platform/Timers.h"
-#include "Sources/IdleControllerParts.h"
 #include "Sources/MenuLayout.h"
 #include "Sources/SharePointDefinition.h"
+#include "Sources/StatusBarEnvironment.h"
 #include "Tests/Fakes/ThreadTime.h"
 
 #include <QAction>
@@ -57,18 +57,6 @@ public:
 class NoTimers final : public Timers {
 public:
     [[nodiscard]] std::unique_ptr<Timer> scheduleRepeating(Seconds, std::function<void()>) override { return nullptr; }
-};
-
-/// A status item and nothing else.
-class StatusItemAlone final : public IdleControllerParts {
-public:
-    [[nodiscard]] std::unique_ptr<StatusBarItem> makeStatusBarItem() override {
-        return std::make_unique<StatusBarItem>(m_bar, m_timers);
-    }
-
-private:
-    NoStatusBar m_bar;
-    NoTimers m_timers;
 };
 
 QIcon icon(Qt::GlobalColor color) {
@@ -177,8 +165,10 @@ double timeOf(const Work& work) {
 }
 
 int run(int rounds) {
-    StatusItemAlone parts;
-    BenchmarkProgram program(hostCount * BenchmarkProgram::sharePointsOfAHost, parts);
+    NoStatusBar bar;
+    NoTimers timers;
+    const StatusBarEnvironment statusBar { bar, timers };
+    BenchmarkProgram program(hostCount * BenchmarkProgram::sharePointsOfAHost, &statusBar);
     auto& controller = program.controller;
     PlainMenus plainMenus;
     const auto model = [&] { controller.makeMountpopMenu(); };

@@ -3,7 +3,6 @@
 // Loading and saving the catalogue as the program does it, file and records, by the number of share points; a host
 // carries ten of them.
 #include "Benchmarks/BenchmarkProgram.h"
-#include "Sources/IdleControllerParts.h"
 
 #include <benchmark/benchmark.h>
 
@@ -19,8 +18,7 @@ void describe(benchmark::State& state, BenchmarkProgram& program) {
 }
 
 void load(benchmark::State& state) {
-    IdleControllerParts none;
-    BenchmarkProgram program(state.range(0), none);
+    BenchmarkProgram program(state.range(0));
     for ([[maybe_unused]] const auto& iteration : state)
         program.controller.loadHostsArray();
     const auto hosts = static_cast<std::size_t>(state.range(0) / BenchmarkProgram::sharePointsOfAHost);
@@ -30,8 +28,7 @@ void load(benchmark::State& state) {
 }
 
 void save(benchmark::State& state) {
-    IdleControllerParts none;
-    BenchmarkProgram program(state.range(0), none);
+    BenchmarkProgram program(state.range(0));
     for ([[maybe_unused]] const auto& iteration : state)
         program.controller.saveHostsArray();
     describe(state, program);

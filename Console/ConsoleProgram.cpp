@@ -12,7 +12,6 @@
 #include "Console/ShareTable.h"
 #include "Foundation/Clock.h"
 #include "Sources/HostDefinition.h"
-#include "Sources/IdleControllerParts.h"
 #include "Sources/MountedVolumes.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/QuorrelAppDelegate.h"
@@ -91,8 +90,7 @@ int ConsoleProgram::carryOut(const CommandLine& commandLine) {
         if (operations != nullptr)
             operations->stepAside();
     });
-    IdleControllerParts parts;
-    QuorrelAppDelegate controller({ world, parts, passwordWindow });
+    QuorrelAppDelegate controller({ world, passwordWindow });
     controller.awakeFromNib();
     controller.applicationDidFinishLaunching();
     m_guard->guard(controller.opQueue());

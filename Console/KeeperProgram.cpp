@@ -15,7 +15,6 @@
 #include "Platform/RunLoop.h"
 #include "Platform/ServiceManager.h"
 #include "Sources/AdoptionOperation.h"
-#include "Sources/IdleControllerParts.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/QuorrelAppDelegate.h"
 
@@ -65,8 +64,7 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     KeeperPasswordWindow passwordWindow(std::move(password), world.errors);
     const ProgramEnvironment program { world.mounting, world.resolving, world.preferences, world.notificationCenter,
         files, world.workspace, world.strings, world.log, world.mainThreadQueue };
-    IdleControllerParts parts;
-    QuorrelAppDelegate controller({ program, parts, passwordWindow });
+    QuorrelAppDelegate controller({ program, passwordWindow, world.keeper.discovery });
     if (const auto complaint
         = CatalogueCheck::complaint(world.propertyListFile, controller.applicationSupportFolder())) {
         say(*complaint);

@@ -13,8 +13,8 @@
 
 namespace quorrel {
 
-DesktopProgram::DesktopProgram(
-    const ProgramEnvironment& world, LoginItems& loginItems, const DesktopProgramOptions& options)
+DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery,
+    LoginItems& loginItems, const DesktopProgramOptions& options)
     : m_world(world)
     , m_application([this](const AboutPanelOptions& about) { m_aboutPanel.show(about); })
     , m_environment { m_application, world.strings, world.preferences, world.mainThreadQueue }
@@ -22,14 +22,15 @@ DesktopProgram::DesktopProgram(
     , m_instance(QDBusConnection::sessionBus())
     , m_trayHosts(QDBusConnection::sessionBus(), std::make_unique<X11EmbeddingTray>())
     , m_statusBar(m_trayHosts, m_application, m_images)
-    , m_parts(m_statusBar, m_timers)
+    , m_statusItem { m_statusBar, m_timers }
     , m_aboutPanel(m_environment, m_images)
     , m_window(m_environment, m_images)
     , m_preferences(m_environment, m_loginItem, options.logFile)
     , m_addMountDialog(m_environment, [this] { return m_window.widget(); })
     , m_passwordDialog(m_environment)
     , m_windows { m_application, m_window, m_preferences, m_addMountDialog }
-    , m_controller({ world, m_parts, m_passwordDialog, &m_windows, options.helpPage, options.version }) {
+    , m_controller(
+          { world, m_passwordDialog, discovery, &m_statusItem, &m_windows, options.helpPage, options.version }) {
     // Even the tray icon counts as a window, so none of the large sizes.
     QApplication::setWindowIcon(m_images.icon({ "quorrel.png", 16 }));
 }

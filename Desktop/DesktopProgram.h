@@ -5,7 +5,6 @@
 #include "Desktop/AddMountDialog.h"
 #include "Desktop/CatalogueWindow.h"
 #include "Desktop/DesktopApplication.h"
-#include "Desktop/DesktopControllerParts.h"
 #include "Desktop/DesktopEnvironment.h"
 #include "Desktop/ImageLoader.h"
 #include "Desktop/PasswordDialog.h"
@@ -18,12 +17,14 @@
 #include "Sources/LoginItem.h"
 #include "Sources/ProgramEnvironment.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/StatusBarEnvironment.h"
 
 #include <string>
 
 namespace quorrel {
 
 class LoginItems;
+struct DiscoveryEnvironment;
 
 /// What the desktop program is told by its entry point.
 struct DesktopProgramOptions final {
@@ -36,8 +37,9 @@ struct DesktopProgramOptions final {
 /// The program on a desktop: the controller with its windows and its status item. Main thread, with a QApplication.
 class DesktopProgram final {
 public:
-    /// Both references must outlive the program.
-    DesktopProgram(const ProgramEnvironment& world, LoginItems& loginItems, const DesktopProgramOptions& options);
+    /// All of it must outlive the program. Without a discovery it neither browses nor watches anything.
+    DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery, LoginItems& loginItems,
+        const DesktopProgramOptions& options);
 
     /// Until the user quits; at once in a second launch, which asks the first to show its window.
     int run();
@@ -59,7 +61,7 @@ private:
     TrayHostWatch m_trayHosts;
     QtStatusBar m_statusBar;
     QtTimers m_timers;
-    DesktopControllerParts m_parts;
+    const StatusBarEnvironment m_statusItem;
     AboutPanel m_aboutPanel;
     CatalogueWindow m_window;
     PreferencesDialog m_preferences;

@@ -5,8 +5,8 @@
 #include "Desktop/WrappedLabel.h"
 #include "Foundation/Preferences.h"
 #include "Foundation/Text.h"
-#include "Sources/ControllerParts.h"
 #include "Sources/LoginItem.h"
+#include "Sources/Reachability.h"
 
 #include <QAccessible>
 #include <QCheckBox>

@@ -28,6 +28,8 @@ public:
 
     /// Does no more than set a missing domain for a host that another monitor watches.
     void monitor(const std::shared_ptr<HostDefinition>& host);
+    /// Null without a host, and once it is gone.
+    [[nodiscard]] std::shared_ptr<HostDefinition> host() const { return m_hostRef.lock(); }
     /// The host's; absent without a host.
     [[nodiscard]] OptionalText displayName() const;
 

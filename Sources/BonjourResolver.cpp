@@ -114,6 +114,12 @@ bool BonjourResolver::lookUpInNetBIOS(HostDefinition& host) {
     return takeAddress(host, tool);
 }
 
+bool BonjourResolver::isAwaited() const {
+    const auto service = m_serviceRef.lock();
+    const auto host = service ? service->parentHost.get().lock() : nullptr;
+    return host && host->resolving.get();
+}
+
 std::optional<std::vector<std::string>> BonjourResolver::getIPV4FromService(const NetService& service) {
     const auto addresses = service.addresses();
     if (!addresses)

@@ -43,6 +43,9 @@ public:
     void resolve(
         const std::shared_ptr<ServiceDefinition>& service, const std::shared_ptr<SharePointDefinition>& sharePoint);
 
+    /// Whether its host is still being resolved.
+    [[nodiscard]] bool isAwaited() const;
+
     /// The IPv4 addresses of a resolved service in dotted decimal; absent when it reported no addresses of any kind.
     [[nodiscard]] static std::optional<std::vector<std::string>> getIPV4FromService(const NetService& service);
 

@@ -7,14 +7,16 @@
 
 namespace quorrel {
 
-class ControllerParts;
 class PasswordWindow;
 struct ControllerWindows;
+struct DiscoveryEnvironment;
+struct StatusBarEnvironment;
 
 /// What the controller needs of the world; all of it must outlive the controller.
 struct ControllerEnvironment final : ProgramEnvironment {
-    ControllerParts& parts;
     PasswordWindow& passwordWindow;
+    const DiscoveryEnvironment* discovery = nullptr; ///< null: it neither browses nor scans nor watches anything
+    const StatusBarEnvironment* statusBar = nullptr; ///< null: it has no status item, and builds no menus
     ControllerWindows* windows = nullptr; ///< null for a program without windows
     std::string helpPage {}; ///< a URL; empty for a program without one
     std::string version {};

@@ -4,6 +4,7 @@
 #include "Foundation/Log.h"
 #include "Platform/PropertyListFile.h"
 #include "Platform/Workspace.h"
+#include "Sources/BonjourMonitor.h"
 #include "Sources/HostDefinition.h"
 
 #include <algorithm>
@@ -78,6 +79,7 @@ void QuorrelAppDelegate::loadHostsArray() {
             if (const auto* dictionary = std::get_if<Dictionary>(&each.variant()))
                 loaded.push_back(HostDefinition::initWithDictionary(*dictionary, m_context));
     hosts.replaceUnannounced(loaded);
+    dropSpentMonitors();
     for (const auto& host : loaded)
         watchModel(host);
     didChangeValueForKey("hosts");
@@ -85,6 +87,7 @@ void QuorrelAppDelegate::loadHostsArray() {
 
 void QuorrelAppDelegate::saveHostsArray() {
     PropertyValue::Array array;
+    dropSpentMonitors();
     for (const auto& host : hosts.snapshot()) {
         array.emplace_back(host->dictionary());
         watchModel(host);
@@ -106,10 +109,15 @@ bool QuorrelAppDelegate::writeCatalogueFile(const PropertyValue& root) {
 }
 
 void QuorrelAppDelegate::watchModel(const HostPointer& host) {
-    if (host->monitoring.get())
-        return;
-    if (auto monitor = m_environment.parts.makeMonitor(host))
-        m_monitorsArray.push_back(std::move(monitor));
+    if (m_environment.discovery && !host->monitoring.get())
+        m_monitorsArray.push_back(BonjourMonitor::initWithHost(host, *m_environment.discovery));
+}
+
+void QuorrelAppDelegate::dropSpentMonitors() {
+    std::erase_if(m_monitorsArray, [](const auto& monitor) {
+        const auto host = monitor->host();
+        return !host || !host->monitoring.get();
+    });
 }
 
 } // namespace quorrel

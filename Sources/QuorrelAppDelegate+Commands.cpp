@@ -113,17 +113,31 @@ void QuorrelAppDelegate::mountFavroiteItem(const MenuItem& item) {
 void QuorrelAppDelegate::resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service) {
     if (host && (host->resolving.get() || host->resolved.get()))
         return;
+    // A host that is not being resolved, or is gone, waits for no answer any more.
+    std::erase_if(m_resolverArray, [](const auto& resolver) { return !resolver->isAwaited(); });
     // The array first: it keeps a resolver alive whose answers come later.
     m_resolverArray.push_back(std::make_unique<BonjourResolver>(m_environment.resolving));
     m_resolverArray.back()->resolve(service, nullptr);
 }
 
 void QuorrelAppDelegate::queueMount(const SharePointPointer& sharePoint) {
-    m_opQueue->addOperation(MountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
+    queueOperation(
+        "mount", sharePoint, MountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
 }
 
 void QuorrelAppDelegate::queueUnmount(const SharePointPointer& sharePoint) {
-    m_opQueue->addOperation(UnmountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
+    queueOperation(
+        "unmount", sharePoint, UnmountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
+}
+
+void QuorrelAppDelegate::queueOperation(
+    std::string_view kind, const SharePointPointer& sharePoint, std::shared_ptr<Operation> operation) {
+    // One of a kind that waits for a share point is enough: a server that comes and goes while the workers hang would
+    // fill the queue. The last of all that wait decides in either case.
+    if (sharePoint)
+        m_opQueue->addOperation(std::move(operation), { kind, sharePoint.get() });
+    else
+        m_opQueue->addOperation(std::move(operation));
 }
 
 void QuorrelAppDelegate::mountManually(const SharePointPointer& sharePoint) {

@@ -3,7 +3,7 @@
 
 #include "Foundation/Log.h"
 #include "Foundation/Preferences.h"
-#include "Sources/BonjourResolver.h"
+#include "Sources/BonjourMonitor.h"
 #include "Sources/HostDefinition.h"
 #include "Sources/ServiceDefinition.h"
 #include "Sources/SharePointDefinition.h"
@@ -47,6 +47,7 @@ void QuorrelAppDelegate::serviceAppeared(const std::string& name, const Optional
     for (const auto& sharePoint : host->sharePoints.snapshot())
         if (!sharePoint->mounting.get())
             queueMount(sharePoint);
+    dropSpentMonitors();
     watchModel(host);
 }
 
@@ -83,7 +84,7 @@ void QuorrelAppDelegate::diskNotigficationUpdate(const Notification& notificatio
 }
 
 void QuorrelAppDelegate::networkReachabilityChanged(const Notification&) {
-    if (m_sharedReachabilityObject && m_sharedReachabilityObject->remoteHostStatus() != 0) {
+    if (remoteHostStatus() != 0) {
         m_environment.log.line("Network Reachable.");
         if (!m_reachable) {
             m_environment.log.line("Mounting all automatic SharePoints");

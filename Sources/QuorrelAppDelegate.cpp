@@ -6,14 +6,22 @@
 #include "Foundation/Preferences.h"
 #include "Foundation/StringTable.h"
 #include "Sources/AddMountWindowController.h"
+#include "Sources/BonjourMonitor.h"
 #include "Sources/BonjourResolver.h"
-#include "Sources/Globals.h"
+#include "Sources/BonjourScanner.h"
+#include "Sources/DiskMonitor.h"
 #include "Sources/HostDefinition.h"
+#include "Sources/HostFileScanner.h"
 #include "Sources/MenuLayout.h"
 #include "Sources/PasswordWindowController.h"
+#include "Sources/Reachability.h"
 #include "Sources/SharePointDefinition.h"
+#include "Sources/SMBScanner.h"
+#include "Sources/StatusBarEnvironment.h"
+#include "Sources/StatusBarItem.h"
 
 #include <array>
+#include <stdexcept>
 #include <utility>
 
 namespace quorrel {
@@ -75,16 +83,20 @@ void QuorrelAppDelegate::awakeFromNib() {
 }
 
 void QuorrelAppDelegate::applicationDidFinishLaunching() {
-    m_statusBarItem = m_environment.parts.makeStatusBarItem();
-    if (m_statusBarItem)
+    if (const auto* statusBar = m_environment.statusBar) {
+        m_statusBarItem = std::make_unique<StatusBarItem>(statusBar->statusBar, statusBar->timers);
         m_statusBarItem->setMenu(popMenu);
+    }
     writeFirstLaunchDefaults();
     loadHostsArray();
-    m_sharedReachabilityObject = m_environment.parts.makeReachability();
-    if (m_sharedReachabilityObject)
+    const auto* discovery = m_environment.discovery;
+    if (discovery) {
+        m_sharedReachabilityObject = std::make_unique<Reachability>(*discovery);
         m_sharedReachabilityObject->setNetworkStatusNotificationsEnabled(true);
+    }
     registerForNotifications();
-    m_diskMonitor = m_environment.parts.makeDiskMonitor();
+    if (discovery)
+        m_diskMonitor = std::make_unique<DiskMonitor>(*discovery, [this] { return hosts.snapshot(); });
     observePreferences();
     startBrowsers();
     startScans();
@@ -110,7 +122,7 @@ void QuorrelAppDelegate::registerForNotifications() {
         { "ServiceAdded/Removed", &QuorrelAppDelegate::bonjourServiceNotigficationUpdate },
         { "diskAddRemoveNotification", &QuorrelAppDelegate::diskNotigficationUpdate },
         { "900", &QuorrelAppDelegate::saveNotigfication },
-        { "kNetworkReachabilityChangedNotification", &QuorrelAppDelegate::networkReachabilityChanged },
+        { kNetworkReachabilityChangedNotification, &QuorrelAppDelegate::networkReachabilityChanged },
     } };
     for (const auto& [name, handler] : handlers)
         m_notificationSubscriptions.push_back(m_environment.notificationCenter.addObserver(
@@ -122,50 +134,26 @@ void QuorrelAppDelegate::registerForNotifications() {
             }));
 }
 
-void QuorrelAppDelegate::startBrowsers() {
-    const auto& preferences = m_environment.preferences;
-    if (!preferences.boolean("BrowseForServices"))
-        return;
-    struct Browser final {
-        const char* preference;
-        std::unique_ptr<ServiceBrowser>& field;
-        const char* serviceName;
-    };
-    const std::array<Browser, 4> browsers { {
-        { "afp", m_AFP_Scanner, "Apple Filing Protocol (afp)" },
-        { "smb", m_SMB_Scanner, "Server Message Block (smb)" },
-        { "http", m_HTTP_Scanner, "WebDAV (http)" },
-        { "ftp", m_FTP_Scanner, "File Transfer Protocol (ftp)" },
-    } };
-    for (const auto& browser : browsers) {
-        if (!preferences.boolean(browser.preference))
-            continue;
-        browser.field = m_environment.parts.makeServiceBrowser();
-        if (browser.field)
-            browser.field->searchForService(Globals::getFullServiceName(browser.serviceName), std::nullopt);
-    }
-}
-
-void QuorrelAppDelegate::startScans() {
-    const auto& preferences = m_environment.preferences;
-    if (preferences.boolean("scanForSMBHosts"))
-        m_shellSBMScanner = m_environment.parts.makeSMBScanner(bonjourServices);
-    if (m_shellSBMScanner)
-        m_opQueue->addOperation(m_shellSBMScanner);
-    if (preferences.boolean("lookUpHostFile"))
-        m_hostFileScanner = m_environment.parts.makeHostFileScanner(bonjourServices);
-    if (m_hostFileScanner)
-        m_opQueue->addOperation(m_hostFileScanner);
-}
-
 void QuorrelAppDelegate::setReachabilityTarget() {
     if (!m_sharedReachabilityObject)
         return;
     m_sharedReachabilityObject->setHostName(m_environment.preferences.text("monitorConnectivityHost"));
-    if (m_sharedReachabilityObject->hostName().empty())
+    if (textOf(m_sharedReachabilityObject->hostName()).empty())
         m_sharedReachabilityObject->setHostName(defaultReachabilityTarget);
     // Asked for the watch that the first question starts; the answer comes as a notification.
-    static_cast<void>(m_sharedReachabilityObject->remoteHostStatus());
+    static_cast<void>(remoteHostStatus());
+}
+
+int QuorrelAppDelegate::remoteHostStatus() {
+    if (!m_sharedReachabilityObject)
+        return 0;
+    try {
+        return m_sharedReachabilityObject->remoteHostStatus();
+    } catch (const std::logic_error& error) {
+        // The user may have typed anything for a host.
+        m_environment.log.line("The network is not watched: %@", { error.what() });
+        return 0;
+    }
 }
 
 void QuorrelAppDelegate::onMainThread(const std::function<void()>& task) {

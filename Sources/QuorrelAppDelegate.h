@@ -6,13 +6,12 @@
 #include "Foundation/NotificationCenter.h"
 #include "Foundation/ObservableList.h"
 #include "Foundation/OperationQueue.h"
-#include "Foundation/PreferencesStore.h"
+#include "Foundation/Property.h"
 #include "Foundation/TextList.h"
 #include "Platform/Window.h"
 #include "Sources/CatalogueContext.h"
 #include "Sources/CatalogueLists.h"
 #include "Sources/ControllerEnvironment.h"
-#include "Sources/ControllerParts.h"
 
 #include <functional>
 #include <memory>
@@ -24,11 +23,18 @@
 namespace quorrel {
 
 class AddMountWindowController;
+class BonjourMonitor;
 class BonjourResolver;
+class BonjourScanner;
+class DiskMonitor;
 class HostDefinition;
+class HostFileScanner;
 class PasswordWindowController;
+class Reachability;
 class ServiceDefinition;
 class SharePointDefinition;
+class SMBScanner;
+class StatusBarItem;
 struct PropertyListReadResult;
 
 /// The one controller: it owns the catalogue, the operation queue and whatever watches the world, and takes every
@@ -58,7 +64,8 @@ public:
     void saveHostsArray();
 
     // Preferences
-    void observeValueForKeyPath(std::string_view keyPath, const std::optional<PreferenceValue>& newValue);
+    /// For the key paths that turn browsers and scans on and off; any other does nothing.
+    void observeValueForKeyPath(std::string_view keyPath);
 
     // Reconciliation
     void bonjourServiceNotigficationUpdate(const Notification& notification);
@@ -128,9 +135,9 @@ private:
     void writeFirstLaunchDefaults();
     void registerForNotifications();
     void observePreferences();
-    void startBrowsers();
-    void startScans();
     void setReachabilityTarget();
+    /// 0 also where the system cannot watch the host.
+    [[nodiscard]] int remoteHostStatus();
     void bindLists();
     void unbindLists();
     /// At once on the main thread; from another one later, and not at all once the controller is gone. What comes on
@@ -141,6 +148,18 @@ private:
     PropertyListReadResult readCatalogueFile();
     [[nodiscard]] bool writeCatalogueFile(const PropertyValue& root);
     void watchModel(const HostPointer& host);
+    /// Of hosts that are gone, or that are no longer marked as monitored and so about to get a new one.
+    void dropSpentMonitors();
+
+    struct Browser;
+    void startBrowsers();
+    void startBrowser(const Browser& browser);
+    void stopBrowser(const Browser& browser);
+    void switchBrowsing();
+    void switchBrowser(const Browser& browser);
+    void startScans();
+    void scanForSMBHosts();
+    void lookUpHostFile();
 
     [[nodiscard]] HostPointer firstHostNamed(const std::string& displayName) const;
     void serviceAppeared(const std::string& name, const OptionalText& type);
@@ -150,6 +169,8 @@ private:
     void resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service);
     void queueMount(const SharePointPointer& sharePoint);
     void queueUnmount(const SharePointPointer& sharePoint);
+    void queueOperation(
+        std::string_view kind, const SharePointPointer& sharePoint, std::shared_ptr<Operation> operation);
     void mountManually(const SharePointPointer& sharePoint);
     void mountManually(const HostPointer& host);
     void unmountAllOf(const HostPointer& host);
@@ -184,18 +205,18 @@ private:
     const CatalogueContextPointer m_context;
     std::unique_ptr<PasswordWindowController> m_passwordWindowController;
     std::unique_ptr<AddMountWindowController> m_addMountWindowController;
-    std::unique_ptr<ServiceBrowser> m_AFP_Scanner;
-    std::unique_ptr<ServiceBrowser> m_SMB_Scanner;
-    std::unique_ptr<ServiceBrowser> m_HTTP_Scanner;
-    std::unique_ptr<ServiceBrowser> m_FTP_Scanner;
-    std::shared_ptr<Operation> m_shellSBMScanner;
-    std::shared_ptr<Operation> m_hostFileScanner;
-    std::vector<std::unique_ptr<BonjourResolver>> m_resolverArray; // only grows
-    std::vector<std::unique_ptr<DeviceModelMonitor>> m_monitorsArray;
+    std::unique_ptr<BonjourScanner> m_AFP_Scanner;
+    std::unique_ptr<BonjourScanner> m_SMB_Scanner;
+    std::unique_ptr<BonjourScanner> m_HTTP_Scanner;
+    std::unique_ptr<BonjourScanner> m_FTP_Scanner;
+    std::shared_ptr<SMBScanner> m_shellSBMScanner;
+    std::shared_ptr<HostFileScanner> m_hostFileScanner;
+    std::vector<std::unique_ptr<BonjourResolver>> m_resolverArray; // those whose hosts are being resolved, and the last
+    std::vector<std::unique_ptr<BonjourMonitor>> m_monitorsArray;
     std::optional<OperationQueue> m_opQueue;
-    std::unique_ptr<VolumeMonitor> m_diskMonitor;
+    std::unique_ptr<DiskMonitor> m_diskMonitor;
     std::unique_ptr<StatusBarItem> m_statusBarItem;
-    std::unique_ptr<HostReachability> m_sharedReachabilityObject;
+    std::unique_ptr<Reachability> m_sharedReachabilityObject;
     bool m_reachable = false;
 
     enum class CatalogueFile { NotLookedAt, Replaceable, Damaged };

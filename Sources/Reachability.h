@@ -17,6 +17,9 @@ struct DiscoveryEnvironment;
 /// Posted, without an object, whenever the reachability of a watched host changed.
 constexpr const char* kNetworkReachabilityChangedNotification = "kNetworkReachabilityChangedNotification";
 
+/// Whose reachability counts as the network's while the user chose no other host.
+constexpr const char* defaultReachabilityTarget = "example.com";
+
 /// Tells whether one chosen host can be reached without bringing up a connection first. Main thread only.
 class Reachability final {
 public:

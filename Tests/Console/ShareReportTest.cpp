@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/ShareReport.h"
 
-#include "Sources/IdleControllerParts.h"
 #include "Sources/QuorrelAppDelegate.h"
 #include "Tests/Console/ConsoleFixture.h"
 #include "Tests/Fakes/FakePasswordWindow.h"
@@ -29,8 +28,7 @@ protected:
     }
 
     FakePasswordWindow passwordWindow;
-    IdleControllerParts parts;
-    QuorrelAppDelegate controller { { environment(), parts, passwordWindow } };
+    QuorrelAppDelegate controller { { environment(), passwordWindow } };
 };
 
 TEST_F(ShareReportTest, writesALineForEachNewStatusAndError) {

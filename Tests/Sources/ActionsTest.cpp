@@ -293,7 +293,7 @@ TEST_F(ActionsTest, ReasonsAreInTheUsersLanguage) {
         FakeStringTable::Texts { { "Select a share first.", "Erst eine Freigabe auswählen." } });
     const QuorrelAppDelegate germanController(
         { { mounting, resolving, preferences, notificationCenter, files, workspace, german, log, mainThreadQueue },
-            parts, passwordWindow });
+            passwordWindow });
     EXPECT_EQ(germanController.validate("toggleFavroite"), disabled("Erst eine Freigabe auswählen."));
 }
 

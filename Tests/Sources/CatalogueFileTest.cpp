@@ -97,7 +97,7 @@ TEST_F(CatalogueFileTest, ALoadAnnouncesOneChangeOfTheHosts) {
 TEST_F(CatalogueFileTest, LoadingStartsAModelMonitorForEachHost) {
     files.put(cataloguePath, catalogueOf({ "a", "b" }));
     controller->loadHostsArray();
-    EXPECT_THAT(parts.monitored(), ElementsAre("a", "b"));
+    EXPECT_THAT(monitored(), ElementsAre("a", "b"));
 }
 
 TEST_F(CatalogueFileTest, SavingStartsAModelMonitorOnlyForHostsWithoutOne) {
@@ -106,7 +106,7 @@ TEST_F(CatalogueFileTest, SavingStartsAModelMonitorOnlyForHostsWithoutOne) {
     addHost("b", smb, {});
     controller->saveHostsArray();
     controller->saveHostsArray();
-    EXPECT_THAT(parts.monitored(), ElementsAre("a", "b"));
+    EXPECT_THAT(monitored(), ElementsAre("a", "b"));
 }
 
 TEST_F(CatalogueFileTest, WhatWasSavedLoadsAgain) {
@@ -115,6 +115,7 @@ TEST_F(CatalogueFileTest, WhatWasSavedLoadsAgain) {
     host->sharePointForName("Music")->automatically.set(false);
     host->sharePointForName("Music")->favroite.set(true);
     addHost("Seen only", ftp, {});
+    controller->saveHostsArray(); // the hosts are watched from now on, which gives them a domain
     controller->saveHostsArray();
     const auto saved = files.content(cataloguePath);
     ASSERT_TRUE(saved);

@@ -110,7 +110,7 @@ protected:
     const std::string file = folder + "/Quorrel2.plist";
     ControllerEnvironment onDisk { { mounting, resolving, preferences, notificationCenter, plist, desktop, strings, log,
                                        mainThreadQueue },
-        parts, passwordWindow };
+        passwordWindow };
 };
 
 TEST_F(CatalogueOnDiskTest, AnXMLFileOfAnotherToolLoads) {

@@ -47,12 +47,35 @@ TEST_F(CommandsTest, MountAllMountsWhatIsAutomaticInOrderWithoutMarkingItOrCance
     const auto second = addHost("192.168.1.21", smb, { "c" });
     first->sharePointForName("b")->automatically.set(false);
     occupyQueue();
-    controller->mountSharePoint(second->sharePointForName("c"));
+    controller->mountSharePoint(first->sharePointForName("b"));
     controller->mountAll();
     EXPECT_EQ(waitingOperations(), 3U);
     EXPECT_THAT(manualOnes(first), IsEmpty());
     EXPECT_THAT(manualOnes(second), IsEmpty());
     controller->opQueue().cancelAllOperations();
+}
+
+TEST_F(CommandsTest, OneMountAndOneUnmountOfASharePointWaitAtMostAndTheLastOneDecides) {
+    const auto host = addHost("192.168.1.20", smb, { "a" });
+    mountNothingOnItsOwn(host);
+    const auto sharePoint = host->sharePointForName("a");
+    sharePoint->referenceNumber.set(3);
+    occupyQueue();
+    for (int round = 0; round < 20; ++round) {
+        controller->unmount(sharePoint);
+        sharePoint->manualMount.set(true);
+        controller->mount(sharePoint);
+    }
+    EXPECT_EQ(waitingOperations(), 2U);
+    releaseQueue();
+    EXPECT_THAT(volumes.unmounts(), ElementsAre(3));
+    EXPECT_THAT(mountedNames(), ElementsAre("a"));
+    EXPECT_TRUE(sharePoint->mounted.get());
+    for (const bool mark : { sharePoint->mounting.get(), sharePoint->unmounting.get(), sharePoint->manualMount.get() })
+        EXPECT_FALSE(mark) << "left by none of those that were replaced";
+
+    controller->mount(sharePoint);
+    EXPECT_THAT(manualOnes(host), IsEmpty());
 }
 
 TEST_F(CommandsTest, TheListsMountAllCancelsTheQueueAndMountsEverything) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Sources/Globals.h"
-#include "Sources/IdleControllerParts.h"
 #include "Tests/Sources/ControllerTest.h"
 
 #include <gmock/gmock.h>
@@ -19,6 +18,16 @@ using ::testing::Not;
 
 class ControllerLifeTest : public ControllerTest {
 protected:
+    ControllerLifeTest() {
+        childProcess.setOutput(nmblookup, "found-by-smb-scan, 10.0.0.7 *<00>\n");
+        folder.put("hosts", "10.0.0.8 found-in-hosts-file\n");
+    }
+
+    void launch() {
+        controller->applicationDidFinishLaunching();
+        events.take();
+    }
+
     /// As for a user who never started the program.
     void forgetPreferences() {
         for (const char* key : { "BrowseForServices", "logToConsole" })
@@ -38,19 +47,18 @@ TEST_F(ControllerLifeTest, StartUpGoesThroughItsStepsInOrder) {
     catalogue.emplace_back(office);
     files.put(cataloguePath, catalogue);
     turnOn({ "BrowseForServices", "afp", "smb", "http", "ftp", "scanForSMBHosts", "lookUpHostFile" });
-    const auto mountMenu = controller->mountMenu->observe([this] { parts.record("mount menu"); });
-    const auto unmountMenu = controller->unmountMenu->observe([this] { parts.record("unmount menu"); });
+    const auto mountMenu = controller->mountMenu->observe([this] { events.add("mount menu"); });
+    const auto unmountMenu = controller->unmountMenu->observe([this] { events.add("unmount menu"); });
 
     controller->applicationDidFinishLaunching();
 
-    EXPECT_THAT(parts.takeEvents(),
+    EXPECT_THAT(events.take(),
         ElementsAre("status item 28", "image menubarIcon.png", "alternate image menubarIcon-neg.png", "highlight on",
-            "menu Quorrel", "monitor Office", "reachability", "reachability on", "disk monitor", "browser",
-            "search _afpovertcp._tcp. in no domain", "browser", "search _smb._tcp. in no domain", "browser",
-            "search _http._tcp. in no domain", "browser", "search _ftp._tcp. in no domain", "SMB scan",
-            "hosts-file scan", "reachability host ", "reachability host example.com", "reachability status",
-            "mount menu", "unmount menu"));
-    EXPECT_EQ(parts.statusBar().menu(), controller->popMenu);
+            "menu Quorrel", "monitor Office", "disappeared registered", "appeared registered",
+            "search _afpovertcp._tcp.", "search _smb._tcp.", "search _http._tcp.", "search _ftp._tcp.",
+            "reference example.com", "mount menu", "unmount menu"));
+    EXPECT_THAT(reachability.scheduled(), ElementsAre("example.com"));
+    EXPECT_EQ(statusBar.menu(), controller->popMenu);
     EXPECT_TRUE(controller->mountMenu->indexOfItemWithTitle("Office"));
     waitUntilIdle();
 }
@@ -61,8 +69,8 @@ TEST_F(ControllerLifeTest, HearsOfVolumesFromTheMomentTheDiskMonitorIsMade) {
     PropertyValue::Array catalogue;
     catalogue.emplace_back(host->dictionary());
     files.put(cataloguePath, catalogue);
-    parts.setWitness([&](const std::string& event) {
-        if (event != "reachability on" && event != "disk monitor")
+    events.setWitness([&](const std::string& event) {
+        if (event != "monitor Office" && event != "disappeared registered")
             return;
         Dictionary userInfo;
         userInfo.set("action", 91);
@@ -74,17 +82,21 @@ TEST_F(ControllerLifeTest, HearsOfVolumesFromTheMomentTheDiskMonitorIsMade) {
 
     controller->applicationDidFinishLaunching();
 
-    EXPECT_THAT(heard, ElementsAre("reachability on: not heard", "disk monitor: heard"));
+    EXPECT_THAT(heard, ElementsAre("monitor Office: not heard", "disappeared registered: heard"));
 }
 
 TEST_F(ControllerLifeTest, ObservesPreferencesOnlyAfterTheDiskMonitorAndBeforeTheBrowsers) {
     turnOn({ "BrowseForServices", "afp" });
-    parts.setWitness([&](const std::string& event) {
-        if (event == "disk monitor" || event == "browser")
-            static_cast<void>(preferences.set("ftp", false));
+    events.setWitness([&](const std::string& event) {
+        if (event == "appeared registered")
+            turnOn({ "ftp" });
+        else if (event == "search _afpovertcp._tcp.")
+            turnOn({ "http" });
     });
     controller->applicationDidFinishLaunching();
-    EXPECT_THAT(parts.eventsWith("switch"), ElementsAre("switch ftp off"));
+    EXPECT_THAT(events.beginningWith("search"),
+        ElementsAre("search _afpovertcp._tcp.", "search _http._tcp.", "search _http._tcp.", "search _ftp._tcp."))
+        << "once for the switch that was heard and once each for the start";
 }
 
 TEST_F(ControllerLifeTest, FirstLaunchWritesFivePreferencesAllTrue) {
@@ -110,10 +122,7 @@ TEST_F(ControllerLifeTest, FirstLaunchWritesThePreferencesInOrder) {
 TEST_F(ControllerLifeTest, FirstLaunchBrowsesAFPAndSMBAndScansNetBIOSButNotTheHostsFile) {
     forgetPreferences();
     controller->applicationDidFinishLaunching();
-    EXPECT_THAT(parts.eventsWith("search"),
-        ElementsAre("search _afpovertcp._tcp. in no domain", "search _smb._tcp. in no domain"));
-    EXPECT_EQ(parts.eventsWith("SMB scan").size(), 1U);
-    EXPECT_THAT(parts.eventsWith("hosts-file scan"), IsEmpty());
+    EXPECT_THAT(events.beginningWith("search"), ElementsAre("search _afpovertcp._tcp.", "search _smb._tcp."));
     waitUntilIdle();
     EXPECT_THAT(controller->bonjourServices.snapshot(), ElementsAre("found-by-smb-scan"));
 }
@@ -133,7 +142,7 @@ TEST_F(ControllerLifeTest, ATextForBrowsingSuppressesTheFirstLaunchDefaultsToo) 
 TEST_F(ControllerLifeTest, WithBrowsingOffNoBrowserIsMadeButScansFollowTheirOwnPreferences) {
     turnOn({ "afp", "smb", "http", "ftp", "scanForSMBHosts", "lookUpHostFile" });
     controller->applicationDidFinishLaunching();
-    EXPECT_THAT(parts.eventsWith("browser"), IsEmpty());
+    EXPECT_EQ(discovery.browsers(), 0);
     waitUntilIdle();
     auto names = controller->bonjourServices.snapshot();
     std::sort(names.begin(), names.end());
@@ -143,14 +152,47 @@ TEST_F(ControllerLifeTest, WithBrowsingOffNoBrowserIsMadeButScansFollowTheirOwnP
 TEST_F(ControllerLifeTest, AChosenReachabilityTargetIsKept) {
     EXPECT_TRUE(preferences.set("monitorConnectivityHost", std::string("gateway.local")));
     controller->applicationDidFinishLaunching();
-    EXPECT_THAT(parts.eventsWith("reachability host"), ElementsAre("reachability host gateway.local"));
+    EXPECT_THAT(reachability.requests(), ElementsAre("gateway.local"));
+    EXPECT_THAT(reachability.scheduled(), ElementsAre("gateway.local"));
 }
 
 TEST_F(ControllerLifeTest, AnEmptyReachabilityTargetIsLikeAnAbsentOne) {
     EXPECT_TRUE(preferences.set("monitorConnectivityHost", std::string()));
     controller->applicationDidFinishLaunching();
-    EXPECT_THAT(
-        parts.eventsWith("reachability host"), ElementsAre("reachability host ", "reachability host example.com"));
+    EXPECT_THAT(reachability.requests(), ElementsAre("example.com"));
+}
+
+TEST_F(ControllerLifeTest, AReachabilityTargetThatCannotBeWatchedIsLoggedAndLeavesTheRestAtWork) {
+    EXPECT_TRUE(preferences.set("monitorConnectivityHost", std::string("no such host!")));
+    reachability.setImpossible("no such host!");
+    const auto host = addHost("192.168.1.20", smb, { "a" });
+    PropertyValue::Array catalogue;
+    catalogue.emplace_back(host->dictionary());
+    files.put(cataloguePath, catalogue);
+
+    controller->applicationDidFinishLaunching();
+
+    EXPECT_EQ(countOfLogged("The network is not watched: "), 1U);
+    EXPECT_TRUE(controller->mountMenu->indexOfItemWithTitle("192.168.1.20")) << "the steps behind it were taken";
+    notificationCenter.post("kNetworkReachabilityChangedNotification");
+    EXPECT_EQ(countOfLogged("Network NOT Reachable."), 1U);
+    announceService(1, "192.168.1.20", "_smb._tcp.");
+    waitUntilIdle();
+    EXPECT_EQ(volumes.requests().size(), 1U);
+}
+
+TEST_F(ControllerLifeTest, TheNetworkBeingUpAtTheStartMountsWhatIsAutomatic) {
+    const auto host = addHost("192.168.1.20", smb, { "a" });
+    PropertyValue::Array catalogue;
+    catalogue.emplace_back(host->dictionary());
+    files.put(cataloguePath, catalogue);
+    reachability.setFlags("example.com", ReachabilityFlag::reachable);
+    controller->applicationDidFinishLaunching();
+    EXPECT_EQ(countOfLogged("Network Reachable."), 0U) << "the answer comes as a notification";
+    reachability.runPending();
+    EXPECT_EQ(countOfLogged("Network Reachable."), 1U);
+    waitUntilIdle();
+    EXPECT_EQ(volumes.requests().size(), 1U);
 }
 
 TEST_F(ControllerLifeTest, TheQueueRunsFourOperationsAtOnce) {
@@ -174,23 +216,25 @@ TEST_F(ControllerLifeTest, ListsAreSortedByNameAscending) {
 
 TEST_F(ControllerLifeTest, ShutdownStopsTheBrowsersInItsOwnOrder) {
     turnOn({ "BrowseForServices", "afp", "smb", "http", "ftp" });
-    controller->applicationDidFinishLaunching();
-    parts.takeEvents();
+    launch();
     logSink.clear();
 
     controller->applicationWillTerminate();
 
-    EXPECT_THAT(parts.takeEvents(),
-        ElementsAre("stop _afpovertcp._tcp.", "stop _smb._tcp.", "stop _ftp._tcp.", "stop _http._tcp."));
-    EXPECT_THAT(logSink.texts(), ElementsAre("Clearing thread queue."));
+    EXPECT_THAT(events.take(),
+        ElementsAre("stop search _afpovertcp._tcp.", "stop search _smb._tcp.", "stop search _ftp._tcp.",
+            "stop search _http._tcp."));
+    EXPECT_THAT(logSink.texts(),
+        ElementsAre("Clearing thread queue.", "Stoping Bonjour Service Scanner: _afpovertcp._tcp.",
+            "Stoping Bonjour Service Scanner: _smb._tcp.", "Stoping Bonjour Service Scanner: _ftp._tcp.",
+            "Stoping Bonjour Service Scanner: _http._tcp."));
 }
 
 TEST_F(ControllerLifeTest, ShutdownStopsOnlyBrowsersThatExist) {
     turnOn({ "BrowseForServices", "ftp" });
-    controller->applicationDidFinishLaunching();
-    parts.takeEvents();
+    launch();
     controller->applicationWillTerminate();
-    EXPECT_THAT(parts.takeEvents(), ElementsAre("stop _ftp._tcp."));
+    EXPECT_THAT(events.take(), ElementsAre("stop search _ftp._tcp."));
 }
 
 TEST_F(ControllerLifeTest, NothingIsLoggedAtShutdownWithLoggingOff) {
@@ -222,7 +266,7 @@ TEST_F(ControllerLifeTest, BrowsersAreStoppedAfterTheQueueWasCancelled) {
     occupyQueue();
     controller->mountAll();
     std::size_t waitingAtStop = 99;
-    parts.setWitness([&](const std::string&) { waitingAtStop = waitingOperations(); });
+    events.setWitness([&](const std::string&) { waitingAtStop = waitingOperations(); });
     controller->applicationWillTerminate();
     EXPECT_EQ(waitingAtStop, 0U);
 }
@@ -242,29 +286,37 @@ TEST_F(ControllerLifeTest, NotificationsAndPreferencesAreHeardUntilTheBrowsersAr
             { "BrowseForServices", "afp", "smb", "ftp", "http", "scanForSMBHosts", "lookUpHostFile", "logToConsole" })
             EXPECT_TRUE(preferences.set(key, true));
     };
-    parts.takeEvents();
+    waitUntilIdle();
+    events.take();
     logSink.clear();
     // The whole menu's changes are those of its submenus too.
-    const auto wholeMenu = controller->popMenu->observe([this] { parts.record("whole menu"); });
-    const auto mountMenu = controller->mountMenu->observe([this] { parts.record("mount menu"); });
-    const auto unmountMenu = controller->unmountMenu->observe([this] { parts.record("unmount menu"); });
-    parts.setWitness([&](const std::string& event) {
-        if (event.starts_with("stop"))
+    const auto wholeMenu = controller->popMenu->observe([this] { events.add("whole menu"); });
+    const auto mountMenu = controller->mountMenu->observe([this] { events.add("mount menu"); });
+    const auto unmountMenu = controller->unmountMenu->observe([this] { events.add("unmount menu"); });
+    bool isFirst = true;
+    events.setWitness([&](const std::string& event) {
+        if (event.starts_with("stop") && std::exchange(isFirst, false))
             announceAll();
     });
 
     controller->applicationWillTerminate();
 
-    parts.setWitness({});
-    EXPECT_THAT(parts.takeEvents(),
-        ElementsAre("stop _afpovertcp._tcp.", "whole menu", "mount menu", "whole menu", "unmount menu", "whole menu",
-            "whole menu", "reachability status", "switch BrowseForServices on", "switch afp on", "switch smb on",
-            "switch ftp on", "switch http on", "switch scanForSMBHosts on", "switch lookUpHostFile on"));
-    EXPECT_THAT(logSink.texts(), ElementsAre("Clearing thread queue.", "Server Appeared", "Network NOT Reachable."));
+    events.setWitness({});
+    EXPECT_THAT(events.take(),
+        ElementsAre("stop search _afpovertcp._tcp.", "whole menu", "mount menu", "whole menu", "unmount menu",
+            "whole menu", "whole menu", "search _afpovertcp._tcp.", "search _afpovertcp._tcp.", "search _smb._tcp.",
+            "search _ftp._tcp.", "search _http._tcp.", "stop search _smb._tcp.", "stop search _ftp._tcp.",
+            "stop search _http._tcp."));
+    waitUntilIdle();
+    EXPECT_EQ(countOfLogged("Server Appeared"), 1U);
+    EXPECT_EQ(countOfLogged("Network NOT Reachable."), 1U);
+    EXPECT_EQ(countOfLogged("Thread ended"), 1U) << "the network's scan";
+    EXPECT_EQ(countOfLogged("thread ended"), 1U) << "and that of the hosts file";
     logSink.clear();
     announceAll();
-    EXPECT_THAT(parts.takeEvents(), IsEmpty());
+    EXPECT_THAT(events.take(), IsEmpty());
     EXPECT_THAT(logSink.texts(), IsEmpty());
+    EXPECT_EQ(controller->opQueue().operationCount(), 0U);
 }
 
 TEST_F(ControllerLifeTest, QuittingWithFourHungMountsReturnsAtOnce) {
@@ -288,19 +340,22 @@ TEST_F(ControllerLifeTest, TheEndReleasesWhatTheControllerOwnsInOrder) {
     controller->applicationDidFinishLaunching();
     addHost("Office", smb, {});
     controller->saveHostsArray();
-    parts.takeEvents();
+    events.take();
     controller.reset();
-    EXPECT_THAT(parts.takeEvents(),
-        ElementsAre("end of browser _afpovertcp._tcp.", "end of browser _smb._tcp.", "end of browser _ftp._tcp.",
-            "end of browser _http._tcp.", "end of monitor Office", "end of disk monitor", "end of reachability",
-            "end of status item"));
+    EXPECT_THAT(events.take(),
+        ElementsAre("stop search _afpovertcp._tcp.", "stop search _smb._tcp.", "stop search _ftp._tcp.",
+            "stop search _http._tcp.", "stop monitoring Office", "appeared unregistered", "disappeared unregistered",
+            "end of reference example.com", "end of status item"));
+    EXPECT_EQ(discovery.browsers(), 0);
+    EXPECT_EQ(discovery.services(), 0);
+    EXPECT_EQ(volumeWatch.registrations(), 0);
+    EXPECT_THAT(reachability.alive(), IsEmpty());
 }
 
-TEST_F(ControllerLifeTest, AProgramWithoutPartsStartsMountsAndQuits) {
-    IdleControllerParts none;
+TEST_F(ControllerLifeTest, AProgramThatWatchesNothingStartsMountsAndQuits) {
     const ControllerEnvironment bare { { mounting, resolving, preferences, notificationCenter, files, workspace,
                                            strings, log, mainThreadQueue },
-        none, passwordWindow };
+        passwordWindow };
     controller = std::make_unique<QuorrelAppDelegate>(bare);
     turnOn({ "BrowseForServices", "afp", "smb", "http", "ftp", "scanForSMBHosts", "lookUpHostFile" });
     controller->awakeFromNib();
@@ -311,16 +366,19 @@ TEST_F(ControllerLifeTest, AProgramWithoutPartsStartsMountsAndQuits) {
     waitUntilIdle();
     EXPECT_TRUE(host->sharePointForName("a")->mounted.get());
     EXPECT_TRUE(files.exists(cataloguePath));
+    for (const char* key : { "BrowseForServices", "afp", "scanForSMBHosts", "lookUpHostFile" })
+        EXPECT_TRUE(preferences.set(key, false));
     controller->applicationWillTerminate();
+    EXPECT_THAT(events.take(), IsEmpty());
+    EXPECT_THAT(childProcess.calls(), IsEmpty());
 }
 
 TEST_F(ControllerLifeTest, APreferenceChangedOnAnotherThreadReachesTheSwitchesOnTheMainThread) {
-    controller->applicationDidFinishLaunching();
-    parts.takeEvents();
+    launch();
     std::thread([&] { static_cast<void>(preferences.set("http", true)); }).join();
-    EXPECT_THAT(parts.takeEvents(), IsEmpty());
+    EXPECT_THAT(events.take(), IsEmpty());
     mainThreadQueue.runPending();
-    EXPECT_THAT(parts.takeEvents(), ElementsAre("switch http on"));
+    EXPECT_THAT(events.take(), ElementsAre("search _http._tcp."));
 }
 
 TEST_F(ControllerLifeTest, ChangesOnOtherThreadsMayComeWhileTheControllerEnds) {
@@ -343,18 +401,18 @@ TEST_F(ControllerLifeTest, ChangesOnOtherThreadsMayComeWhileTheControllerEnds) {
         isGone = true;
         other.join();
     }
-    parts.takeEvents();
+    events.take();
     mainThreadQueue.runPending();
-    EXPECT_THAT(parts.takeEvents(), IsEmpty());
+    EXPECT_THAT(events.take(), IsEmpty());
 }
 
 TEST_F(ControllerLifeTest, AChangeThatComesAfterTheControllersEndIsDropped) {
     controller->applicationDidFinishLaunching();
     std::thread([&] { static_cast<void>(preferences.set("http", true)); }).join();
     controller.reset();
-    parts.takeEvents();
+    events.take();
     mainThreadQueue.runPending();
-    EXPECT_THAT(parts.takeEvents(), IsEmpty());
+    EXPECT_THAT(events.take(), IsEmpty());
 }
 
 } // namespace quorrel

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace quorrel {
 
@@ -43,10 +44,14 @@ bool WorkerGate::waitForVisitors(int count) {
 ControllerTest::ControllerTest() {
     EXPECT_TRUE(preferences.set("logToConsole", true));
     EXPECT_TRUE(preferences.set("BrowseForServices", false));
+    discovery.setWitness(events.adder());
+    volumeWatch.setWitness(events.adder());
+    reachability.setWitness(events.adder());
+    statusBar.setWitness(events.adder());
 }
 
 ControllerTest::~ControllerTest() {
-    parts.setWitness({});
+    events.setWitness({});
     m_gate.open();
     volumes.interrupt();
     volumes.release();
@@ -136,9 +141,17 @@ void ControllerTest::announceVolume(int action, const std::string& name) {
     controller->diskNotigficationUpdate({ "diskAddRemoveNotification", nullptr, userInfo });
 }
 
-void ControllerTest::announceReachability(int status) {
-    parts.setRemoteHostStatus(status);
-    notificationCenter.post("kNetworkReachabilityChangedNotification");
+void ControllerTest::announceReachability(bool isReachable) {
+    reachability.change("example.com", isReachable ? ReachabilityFlag::reachable : 0);
+    if (std::exchange(m_wasReachable, isReachable) == isReachable)
+        notificationCenter.post("kNetworkReachabilityChangedNotification");
+}
+
+std::vector<std::string> ControllerTest::monitored() const {
+    std::vector<std::string> names;
+    for (const auto& instance : discovery.monitored())
+        names.push_back(instance.name);
+    return names;
 }
 
 std::size_t ControllerTest::countOfLogged(std::string_view text) const {

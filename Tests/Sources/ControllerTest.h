@@ -6,22 +6,30 @@
 #include "Foundation/NotificationCenter.h"
 #include "Foundation/Preferences.h"
 #include "Sources/BonjourResolver.h"
+#include "Sources/DiscoveryEnvironment.h"
 #include "Sources/HostDefinition.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/QuorrelAppDelegate.h"
 #include "Sources/ServiceDefinition.h"
 #include "Sources/SharePointDefinition.h"
+#include "Sources/StatusBarEnvironment.h"
 #include "Tests/Fakes/FakeChildProcess.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/FakeDNSServiceDiscovery.h"
+#include "Tests/Fakes/FakeNetworkReachability.h"
 #include "Tests/Fakes/FakePasswordWindow.h"
 #include "Tests/Fakes/FakePreferencesStore.h"
 #include "Tests/Fakes/FakePropertyListFile.h"
+#include "Tests/Fakes/FakeRunLoop.h"
+#include "Tests/Fakes/FakeStatusBar.h"
 #include "Tests/Fakes/FakeStringTable.h"
+#include "Tests/Fakes/FakeTimers.h"
 #include "Tests/Fakes/FakeVolumeService.h"
+#include "Tests/Fakes/FakeVolumeWatch.h"
 #include "Tests/Fakes/FakeWorkspace.h"
 #include "Tests/Fakes/RecordingLogSink.h"
-#include "Tests/Sources/RecordingControllerParts.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/Sources/EventRecord.h"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +37,7 @@
 #include <initializer_list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,6 +63,7 @@ protected:
     static constexpr const char* afp = "Apple Filing Protocol (afp)";
     static constexpr const char* smb = "Server Message Block (smb)";
     static constexpr const char* ftp = "File Transfer Protocol (ftp)";
+    static constexpr const char* nmblookup = "/usr/bin/nmblookup";
     static constexpr const char* cataloguePath = "/home/user/data/Quorrel/Quorrel2.plist";
 
     ControllerTest();
@@ -82,7 +92,10 @@ protected:
 
     void announceService(int action, const std::string& name, const std::string& type);
     void announceVolume(int action, const std::string& name);
-    void announceReachability(int status);
+    /// Whether the watched host can be reached; said again, it is posted all the same.
+    void announceReachability(bool isReachable);
+    /// The names of the hosts whose models are watched.
+    [[nodiscard]] std::vector<std::string> monitored() const;
     [[nodiscard]] std::size_t countOfLogged(std::string_view text) const;
 
     FakeClock clock;
@@ -94,21 +107,31 @@ protected:
     FakeWorkspace workspace;
     FakeVolumeService volumes { clock };
     FakeChildProcess childProcess;
-    FakeDNSServiceDiscovery discovery;
     FakePropertyListFile files;
     FakePasswordWindow passwordWindow;
     MainThreadQueue mainThreadQueue;
     NotificationCenter notificationCenter;
-    RecordingControllerParts parts;
+    FakeRunLoop runLoop { mainThreadQueue };
+    EventRecord events; ///< what the fakes below were asked for
+    FakeDNSServiceDiscovery discovery;
+    FakeVolumeWatch volumeWatch;
+    FakeNetworkReachability reachability;
+    FakeStatusBar statusBar;
+    FakeTimers timers;
+    TemporaryFolder folder;
     MountEnvironment mounting { volumes, childProcess, clock, log, strings };
     ResolverEnvironment resolving { discovery, childProcess, log };
+    DiscoveryEnvironment watching { discovery, volumeWatch, reachability, runLoop, childProcess, workspace,
+        notificationCenter, log, nmblookup, folder.path("hosts") };
+    StatusBarEnvironment statusItem { statusBar, timers };
     ControllerEnvironment environment { { mounting, resolving, preferences, notificationCenter, files, workspace,
                                             strings, log, mainThreadQueue },
-        parts, passwordWindow };
+        passwordWindow, &watching, &statusItem };
     std::unique_ptr<QuorrelAppDelegate> controller = std::make_unique<QuorrelAppDelegate>(environment);
 
 private:
     WorkerGate m_gate;
+    std::optional<bool> m_wasReachable;
 };
 
 } // namespace quorrel

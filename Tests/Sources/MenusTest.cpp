@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Sources/IdleControllerParts.h"
 #include "Sources/MenuLayout.h"
 #include "Tests/Sources/WindowTest.h"
 
@@ -110,7 +109,7 @@ TEST_F(MenusTest, WithAnEmptyCatalogueBothSubmenusAreEmptyAndNoFavouritesShow) {
 }
 
 TEST_F(MenusTest, TheStatusItemShowsTheFixedItemsWithSingleSeparators) {
-    ASSERT_EQ(parts.statusBar().menu(), controller->popMenu);
+    ASSERT_EQ(statusBar.menu(), controller->popMenu);
     EXPECT_THAT(visibleLines(*controller->popMenu),
         ElementsAre("Mount", "Unmount", "Mount All -> mountAllListItem", "Unmount All -> unmountAllListItem", "--",
             "Show Shares -> showMountList", "Add Share… -> addMountSheet", "Preferences -> showPreferences", "--",
@@ -357,8 +356,7 @@ TEST_F(MenusTest, ARebuildIsHarmlessToAnItemThatWasTakenFromTheMenu) {
 }
 
 TEST_F(MenusTest, WithoutAStatusItemNoMenusAreBuilt) {
-    IdleControllerParts none;
-    ControllerEnvironment bare { static_cast<const ProgramEnvironment&>(environment), none, passwordWindow };
+    const ControllerEnvironment bare { static_cast<const ProgramEnvironment&>(environment), passwordWindow };
     controller = std::make_unique<QuorrelAppDelegate>(bare);
     controller->applicationDidFinishLaunching();
     makeFavourite(addHost("Office", smb, { "Public" }), "Public");
@@ -383,7 +381,7 @@ protected:
         { "Unmount", "Trennen" }, { "Quit", "Beenden" } } };
     ControllerEnvironment translated { { mounting, resolving, preferences, notificationCenter, files, workspace, german,
                                            log, mainThreadQueue },
-        parts, passwordWindow };
+        passwordWindow, nullptr, &statusItem };
 };
 
 TEST_F(TranslatedMenusTest, TextsAreLookedUpAndNamesAreNot) {

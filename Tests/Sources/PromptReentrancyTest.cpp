@@ -54,9 +54,9 @@ TEST_F(PromptReentrancyTest, TasksOfTheQueueWaitForTheAnswer) {
 TEST_F(PromptReentrancyTest, NotificationsAndPreferencesWaitForTheAnswerAndKeepTheirOrder) {
     controller->applicationDidFinishLaunching();
     controller->hosts.replace({ host, other });
-    parts.takeEvents();
+    events.take();
     meanwhile([&] {
-        announceReachability(1);
+        announceReachability(true);
         ASSERT_TRUE(preferences.set("afp", true));
         notificationCenter.post("900");
         Dictionary volume;
@@ -65,7 +65,7 @@ TEST_F(PromptReentrancyTest, NotificationsAndPreferencesWaitForTheAnswerAndKeepT
         notificationCenter.post("diskAddRemoveNotification", nullptr, volume);
         turn();
         EXPECT_EQ(countOfLogged("Network Reachable."), 0U);
-        EXPECT_THAT(parts.takeEvents(), IsEmpty());
+        EXPECT_THAT(events.take(), IsEmpty());
         EXPECT_FALSE(other->sharePointForName("x")->mounted.get());
     });
     controller->getHostPassword(a);
@@ -73,7 +73,7 @@ TEST_F(PromptReentrancyTest, NotificationsAndPreferencesWaitForTheAnswerAndKeepT
     turn();
     EXPECT_EQ(countOfLogged("Network Reachable."), 1U);
     EXPECT_TRUE(other->sharePointForName("x")->mounted.get());
-    EXPECT_THAT(parts.eventsWith("switch"), ElementsAre("switch afp on"));
+    EXPECT_THAT(events.beginningWith("search"), ElementsAre("search _afpovertcp._tcp."));
     waitUntilIdle();
 }
 

@@ -16,7 +16,7 @@ protected:
 
     ReconciliationTest() {
         controller->applicationDidFinishLaunching();
-        parts.takeEvents();
+        events.take();
         logSink.clear();
     }
 };
@@ -29,7 +29,7 @@ TEST_F(ReconciliationTest, AServiceOfAnUnknownHostOnlyAddsItsName) {
     EXPECT_EQ(controller->hosts.count(), 1U);
     EXPECT_EQ(waitingOperations(), 0U);
     EXPECT_THAT(discovery.requests(), IsEmpty());
-    EXPECT_THAT(parts.monitored(), IsEmpty());
+    EXPECT_THAT(monitored(), IsEmpty());
     EXPECT_THAT(logSink.texts(), ElementsAre("Office Appeared"));
 }
 
@@ -42,7 +42,7 @@ TEST_F(ReconciliationTest, AKnownHostIsMarkedResolvedMountedAndMonitored) {
     EXPECT_EQ(discovery.requests().front().name, "Office");
     EXPECT_EQ(discovery.requests().front().type, afpType);
     EXPECT_EQ(waitingOperations(), 2U);
-    EXPECT_THAT(parts.monitored(), ElementsAre("Office"));
+    EXPECT_THAT(monitored(), ElementsAre("Office"));
     controller->opQueue().cancelAllOperations();
 }
 
@@ -69,8 +69,8 @@ TEST_F(ReconciliationTest, TheSameHostOverTwoProtocolsIsNamedResolvedAndMonitore
     EXPECT_THAT(controller->bonjourServices.snapshot(), ElementsAre("Office"));
     EXPECT_EQ(discovery.requests().size(), 1U);
     EXPECT_THAT(childProcess.calls(), IsEmpty());
-    EXPECT_EQ(waitingOperations(), 3U) << "the share point that is mounting is passed over";
-    EXPECT_THAT(parts.monitored(), ElementsAre("Office"));
+    EXPECT_EQ(waitingOperations(), 2U) << "the later operation of a share point takes the place of the one that waits";
+    EXPECT_THAT(monitored(), ElementsAre("Office"));
     controller->opQueue().cancelAllOperations();
 }
 
@@ -169,13 +169,13 @@ TEST_F(ReconciliationTest, AMonitoredHostThatLeavesEndsEveryMonitor) {
     const auto attic = addHost("Attic", smb, {});
     announceService(1, "Office", smbType);
     announceService(1, "Attic", smbType);
-    ASSERT_THAT(parts.monitored(), ElementsAre("Office", "Attic"));
+    ASSERT_THAT(monitored(), ElementsAre("Office", "Attic"));
     announceService(0, "Office", smbType);
-    EXPECT_THAT(parts.monitored(), IsEmpty());
+    EXPECT_THAT(monitored(), IsEmpty());
     EXPECT_FALSE(office->monitoring.get());
     EXPECT_FALSE(attic->monitoring.get());
     announceService(1, "Attic", smbType);
-    EXPECT_THAT(parts.monitored(), ElementsAre("Attic"));
+    EXPECT_THAT(monitored(), ElementsAre("Attic"));
 }
 
 TEST_F(ReconciliationTest, AHostThatLeavesUnmonitoredEndsNoMonitor) {
@@ -183,7 +183,7 @@ TEST_F(ReconciliationTest, AHostThatLeavesUnmonitoredEndsNoMonitor) {
     const auto attic = addHost("Attic", smb, {});
     announceService(1, "Attic", smbType);
     announceService(0, "Office", smbType);
-    EXPECT_THAT(parts.monitored(), ElementsAre("Attic"));
+    EXPECT_THAT(monitored(), ElementsAre("Attic"));
 }
 
 TEST_F(ReconciliationTest, OtherServiceActionsDoNothing) {
@@ -230,35 +230,35 @@ TEST_F(ReconciliationTest, OtherVolumeActionsAndUnknownVolumesChangeNoSharePoint
 }
 
 TEST_F(ReconciliationTest, EveryVolumeNotificationRebuildsTheFavouritesAlone) {
-    const auto favourites = controller->popMenu->observe([this] { parts.record("favourites"); });
-    const auto mountMenu = controller->mountMenu->observe([this] { parts.record("mount menu"); });
-    const auto unmountMenu = controller->unmountMenu->observe([this] { parts.record("unmount menu"); });
+    const auto favourites = controller->popMenu->observe([this] { events.add("favourites"); });
+    const auto mountMenu = controller->mountMenu->observe([this] { events.add("mount menu"); });
+    const auto unmountMenu = controller->unmountMenu->observe([this] { events.add("unmount menu"); });
     announceVolume(91, "Public");
     announceVolume(5, "Public");
     controller->diskNotigficationUpdate({ "diskAddRemoveNotification", nullptr, std::nullopt });
-    EXPECT_THAT(parts.takeEvents(), ElementsAre("favourites", "favourites", "favourites"));
+    EXPECT_THAT(events.take(), ElementsAre("favourites", "favourites", "favourites"));
 }
 
 TEST_F(ReconciliationTest, TheNetworkComingUpMountsWhatIsAutomaticOnce) {
     const auto host = addHost("192.168.1.20", smb, { "Public", "Music" });
     host->sharePointForName("Music")->automatically.set(false);
-    announceReachability(1);
-    announceReachability(1);
+    announceReachability(true);
+    announceReachability(true);
     EXPECT_EQ(countOfLogged("Mounting all automatic SharePoints"), 1U);
     waitUntilIdle();
     ASSERT_EQ(volumes.requests().size(), 1U);
 
-    announceReachability(0);
-    announceReachability(1);
+    announceReachability(false);
+    announceReachability(true);
     waitUntilIdle();
     EXPECT_EQ(volumes.requests().size(), 2U);
     EXPECT_EQ(countOfLogged("Mounting all automatic SharePoints"), 2U);
 }
 
 TEST_F(ReconciliationTest, ReachabilityIsLoggedLineByLine) {
-    announceReachability(1);
-    announceReachability(1);
-    announceReachability(0);
+    announceReachability(true);
+    announceReachability(true);
+    announceReachability(false);
     EXPECT_THAT(logSink.texts(),
         ElementsAre("Network Reachable.", "Mounting all automatic SharePoints", "Network Reachable.",
             "Network NOT Reachable."));
@@ -274,7 +274,7 @@ TEST_F(ReconciliationTest, ANetworkThatIsLostResetsEveryHostAndUnmountsNothing) 
         host->bonjour.set(true);
     }
     occupyQueue();
-    announceReachability(0);
+    announceReachability(false);
     for (const auto& host : { office, attic }) {
         EXPECT_FALSE(host->resolved.get());
         EXPECT_FALSE(host->bonjour.get());

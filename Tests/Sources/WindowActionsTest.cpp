@@ -68,7 +68,7 @@ TEST_F(WindowActionsTest, TheAboutPanelIsInTheUsersLanguage) {
         FakeStringTable::Texts { { "Keeps network shares mounted.", "Hält Netzwerkfreigaben eingehängt." } });
     QuorrelAppDelegate germanController(
         { { mounting, resolving, preferences, notificationCenter, files, workspace, german, log, mainThreadQueue },
-            parts, passwordWindow, environment.windows });
+            passwordWindow, nullptr, nullptr, environment.windows });
     germanController.showAbout();
     ASSERT_TRUE(application.aboutPanel());
     EXPECT_EQ(application.aboutPanel()->description, "Hält Netzwerkfreigaben eingehängt.");
