@@ -51,7 +51,7 @@ Subscription FakeVolumeWatch::registerDiskAppearedCallback(Callback callback) {
     return subscription;
 }
 
-int FakeVolumeWatch::appear(VolumeDescription volume) {
+int FakeVolumeWatch::appear(const VolumeDescription& volume) {
     const auto number = ++m_lastVolume;
     m_volumes.emplace_back(number, volume);
     tell(m_appeared, volume);

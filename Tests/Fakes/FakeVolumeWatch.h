@@ -23,7 +23,7 @@ public:
     [[nodiscard]] Subscription registerDiskAppearedCallback(Callback callback) override;
 
     /// A volume comes and is reported on the spot, as from the run loop. The number is for its going.
-    int appear(VolumeDescription volume);
+    int appear(const VolumeDescription& volume);
     /// It goes, and is described as it was when it came. Of one that is gone nothing is heard.
     void disappear(int volume);
     /// Reports what was there before a callback was registered.
