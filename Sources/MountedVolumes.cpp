@@ -3,9 +3,9 @@
 
 #include "Sources/Globals.h"
 #include "Sources/HostDefinition.h"
+#include "Sources/NameComparison.h"
 #include "Sources/ServiceDefinition.h"
 #include "Sources/SharePointDefinition.h"
-#include "Sources/VolumeNames.h"
 
 #include <algorithm>
 #include <string>

@@ -4,8 +4,8 @@
 #include "Platform/VolumeWatch.h"
 #include "Sources/Globals.h"
 #include "Sources/HostDefinition.h"
+#include "Sources/NameComparison.h"
 #include "Sources/SharePointDefinition.h"
-#include "Sources/VolumeNames.h"
 
 #include <optional>
 #include <string_view>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Sources/VolumeNames.h"
+#include "Sources/NameComparison.h"
 
 #include "Foundation/LetterCase.h"
 #include "Foundation/Text.h"
