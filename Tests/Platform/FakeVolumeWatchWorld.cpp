@@ -12,7 +12,8 @@ public:
     VolumeWatch& watch() override { return m_watch; }
     bool mount(int number) override {
         const auto name = nameOf(number);
-        return m_numbers.try_emplace(number, m_watch.appear({ name, "smbfs", "file:///net/files/" + name, true, "files" }))
+        return m_numbers
+            .try_emplace(number, m_watch.appear({ name, "smbfs", "file:///net/files/" + name, true, "files" }))
             .second;
     }
     bool unmount(int number) override {

@@ -58,7 +58,8 @@ TEST(KernelMountTest, leavesOutWhatCannotBeRead) {
 
 TEST(KernelMountTest, standsWhateverTheTextHolds) {
     std::mt19937 random(7);
-    const std::string alphabet("\\0123 -/:@#\n\t\xff[]a\0", 20);
+    using namespace std::string_literals;
+    const auto alphabet = "\\0123 -/:@#\n\t\xff[]a\0"s;
     std::size_t read = 0;
     for (int round = 0; round < 20000; ++round) {
         std::string text = "1 2 3 4 ";

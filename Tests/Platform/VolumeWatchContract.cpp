@@ -29,7 +29,9 @@ protected:
         return world->runUntil([&] { return heard.size() >= count; }, Seconds(10));
     }
     /// Gives whatever may still come the time to come.
-    void runOn() { EXPECT_FALSE(world->runUntil([] { return false; }, Seconds(1))); }
+    void runOn() {
+        EXPECT_FALSE(world->runUntil([] { return false; }, Seconds(1)));
+    }
 
     std::unique_ptr<VolumeWatchWorld> world = VolumeWatchWorld::make();
     std::vector<std::string> heard;
