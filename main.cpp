@@ -68,7 +68,7 @@ int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly,
     const auto& paths = assembly.paths();
     AutostartLoginItems loginItems(
         { paths.autostartFolder(), paths.programs, { paths.volumesFolder(), paths.runtime.value_or("") + "/gvfs" } });
-    DesktopProgram program(assembly.environment(), nullptr, loginItems,
+    DesktopProgram program(assembly.environment(), &assembly.discovery(), loginItems,
         { executable, helpPage(resources.help, paths.languages), paths.logFile(), QUORREL_VERSION });
     running = &program;
     const int status = program.run();

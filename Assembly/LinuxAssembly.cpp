@@ -24,4 +24,14 @@ ProgramEnvironment LinuxAssembly::environment() {
         m_log, m_mainThreadQueue };
 }
 
+const DiscoveryEnvironment& LinuxAssembly::discovery() {
+    if (!m_watching) {
+        m_volumeWatch.emplace(
+            LinuxVolumeWatch::Settings { m_paths.home, m_paths.runtime.value_or(std::string()), m_paths.sessionBus });
+        m_watching.emplace(DiscoveryEnvironment { m_discovery, *m_volumeWatch, m_reachability, m_runLoop,
+            m_childProcess, m_workspace, m_notificationCenter, m_log });
+    }
+    return *m_watching;
+}
+
 } // namespace quorrel

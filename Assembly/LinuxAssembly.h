@@ -9,16 +9,20 @@
 #include "Platform/Linux/AvahiServiceDiscovery.h"
 #include "Platform/Linux/GettextStringTable.h"
 #include "Platform/Linux/GlibRunLoop.h"
+#include "Platform/Linux/LinuxNetworkReachability.h"
 #include "Platform/Linux/LinuxVolumeService.h"
+#include "Platform/Linux/LinuxVolumeWatch.h"
 #include "Platform/Linux/LinuxWorkspace.h"
 #include "Platform/Linux/PlistFile.h"
 #include "Platform/Linux/PosixChildProcess.h"
 #include "Platform/Linux/StandardErrorLogSink.h"
 #include "Platform/Linux/StandardPaths.h"
 #include "Sources/BonjourResolver.h"
+#include "Sources/DiscoveryEnvironment.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/ProgramEnvironment.h"
 
+#include <optional>
 #include <string>
 
 namespace quorrel {
@@ -30,6 +34,9 @@ public:
     LinuxAssembly(const StandardPaths& paths, const std::string& localeFolder, const std::string& iconsFolder);
 
     [[nodiscard]] ProgramEnvironment environment();
+    /// For programs that watch network and volumes. Made on first use: it listens to the session bus from then on, and
+    /// others shall not pay for that.
+    [[nodiscard]] const DiscoveryEnvironment& discovery();
     [[nodiscard]] const StandardPaths& paths() const { return m_paths; }
     [[nodiscard]] GlibRunLoop& runLoop() { return m_runLoop; }
     [[nodiscard]] VolumeService& volumes() { return m_volumes; }
@@ -51,6 +58,9 @@ private:
     AvahiServiceDiscovery m_discovery;
     MountEnvironment m_mounting;
     ResolverEnvironment m_resolving;
+    LinuxNetworkReachability m_reachability;
+    std::optional<LinuxVolumeWatch> m_volumeWatch;
+    std::optional<DiscoveryEnvironment> m_watching;
 };
 
 } // namespace quorrel

@@ -20,7 +20,8 @@ struct KeeperEnvironment final {
     /// Puts a new process image of this program in this one's place. Returns after a failure alone, with the reason.
     std::function<std::string()> beginAnew;
     bool reloadsOnHangUp = false; ///< a hang-up asks for a reload, where it does not tell of a terminal that is gone
-    const DiscoveryEnvironment* discovery = nullptr;
+    /// What watches network and volumes, made when it is asked for; without one, nothing is watched.
+    std::function<const DiscoveryEnvironment&()> discovery;
 };
 
 } // namespace quorrel

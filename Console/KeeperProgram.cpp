@@ -64,7 +64,8 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     KeeperPasswordWindow passwordWindow(std::move(password), world.errors);
     const ProgramEnvironment program { world.mounting, world.resolving, world.preferences, world.notificationCenter,
         files, world.workspace, world.strings, world.log, world.mainThreadQueue };
-    QuorrelAppDelegate controller({ program, passwordWindow, world.keeper.discovery });
+    const auto* discovery = world.keeper.discovery ? &world.keeper.discovery() : nullptr;
+    QuorrelAppDelegate controller({ program, passwordWindow, discovery });
     if (const auto complaint
         = CatalogueCheck::complaint(world.propertyListFile, controller.applicationSupportFolder())) {
         say(*complaint);

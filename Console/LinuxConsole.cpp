@@ -22,7 +22,7 @@ ConsoleEnvironment LinuxConsole::environment(
     // On a terminal a hang-up means that the terminal is gone.
     const bool reloadsOnHangUp = isatty(STDIN_FILENO) != 1;
     const KeeperEnvironment keeper { m_lock, m_preferencesFile, m_serviceManager, fileVersion, beginAnew,
-        reloadsOnHangUp };
+        reloadsOnHangUp, [this]() -> const DiscoveryEnvironment& { return m_assembly.discovery(); } };
     return { m_assembly.environment(), m_assembly.runLoop(), m_output, m_errors, m_prompt, paths.home, paths.logFile(),
         version, keeper };
 }

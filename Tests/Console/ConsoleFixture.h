@@ -79,7 +79,8 @@ protected:
             return std::string("there is no process");
         };
         return { surroundings, runLoop, output, errors, prompt, "/home/user", "/home/user/log", "1.2.3",
-            { lock, preferencesFile, serviceManager, version, beginAnew, true, &world } };
+            { lock, preferencesFile, serviceManager, version, beginAnew, true,
+                [this]() -> const DiscoveryEnvironment& { return world; } } };
     }
 
     void replyTo(const std::string& url, std::int32_t status) {
