@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <thread>
@@ -66,11 +67,8 @@ protected:
     }
     void serverAppears(const std::string& name) {
         onMainThread([&] {
-            Dictionary service;
-            service.set("action", PropertyValue(1.0));
-            service.set("name", name);
-            service.set("type", "_smb._tcp.");
-            notificationCenter.post("ServiceAdded/Removed", nullptr, service);
+            discovery.announce(name, "_smb._tcp.");
+            discovery.advance();
         });
     }
     void save() {
@@ -242,6 +240,21 @@ TEST_F(KeeperProgramTest, readsEditedPreferencesAnew) {
         0);
 }
 
+TEST_F(KeeperProgramTest, aSwitchInEditedPreferencesActsAtOnce) {
+    preferencesStore->setValues({ { "BrowseForServices", false } });
+    preferences.reload();
+    EXPECT_EQ(watch([&] {
+        onMainThread([&] {
+            EXPECT_THAT(discovery.searches(), IsEmpty());
+            preferencesStore->setValues({ { "BrowseForServices", true }, { "smb", true } });
+            preferencesFile.change();
+            EXPECT_THAT(discovery.searches(), SizeIs(1));
+        });
+        terminate();
+    }),
+        0);
+}
+
 TEST_F(KeeperProgramTest, goesOnWherePreferencesCannotBeWatched) {
     preferencesFile.failStart("Too many open files");
     EXPECT_EQ(watch([&] { terminate(); }), 0);
@@ -280,12 +293,18 @@ TEST_F(KeeperProgramTest, readsACatalogueThatAnotherProgramChangedAndDoesNotOver
 TEST_F(KeeperProgramTest, asksNobodyForAPasswordAndSaysOnceWhoWantsOne) {
     addHost("127.0.0.2", { "docs" })->sharePoints.snapshot()[0]->passwordPrompt.set(true);
     EXPECT_EQ(watch([&] {
-        for (int time = 0; time < 2; ++time)
-            onMainThread([&] { notificationCenter.post("kNetworkReachabilityChangedNotification", nullptr); });
+        for (const auto flags : { ReachabilityFlag::reachable, std::uint32_t { 0 }, ReachabilityFlag::reachable })
+            onMainThread([&] { reachability.change("example.com", flags); });
+        EXPECT_TRUE(prints("127.0.0.2/docs: Online\n"));
         terminate();
     }),
         0);
     EXPECT_THAT(prompt.prompts(), IsEmpty());
+    EXPECT_EQ(errors.text(),
+        "quorrelctl: 127.0.0.2/docs wants a password, and watch asks nobody: --password-file FILE gives one, or store "
+        "it with the share\n");
+    ASSERT_THAT(volumes.requests(), Not(IsEmpty()));
+    EXPECT_EQ(textOf(volumes.requests()[0].password), "");
 }
 
 TEST_F(KeeperProgramTest, refusesAPasswordFileThatCannotBeRead) {

@@ -5,98 +5,16 @@ network with the servers smb, dav and ftp."""
 import json
 import os
 import plistlib
-import select
-import shutil
 import signal
 import socket
 import subprocess
 import sys
-import termios
 import time
 import unittest
 
-PROGRAM = ""
-SMB, DAV, FTP = "Server Message Block (smb)", "WebDAV (http)", "File Transfer Protocol (ftp)"
-DATA = os.path.join(os.environ["XDG_DATA_HOME"], "Quorrel")
-LOG = os.path.join(os.environ["XDG_STATE_HOME"], "Quorrel", "Quorrel.log")
-VOLUMES = os.path.join(os.environ["HOME"], "Volumes")
-USER, PASSWORD_FILE = os.environ["QTB_USER"], os.environ["QTB_PASSWORD_FILE"]
-SMB_HOST, DAV_HOST, FTP_HOST = (os.environ[f"QTB_{name}_HOST"] for name in ("SMB", "DAV", "FTP"))
-# A server on loopback that nothing else of the run uses.
-SILENT_HOST = "127.0.0.99"
-
-with open(PASSWORD_FILE, encoding="utf-8") as password_file:
-    PASSWORD = password_file.read().strip()
-
-
-def share(service, name, **login):
-    return service, {"displayType": service, "sharePoint": name, "automatically": True, **login}
-
-
-def catalogue(hosts):
-    """Writes the catalogue: host names with lists of share()."""
-    shutil.rmtree(DATA, ignore_errors=True)
-    os.makedirs(DATA, 0o700)
-    with open(os.path.join(DATA, "Quorrel2.plist"), "wb") as file:
-        plistlib.dump([{"displayName": name, "automatically": True,
-                        "services": [{"displayType": service} for service in sorted({each for each, _ in shares})],
-                        "sharePoints": [entry for _, entry in shares]} for name, shares in hosts.items()], file)
-
-
-def run(*arguments, **more):
-    return subprocess.run([PROGRAM, *arguments], stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=120,
-                          check=False, start_new_session=True, **more)
-
-
-def states(done):
-    return {(each["host"], each["share"]): each["status"] for each in json.loads(done.stdout)}
-
-
-class Terminal:
-    """The program on a terminal of its own."""
-
-    def __init__(self, *arguments):
-        self.screen = b""
-        # Our copy of the line keeps the terminal there when the program has ended.
-        self.master, self.line = os.openpty()
-        self.process = os.fork()
-        if self.process == 0:
-            try:
-                os.login_tty(self.line)
-                os.execve(PROGRAM, [PROGRAM, *arguments], {**os.environ, "TERM": "xterm"})
-            finally:
-                os._exit(127)
-
-    def until(self, text=None, seconds=30):
-        """Reads until that is shown, or to the end; whether it came."""
-        end = time.monotonic() + seconds
-        while text is None or text not in self.screen:
-            if not select.select([self.master], [], [], max(0, end - time.monotonic()))[0]:
-                return False
-            try:
-                self.screen += os.read(self.master, 4096)
-            except OSError:  # the other side is closed
-                break
-        return text is None or text in self.screen
-
-    def end(self, seconds=30):
-        """The exit code, once the program has ended."""
-        os.close(self.line)
-        self.until(None, seconds)
-        end = time.monotonic() + seconds
-        while time.monotonic() < end:
-            process, status = os.waitpid(self.process, os.WNOHANG)
-            if process:
-                os.close(self.master)
-                return os.waitstatus_to_exitcode(status)
-            time.sleep(0.01)
-        os.kill(self.process, signal.SIGKILL)
-        os.waitpid(self.process, 0)
-        os.close(self.master)
-        raise AssertionError("the program did not end")
-
-    def echoes(self):
-        return bool(termios.tcgetattr(self.master)[3] & termios.ECHO)
+import console_bed
+from console_bed import (DATA, DAV, DAV_HOST, FTP, FTP_HOST, LOG, PASSWORD, PASSWORD_FILE, SILENT_HOST, SMB, SMB_HOST,
+                         USER, VOLUMES, Terminal, catalogue, hung_request, run, share, states)
 
 
 class QuorrelctlTest(unittest.TestCase):
@@ -210,26 +128,16 @@ class QuorrelctlTest(unittest.TestCase):
         self.assertTrue(terminal.echoes())
         self.assertEqual(terminal.end(), 130)
 
-    def hung_request(self, server):
-        """The first connection on which something is asked; others only look whether the server is there."""
-        for _ in range(20):
-            connection = server.accept()[0]
-            connection.settimeout(20)
-            if connection.recv(1):
-                return connection
-            connection.close()
-        self.fail("nothing was asked of the server")
-
     def test_signals_end_it_within_a_second_whatever_hangs(self):
         catalogue({SILENT_HOST: [share(DAV, f"s{number}", userName=USER, password=PASSWORD) for number in range(6)],
                    SMB_HOST: [share(SMB, "pub", guestLogin=True)]})
         for number, code in ((signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGHUP, 129)):
             # A new server for each: what the program before left in its queue would look like the next one's call.
             with socket.create_server((SILENT_HOST, 80)) as server, \
-                    subprocess.Popen([PROGRAM, "mount", "--all"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                     stderr=subprocess.PIPE, text=True, start_new_session=True) as process:
+                    subprocess.Popen([console_bed.PROGRAM, "mount", "--all"], stdin=subprocess.DEVNULL,
+                                     stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, start_new_session=True) as process:
                 server.settimeout(20)
-                held = self.hung_request(server)
+                held = hung_request(server)
                 begin = time.monotonic()
                 process.send_signal(number)
                 _, said = process.communicate(timeout=20)
@@ -244,7 +152,7 @@ class QuorrelctlTest(unittest.TestCase):
         with socket.create_server((SILENT_HOST, 80)) as server:
             server.settimeout(20)
             terminal = Terminal("mount", "--all")
-            held = self.hung_request(server)
+            held = hung_request(server)
             begin = time.monotonic()
             os.write(terminal.master, b"\x03")
             self.assertTrue(terminal.until(b"quorrelctl: interrupted"), terminal.screen)
@@ -258,15 +166,15 @@ class QuorrelctlTest(unittest.TestCase):
         with open(path, "rb") as file:
             before = file.read()
         for closed in ("<&-", ">&-", "2>&-", "<&- >&- 2>&-"):
-            done = subprocess.run(["sh", "-c", f'exec "$1" mount --all {closed}', "sh", PROGRAM], capture_output=True,
-                                  timeout=60, check=False, start_new_session=True)
+            done = subprocess.run(["sh", "-c", f'exec "$1" mount --all {closed}', "sh", console_bed.PROGRAM],
+                                  capture_output=True, timeout=60, check=False, start_new_session=True)
             self.assertEqual(done.returncode, 0, closed)
         with open(path, "rb") as file:
             self.assertEqual(file.read(), before)
 
     def test_a_reader_that_goes_away_does_not_end_the_mounts(self):
         catalogue({SMB_HOST: [share(SMB, f"s{number:02}", guestLogin=True) for number in range(1, 9)]})
-        with subprocess.Popen([PROGRAM, "mount", "--all"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+        with subprocess.Popen([console_bed.PROGRAM, "mount", "--all"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.DEVNULL, start_new_session=True) as process:
             process.stdout.close()
             self.assertEqual(process.wait(timeout=60), 0)
@@ -286,5 +194,5 @@ class QuorrelctlTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    PROGRAM = os.path.realpath(sys.argv.pop(1))
+    console_bed.PROGRAM = os.path.realpath(sys.argv.pop(1))
     unittest.main(verbosity=2)
