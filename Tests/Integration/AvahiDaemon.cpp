@@ -36,23 +36,48 @@ AvahiDaemon::~AvahiDaemon() {
 
 bool AvahiDaemon::stop() {
     const auto pid = runningDaemon();
-    if (pid > 0 && kill(pid, SIGTERM) != 0)
+    if (pid > 0 && ::kill(pid, SIGTERM) != 0)
         return false;
     const bool ended = runMainContextUntil([] { return !std::filesystem::exists(pidFile); }, patience);
     if (m_child > 0) {
         if (!ended)
-            kill(m_child, SIGKILL);
-        waitpid(m_child, nullptr, 0);
-        m_child = 0;
+            ::kill(m_child, SIGKILL);
+        reap();
     }
     return ended;
+}
+
+void AvahiDaemon::kill() {
+    const auto pid = runningDaemon();
+    if (pid > 0 && ::kill(pid, SIGKILL) == 0)
+        std::filesystem::remove(pidFile);
+    reap();
+}
+
+void AvahiDaemon::reap() {
+    if (m_child > 0)
+        waitpid(m_child, nullptr, 0);
+    m_child = 0;
+}
+
+void AvahiDaemon::setServerOptions(const std::string& lines) {
+    m_configuration.clear();
+    if (lines.empty())
+        return;
+    m_configuration = m_folder.put("daemon.conf",
+        "[server]\nhost-name=testbed\n" + lines
+            + "[wide-area]\nenable-wide-area=no\n[publish]\npublish-hinfo=no\npublish-workstation=no\n");
 }
 
 bool AvahiDaemon::start() {
     if (runningDaemon() > 0)
         return true;
-    const auto* configuration = std::getenv("QTB_AVAHI_CONFIG");
-    if (!configuration)
+    if (m_child > 0)
+        ::kill(m_child, SIGKILL); // which ended by itself, or never came up
+    reap();
+    const auto* usual = std::getenv("QTB_AVAHI_CONFIG");
+    const auto configuration = !m_configuration.empty() ? m_configuration : usual ? usual : "";
+    if (configuration.empty())
         return false;
     std::string arguments[] { "avahi-daemon", "--file", configuration, "--no-drop-root", "--no-chroot",
         "--no-rlimits" };

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <string>
 #include <sys/types.h>
 
 namespace quorrel {
@@ -16,9 +19,18 @@ public:
     /// False when it did not end, or did not come up, within ten seconds. Starting when it runs does nothing.
     [[nodiscard]] bool stop();
     [[nodiscard]] bool start();
+    /// Without leaving it the time to say goodbye to anybody.
+    void kill();
+
+    /// For the next start: lines for the section "server" in place of the test bed's, or with none, those.
+    void setServerOptions(const std::string& lines);
 
 private:
+    void reap();
+
     pid_t m_child = 0;
+    TemporaryFolder m_folder;
+    std::string m_configuration; ///< empty: the test bed's
 };
 
 } // namespace quorrel
