@@ -13,8 +13,8 @@ enum class HostRoute {
     None,
 };
 
-/// Asks the kernel for the way to an address, as it is now: without a packet, without blocking. A way through a link that
-/// is down or without carrier is none. Any thread.
+/// Asks the kernel for the way to an address, as it is now: without a packet, without blocking. A way through a link
+/// that is down or without carrier is none. Any thread.
 [[nodiscard]] HostRoute routeTo(const InternetAddress& address);
 
 /// Whether any link but the loopback is up, has carrier and an address.

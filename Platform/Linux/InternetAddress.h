@@ -10,8 +10,8 @@ namespace quorrel {
 
 /// The address of one host, of either family.
 struct InternetAddress final {
-    /// What the system takes for an address, with the name of the link behind "%" where it needs one. Absent for a name,
-    /// and for an address of a link that does not exist.
+    /// What the system takes for an address, with the name of the link behind "%" where it needs one. Absent for a
+    /// name, and for an address of a link that does not exist.
     [[nodiscard]] static std::optional<InternetAddress> parse(const std::string& text);
 
     [[nodiscard]] bool isLinkLocal() const;

@@ -14,6 +14,7 @@ constexpr Seconds settling { 0.03 }; // changes come in flocks
 constexpr Seconds firstRetry { 2 };
 constexpr Seconds lastRetry { 60 };
 constexpr int restartsInARow = 5;
+constexpr int mostHurries = 2;
 
 bool canBeName(const std::string& text) {
     return text.size() <= longestName && std::none_of(text.begin(), text.end(), [](char character) {
@@ -34,8 +35,10 @@ struct LinuxReachabilityReference::Watches final {
     HostLookup lookup;
     MainLoopTimer settle;
     MainLoopTimer retry;
+    MainLoopTimer hurry;
     Seconds retryDelay = firstRetry;
-    int restarts = 0; // of the look-up under way
+    int restarts = 0; // of the look-up under way, for changes
+    int hurries = 0; // and for want of an answer
     bool isOutdated = false; // its answer will be of before a change
 };
 
@@ -73,6 +76,7 @@ void LinuxReachabilityReference::check() {
     const bool isName = canBeName(m_hostName);
     const auto address = isName ? InternetAddress::parse(m_hostName) : std::nullopt;
     if (!isName || address) {
+        m_watches->hurry.stop();
         m_watches->lookup.stop(); // an address of a link that was not there passes for a name
         tell(address ? flagsOf({ *address }, true) : 0);
         return;
@@ -93,11 +97,22 @@ void LinuxReachabilityReference::lookUp() {
     if (watches.isOutdated)
         return;
     watches.restarts = isRunning ? watches.restarts + 1 : 0;
+    watches.hurries = 0;
+    ask();
+}
+
+void LinuxReachabilityReference::ask() {
+    auto& watches = *m_watches;
+    watches.isOutdated = false;
     watches.lookup.start(m_hostName, [this](const auto& addresses) { lookedUp(addresses); });
+    // The first packet over a new link is easily lost, and the system waits five seconds before it sends another.
+    if (++watches.hurries <= mostHurries)
+        watches.hurry.start(Seconds(watches.hurries), [this] { ask(); });
 }
 
 void LinuxReachabilityReference::lookedUp(const std::vector<InternetAddress>& addresses) {
     auto& watches = *m_watches;
+    watches.hurry.stop();
     if (std::exchange(watches.isOutdated, false)) {
         lookUp();
         if (addresses.empty())
@@ -111,8 +126,7 @@ void LinuxReachabilityReference::lookedUp(const std::vector<InternetAddress>& ad
     tell(flagsOf(m_addresses, false));
 }
 
-std::uint32_t LinuxReachabilityReference::flagsOf(
-    const std::vector<InternetAddress>& addresses, bool isAddress) const {
+std::uint32_t LinuxReachabilityReference::flagsOf(const std::vector<InternetAddress>& addresses, bool isAddress) const {
     auto nearest = HostRoute::None;
     for (const auto& address : addresses)
         nearest = std::min(nearest, routeTo(address));
@@ -124,8 +138,7 @@ std::uint32_t LinuxReachabilityReference::flagsFor(HostRoute route, bool isAddre
         return 0;
     // A portal lies beyond the own network. Yet it may answer to any name with an address of that network: its own.
     const bool mayBePortal = route == HostRoute::Gateway || (route == HostRoute::OnLink && !isAddress);
-    return ReachabilityFlag::reachable
-        | (isBehindPortal && mayBePortal ? ReachabilityFlag::interventionRequired : 0);
+    return ReachabilityFlag::reachable | (isBehindPortal && mayBePortal ? ReachabilityFlag::interventionRequired : 0);
 }
 
 void LinuxReachabilityReference::tell(std::uint32_t flags) {

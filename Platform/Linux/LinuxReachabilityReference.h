@@ -17,8 +17,8 @@
 
 namespace quorrel {
 
-/// Watches one host while it is scheduled on a loop, whichever: there is but the main GLib context. It holds nothing and
-/// nothing wakes it up while it is not.
+/// Watches one host while it is scheduled on a loop, whichever: there is but the main GLib context. It holds nothing
+/// and nothing wakes it up while it is not.
 ///
 /// A change that takes the way to the known addresses is told at once. A host becomes reachable only by an answer from
 /// after the change: another network may know its name by another address, or not at all. A name that nobody knows is
@@ -45,6 +45,7 @@ private:
     void networkChanged();
     void check();
     void lookUp();
+    void ask();
     void lookedUp(const std::vector<InternetAddress>& addresses);
     [[nodiscard]] std::uint32_t flagsOf(const std::vector<InternetAddress>& addresses, bool isAddress) const;
     /// The last thing to be done, since the callback may destroy this.

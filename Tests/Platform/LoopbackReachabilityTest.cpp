@@ -4,11 +4,11 @@
 #include "Foundation/MainThreadQueue.h"
 #include "Platform/Linux/GlibRunLoop.h"
 #include "Tests/Platform/GlibTurns.h"
+#include "Tests/Platform/WakeUps.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <iterator>
@@ -25,28 +25,6 @@ using testing::ElementsAre;
 std::size_t entriesOf(const char* folder) {
     return static_cast<std::size_t>(
         std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
-}
-
-/// When the main context would wake up by itself, in milliseconds; -1 for never.
-int nextWakeUp() {
-    auto* context = g_main_context_default();
-    EXPECT_TRUE(g_main_context_acquire(context));
-    gint priority = 0;
-    gint timeout = -1;
-    if (g_main_context_prepare(context, &priority))
-        timeout = 0;
-    else
-        g_main_context_query(context, G_MAXINT, &timeout, nullptr, 0);
-    g_main_context_release(context);
-    return timeout;
-}
-
-/// Whether nothing is due any more, after what is due soon.
-bool fallsQuiet() {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (nextWakeUp() != -1 && std::chrono::steady_clock::now() < end)
-        g_main_context_iteration(nullptr, TRUE);
-    return nextWakeUp() == -1;
 }
 
 /// What can be known of this machine itself, whatever network it is on.
@@ -81,14 +59,14 @@ TEST_F(LoopbackReachabilityTest, whatIsReachableAndQuietWakesNobodyUp) {
     const auto reference = makeReference("localhost");
     ASSERT_TRUE(reference->scheduleWithRunLoop(loop));
     ASSERT_TRUE(runUntilTold());
-    EXPECT_TRUE(fallsQuiet());
+    EXPECT_TRUE(fallsQuiet(Seconds(10)));
 }
 
 TEST_F(LoopbackReachabilityTest, whatIsUnscheduledWakesNobodyUp) {
     const auto reference = makeReference("localhost");
     ASSERT_TRUE(reference->scheduleWithRunLoop(loop));
     reference->unscheduleFromRunLoop(loop);
-    EXPECT_TRUE(fallsQuiet());
+    EXPECT_TRUE(fallsQuiet(Seconds(10)));
     EXPECT_THAT(told, testing::IsEmpty());
 }
 
@@ -102,7 +80,7 @@ TEST_F(LoopbackReachabilityTest, referencesLeaveNeitherDescriptorsNorThreadsNorS
             const auto other = makeReference(host);
             ASSERT_TRUE(other->scheduleWithRunLoop(loop)); // goes while its look-up is under way
         }
-        ASSERT_TRUE(fallsQuiet());
+        ASSERT_TRUE(fallsQuiet(Seconds(10)));
     };
     round(); // the first makes what the process keeps
     const auto settled = [](const char* folder, std::size_t before) {
