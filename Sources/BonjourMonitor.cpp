@@ -62,7 +62,7 @@ void BonjourMonitor::netServiceDidUpdateTXTRecordData(NetService& service, const
     // Neither this monitor nor the service need be there any more once others have been told.
     const auto& environment = m_environment;
     const auto name = service.name();
-    const auto model = TXTRecord(data).text("model");
+    const auto model = TXTRecord(data).textFor("model");
     if (const auto host = m_hostRef.lock()) {
         host->setComputerModel(model);
         environment.notificationCenter.post("900", this);

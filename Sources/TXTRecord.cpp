@@ -30,7 +30,7 @@ TXTRecord::TXTRecord(const Bytes& data) {
     }
 }
 
-OptionalText TXTRecord::text(std::string_view key) const {
+OptionalText TXTRecord::textFor(std::string_view key) const {
     const auto found = m_values.find(Text::lowerCase(key));
     if (found == m_values.end() || !found->second)
         return std::nullopt;

@@ -27,7 +27,7 @@ public:
     [[nodiscard]] const Values& values() const { return m_values; }
 
     /// Absent: there is no such key, it has no value, or one that is not UTF-8.
-    [[nodiscard]] OptionalText text(std::string_view key) const;
+    [[nodiscard]] OptionalText textFor(std::string_view key) const;
 
 private:
     Values m_values;

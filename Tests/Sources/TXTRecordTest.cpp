@@ -41,7 +41,7 @@ TEST(TXTRecordTest, theFirstOfEqualKeysCountsWhateverItsLetters) {
     EXPECT_THAT(
         recordOf({ "Model=first", "model=second", "MODEL" }).values(), ElementsAre(Pair("model", bytes("first"))));
     EXPECT_THAT(recordOf({ "model", "model=late" }).values(), ElementsAre(Pair("model", std::nullopt)));
-    EXPECT_EQ(recordOf({ "mOdEl=Mac" }).text("MoDeL"), "Mac");
+    EXPECT_EQ(recordOf({ "mOdEl=Mac" }).textFor("MoDeL"), "Mac");
 }
 
 TEST(TXTRecordTest, aStringWithoutAKeyIsPassedOver) {
@@ -61,12 +61,12 @@ TEST(TXTRecordTest, whatIsCutOffIsLeftOut) {
 TEST(TXTRecordTest, aValueMayHoldAnyByteAndIsATextOnlyInUTF8) {
     const auto record = recordOf({ std::string("nul=a\0b", 7), "bad=\xFF\xFE", "good=Größe", "flag", "empty=" });
     EXPECT_EQ(record.values().find("bad")->second, bytes("\xFF\xFE"));
-    EXPECT_EQ(record.text("bad"), std::nullopt);
-    EXPECT_EQ(record.text("nul"), std::string("a\0b", 3));
-    EXPECT_EQ(record.text("good"), "Größe");
-    EXPECT_EQ(record.text("flag"), std::nullopt);
-    EXPECT_EQ(record.text("empty"), "");
-    EXPECT_EQ(record.text("missing"), std::nullopt);
+    EXPECT_EQ(record.textFor("bad"), std::nullopt);
+    EXPECT_EQ(record.textFor("nul"), std::string("a\0b", 3));
+    EXPECT_EQ(record.textFor("good"), "Größe");
+    EXPECT_EQ(record.textFor("flag"), std::nullopt);
+    EXPECT_EQ(record.textFor("empty"), "");
+    EXPECT_EQ(record.textFor("missing"), std::nullopt);
 }
 
 TEST(TXTRecordTest, nothingIsReadBeyondTheLengthThatARecordCanHave) {
