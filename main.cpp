@@ -2,6 +2,7 @@
 #include "Assembly/LinuxAssembly.h"
 #include "Desktop/DesktopProgram.h"
 #include "Platform/Linux/AutostartLoginItems.h"
+#include "Platform/Linux/FlockCatalogueLock.h"
 #include "Platform/Linux/HelpPage.h"
 #include "Platform/Linux/LogFile.h"
 #include "Platform/Linux/ResourcePaths.h"
@@ -68,7 +69,8 @@ int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly,
     const auto& paths = assembly.paths();
     AutostartLoginItems loginItems(
         { paths.autostartFolder(), paths.programs, { paths.volumesFolder(), paths.runtime.value_or("") + "/gvfs" } });
-    DesktopProgram program(assembly.environment(), &assembly.discovery(), loginItems,
+    FlockCatalogueLock lock(paths.lockFile());
+    DesktopProgram program(assembly.environment(), &assembly.discovery(), lock, loginItems,
         { executable, helpPage(resources.help, paths.languages), paths.logFile(), QUORREL_VERSION });
     running = &program;
     const int status = program.run();

@@ -1,21 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/DesktopProgram.h"
 
+#include "Desktop/AlertBox.h"
 #include "Desktop/X11EmbeddingTray.h"
+#include "Foundation/Log.h"
 #include "Foundation/MainThreadQueue.h"
+#include "Foundation/StringTable.h"
+#include "Foundation/Text.h"
+#include "Platform/CatalogueLock.h"
 #include "Sources/AdoptionOperation.h"
 #include "Sources/MountEnvironment.h"
 
 #include <QApplication>
 #include <QDBusConnection>
 
+#include <cstdlib>
 #include <memory>
+#include <string>
 
 namespace quorrel {
 
 DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery,
-    LoginItems& loginItems, const DesktopProgramOptions& options)
+    CatalogueLock& lock, LoginItems& loginItems, const DesktopProgramOptions& options)
     : m_world(world)
+    , m_lock(lock)
     , m_application([this](const AboutPanelOptions& about) { m_aboutPanel.show(about); })
     , m_environment { m_application, world.strings, world.preferences, world.mainThreadQueue }
     , m_loginItem(loginItems, options.applicationPath)
@@ -38,6 +46,8 @@ DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryE
 int DesktopProgram::run() {
     if (m_instance.launch() == SingleInstance::Launch::Repeated)
         return 0;
+    if (!takeLock())
+        return QApplication::exec();
     QObject::connect(&m_instance, &SingleInstance::activated, [this] { m_application.perform("showMountList", {}); });
     // A prompt that is open comes first.
     QObject::connect(&m_trayHosts, &TrayHostWatch::noneFound,
@@ -49,6 +59,29 @@ int DesktopProgram::run() {
     const int status = QApplication::exec();
     m_controller.applicationWillTerminate();
     return status;
+}
+
+bool DesktopProgram::takeLock() {
+    using Kind = CatalogueLock::Outcome::Kind;
+    const auto lock = m_lock.take();
+    if (lock.kind == Kind::Unavailable)
+        m_world.log.lineAlways("The catalogue could not be locked: %@", { lock.reason });
+    if (lock.kind != Kind::Refused)
+        return true;
+    const auto holder = lock.holder ? std::to_string(*lock.holder) : std::string();
+    m_world.log.lineAlways("Quorrel is running already, as process %@.", { holder });
+    const auto& strings = m_environment.strings;
+    const auto message = lock.holder
+        ? Text::filled(strings.text("Process %@ keeps your shares mounted, without a window. To use Quorrel here, end "
+                                    "it first: with kill %@ in a terminal or, if it is a service, with systemctl "
+                                    "--user stop quorrelctl-watch."),
+            { holder, holder })
+        : strings.text("Another program keeps your shares mounted. To use Quorrel here, end it first.");
+    auto* alert = new AlertBox(nullptr, QMessageBox::Warning, strings.text("Quorrel is running already"), message);
+    alert->addButton(QString::fromStdString(strings.text("OK")), QMessageBox::AcceptRole);
+    QObject::connect(alert, &QMessageBox::finished, [] { QCoreApplication::exit(EXIT_FAILURE); });
+    alert->open();
+    return false;
 }
 
 void DesktopProgram::adoptMountedVolumes() {

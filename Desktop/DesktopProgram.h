@@ -23,6 +23,7 @@
 
 namespace quorrel {
 
+class CatalogueLock;
 class LoginItems;
 struct DiscoveryEnvironment;
 
@@ -38,21 +39,25 @@ struct DesktopProgramOptions final {
 class DesktopProgram final {
 public:
     /// All of it must outlive the program. Without a discovery it neither browses nor watches anything.
-    DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery, LoginItems& loginItems,
-        const DesktopProgramOptions& options);
+    DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery, CatalogueLock& lock,
+        LoginItems& loginItems, const DesktopProgramOptions& options);
 
-    /// Until the user quits; at once in a second launch, which asks the first to show its window.
+    /// Until the user quits; at once in a second launch, which asks the first to show its window. Where another program
+    /// keeps the catalogue, it says so and does nothing else: the result is 1 then.
     int run();
 
     /// Makes `run` return soon. Any thread.
     void quit();
 
 private:
+    /// Whether the catalogue is ours to keep; the user reads why not.
+    [[nodiscard]] bool takeLock();
     /// What an earlier run left mounted shows as such.
     void adoptMountedVolumes();
     void showWindowWithoutTray();
 
     const ProgramEnvironment m_world;
+    CatalogueLock& m_lock;
     DesktopApplication m_application;
     const DesktopEnvironment m_environment;
     LoginItem m_loginItem;
