@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-typedef struct _GVariant GVariant; // NOLINT(modernize-use-using): as GLib has it
+typedef struct _GVariant GVariant; // NOLINT(modernize-use-using,bugprone-reserved-identifier): as GLib has it
 
 namespace quorrel {
 

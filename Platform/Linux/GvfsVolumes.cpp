@@ -69,11 +69,12 @@ GvfsVolumes::Volumes GvfsVolumes::update(
                 hasLink = true;
                 volumes.try_emplace(identity + link.target.substr(mount.fusePath.size()), describe(mount, &link));
             }
+        whole.patience = mount.fusePath.empty() ? timeForPath : timeForLink;
         if (hasLink)
             whole.withoutLinkSince.reset();
         else if (!whole.withoutLinkSince)
             whole.withoutLinkSince = now;
-        whole.isVolume = whole.isVolume || (!hasLink && now - *whole.withoutLinkSince >= timeForLink);
+        whole.isVolume = whole.isVolume || (!hasLink && now - *whole.withoutLinkSince >= whole.patience);
         if (whole.isVolume)
             volumes.try_emplace(identity, describe(mount, nullptr));
     }
@@ -85,7 +86,7 @@ std::optional<Seconds> GvfsVolumes::nextChange() const {
     std::optional<Seconds> next;
     for (const auto& [identity, whole] : m_wholes)
         if (whole.withoutLinkSince && !whole.isVolume)
-            next = std::min(next.value_or(Seconds::max()), *whole.withoutLinkSince + timeForLink);
+            next = std::min(next.value_or(Seconds::max()), *whole.withoutLinkSince + whole.patience);
     return next;
 }
 

@@ -32,10 +32,12 @@ public:
     [[nodiscard]] std::optional<Seconds> nextChange() const;
 
     static constexpr Seconds timeForLink { 0.5 };
+    static constexpr Seconds timeForPath { 2.5 }; ///< for gvfs to show a session's first files, and a link to them
 
 private:
     struct Whole final {
         std::optional<Seconds> withoutLinkSince;
+        Seconds patience = timeForLink;
         bool isVolume = false;
     };
 

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-struct _GDBusConnection;
+struct _GDBusConnection; // NOLINT(bugprone-reserved-identifier): as GLib has it
 
 namespace quorrel {
 

@@ -66,7 +66,7 @@ void VolumeAnnouncer::admitNewcomers() {
         for (const auto& [identity, volume] : m_volumes)
             m_state->reports.push_back({ volume, true, m_state->lastNumber, newcomer });
     }
-    deliver(m_state);
+    deliver();
 }
 
 void VolumeAnnouncer::update(const Volumes& volumes) {
@@ -81,13 +81,13 @@ void VolumeAnnouncer::update(const Volumes& volumes) {
     for (const auto& [identity, volume] : volumes)
         if (m_volumes.try_emplace(identity, volume).second)
             m_state->reports.push_back({ volume, true, ++m_state->lastNumber, nullptr });
-    deliver(m_state);
+    deliver();
 }
 
-void VolumeAnnouncer::deliver(const std::shared_ptr<State>& state) {
-    if (state->isDelivering)
+void VolumeAnnouncer::deliver() {
+    if (m_state->isDelivering)
         return;
-    const auto kept = state;
+    const auto kept = m_state; // a callback may destroy the announcer
     kept->isDelivering = true;
     while (!kept->reports.empty()) {
         const auto report = std::move(kept->reports.front());

@@ -36,7 +36,7 @@ private:
     struct State;
 
     void admitNewcomers();
-    static void deliver(const std::shared_ptr<State>& state);
+    void deliver();
 
     Volumes m_volumes;
     MainLoopTimer m_admission;

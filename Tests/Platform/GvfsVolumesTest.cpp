@@ -127,7 +127,9 @@ TEST_F(GvfsVolumesTest, aPathThatIsToldLaterMakesNoOtherVolume) {
     auto late = mount("afp-volume", "files", "Public");
     late.fusePath.clear();
     mounts = { late };
-    updateLater();
+    EXPECT_THAT(updateLater(), IsEmpty());
+    EXPECT_EQ(volumes.nextChange(), now - GvfsVolumes::timeForLink + GvfsVolumes::timeForPath);
+    now += GvfsVolumes::timeForPath;
     const auto before = volumes.update(mounts, links, now);
     mounts = { mount("afp-volume", "files", "Public") };
     const auto after = volumes.update(mounts, links, now);
