@@ -10,9 +10,9 @@ namespace quorrel {
 class StandardPathsTest : public testing::Test {
 protected:
     StandardPathsTest() {
-        for (const char* name :
-            { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR",
-                "DBUS_SYSTEM_BUS_ADDRESS", "DBUS_SESSION_BUS_ADDRESS", "LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE" })
+        for (const char* name : { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
+                 "XDG_RUNTIME_DIR", "NOTIFY_SOCKET", "TMPDIR", "DBUS_SYSTEM_BUS_ADDRESS", "DBUS_SESSION_BUS_ADDRESS",
+                 "LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE" })
             ::unsetenv(name);
         ::setenv("HOME", "/home/anna", 1);
     }
@@ -52,6 +52,18 @@ TEST_F(StandardPathsTest, followTheVariables) {
     EXPECT_EQ(paths.logFile(), "/s/Quorrel/Quorrel.log");
     EXPECT_EQ(paths.runtime, "/run/user/7");
     EXPECT_EQ(paths.temporary, "/t");
+}
+
+TEST_F(StandardPathsTest, theLockIsTheSessionsWhereThereIsOne) {
+    EXPECT_EQ(StandardPaths::fromEnvironment().lockFile(), "/home/anna/.local/state/Quorrel/Quorrel.lock");
+    ::setenv("XDG_RUNTIME_DIR", "/run/user/7", 1);
+    EXPECT_EQ(StandardPaths::fromEnvironment().lockFile(), "/run/user/7/Quorrel.lock");
+}
+
+TEST_F(StandardPathsTest, knowWhoStartedAService) {
+    EXPECT_EQ(StandardPaths::fromEnvironment().serviceManager, "");
+    ::setenv("NOTIFY_SOCKET", "@manager", 1);
+    EXPECT_EQ(StandardPaths::fromEnvironment().serviceManager, "@manager");
 }
 
 TEST_F(StandardPathsTest, takeRelativeAndEmptyVariablesAsNotSet) {
