@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """DNS-SD on any machine of the lab through its own Avahi daemon: what it announces, and what it sees."""
 
-import time
+import threading
 
 from gi.repository import Gio, GLib
 
@@ -12,13 +12,6 @@ PORTS = {AFP: 548, SMB: 445, DEVICE: 0}
 
 _NAME = "org.freedesktop.Avahi"
 _ANY = -1
-_ESTABLISHED = 2
-
-
-def _pump():
-    context = GLib.MainContext.default()
-    while context.iteration(False):
-        pass
 
 
 class _Connection:
@@ -83,12 +76,9 @@ class Announcer:
         group = self._groups.pop((kind, name or self._machine.name))
         self._connection.call(group, "EntryGroup", "Free")
 
-    def is_established(self, kind, name=None):
-        group = self._groups[kind, name or self._machine.name]
-        return self._connection.call(group, "EntryGroup", "GetState")[0] == _ESTABLISHED
-
-    def announced(self):
-        return list(self._groups)
+    def withdraw_all(self):
+        for kind, name in list(self._groups):
+            self.withdraw(kind, name)
 
     def close(self):
         """The daemon withdraws everything."""
@@ -97,33 +87,53 @@ class Announcer:
 
 
 class Browser:
-    """What one machine sees of one type of service, with the moment of each appearance and departure."""
+    """What one machine sees of one type of service, with the moment of each appearance and departure.
+
+    It listens in a thread of its own, so that a moment is the signal's and not that of somebody's next look.
+    """
 
     def __init__(self, machine, kind):
+        self._kind = kind
         self.seen = {}
         self.events = []
+        self._context = GLib.MainContext()
+        self._loop = GLib.MainLoop(self._context)
         self._connection = _Connection(machine)
         self._connection.await_daemon()
+        listens = threading.Event()
+        self._thread = threading.Thread(target=self._listen, args=(listens,), daemon=True)
+        self._thread.start()
+        listens.wait()
+        self._connection.call("/", "Server", "ServiceBrowserNew", GLib.Variant("(iissu)", (_ANY, _ANY, kind, "", 0)))
+
+    def _listen(self, listens):
+        self._context.push_thread_default()
         # All of its signals: the first come before the browser's path is known to us.
         self._connection.bus.signal_subscribe(_NAME, f"{_NAME}.ServiceBrowser", None, None, None,
                                               Gio.DBusSignalFlags.NONE, self._hear)
-        self._path = self._connection.call("/", "Server", "ServiceBrowserNew", GLib.Variant(
-            "(iissu)", (_ANY, _ANY, kind, "", 0)))[0]
+        listens.set()
+        self._loop.run()
+        self._context.pop_thread_default()
 
-    def _hear(self, _bus, _sender, path, _interface, signal, arguments):
+    def _hear(self, _bus, _sender, _path, _interface, signal, arguments):
         if signal in ("ItemNew", "ItemRemove"):
-            now = time.monotonic()
+            moment = lab_control.now()
             name = arguments.unpack()[2]
-            self.events.append((now, signal == "ItemNew", name))
+            self.events.append((moment, signal == "ItemNew", name))
             if signal == "ItemNew":
-                self.seen[name] = now
+                self.seen[name] = moment
             else:
                 self.seen.pop(name, None)
 
     def sees(self, name):
         """When it appeared, or None."""
-        _pump()
         return self.seen.get(name)
+
+    def resolve(self, name):
+        """The name of the machine that has the service."""
+        found = self._connection.call("/", "Server", "ResolveService", GLib.Variant(
+            "(iisssiu)", (_ANY, _ANY, name, self._kind, "local", 0, 0)))
+        return found[5]
 
     def await_name(self, name, seconds=lab_control.PATIENCE):
         return lab_control.wait_for(lambda: self.sees(name), f"{name} does not appear", seconds)
@@ -131,5 +141,11 @@ class Browser:
     def await_gone(self, name, seconds=lab_control.PATIENCE):
         lab_control.wait_for(lambda: self.sees(name) is None, f"{name} does not go", seconds)
 
+    def last(self, name, appeared):
+        """When it last came, or last went."""
+        return next(moment for moment, new, each in reversed(self.events) if each == name and new == appeared)
+
     def close(self):
+        self._loop.quit()
+        self._thread.join()
         self._connection.close()

@@ -4,6 +4,7 @@
 import os
 import plistlib
 
+AFP = "Apple Filing Protocol (afp)"
 SMB, DAV, FTP = "Server Message Block (smb)", "WebDAV (http)", "File Transfer Protocol (ftp)"
 
 
@@ -29,8 +30,9 @@ def write(shares):
     hosts = {}
     for share in shares:
         host = hosts.setdefault(share.host, {"displayName": share.host, "automatically": True,
-                                             "services": [{"displayType": share.service}],
-                                             "sharePoints": []})
+                                             "services": [], "sharePoints": []})
+        if {"displayType": share.service} not in host["services"]:
+            host["services"].append({"displayType": share.service})
         host["sharePoints"].append({"displayType": share.service, "sharePoint": share.name,
                                     "passwordPrompt": False, "guestLogin": False, "automatically": True,
                                     "favroite": False, **share.fields})

@@ -9,7 +9,7 @@ import sys
 import time
 
 from . import lab, namespaces, processes
-from .bed import spawn
+from .bed import accepts_tcp, spawn
 
 PATIENCE = 20
 
@@ -105,10 +105,20 @@ class Lab:
         self.switch.run("ip", "link", "set", machine.name, "up")
 
     @staticmethod
+    def client_reaches(machine):
+        """Whether the client gets an answer of its SMB server."""
+        return accepts_tcp(machine.address, 445)
+
+    @staticmethod
     def write_hosts(lines):
         """The client's /etc/hosts, in place, as another file would not be seen."""
         with open(os.environ["QTB_HOSTS_FILE"], "w", encoding="utf-8") as file:
             file.write("127.0.0.1 localhost\n" + "".join(f"{line}\n" for line in lines))
+
+
+def now():
+    """The clock of every moment here, in seconds."""
+    return time.monotonic()
 
 
 def say(text):

@@ -77,6 +77,12 @@ def descendants(root=None):
     return result
 
 
+def names():
+    """{pid: name} of everything that lives in this process namespace."""
+    found = {pid: _stat_of(pid) for pid in _all_pids()}
+    return {pid: entry[2] for pid, entry in found.items() if entry is not None and entry[1] not in "ZX"}
+
+
 def group_alive(group):
     """Whether a process group has a member that is not a zombie."""
     found = [_stat_of(pid) for pid in _all_pids()]
