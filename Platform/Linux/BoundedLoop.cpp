@@ -12,6 +12,9 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
+/// In what time a cancelled call comes back, unless it never does.
+constexpr Seconds comingBack { 0.25 };
+
 SteadyClock::duration ticks(Seconds duration) {
     return std::chrono::duration_cast<SteadyClock::duration>(duration);
 }
@@ -39,7 +42,9 @@ BoundedLoop::BoundedLoop(Seconds deadline, const InterruptEvent& interrupted)
 }
 
 BoundedLoop::~BoundedLoop() {
-    // Cancelled calls answer through this context; they get a chance to let go of what they hold.
+    // Cancelled calls answer through this context, a little later. One that finds nobody here any more keeps all it
+    // holds, the context with its descriptor among it, for as long as the process lives.
+    run([this] { return *m_unanswered == 0; }, SteadyClock::now() + ticks(comingBack));
     for (int turn = 0; turn < 50 && g_main_context_iteration(m_context.get(), FALSE); ++turn) { }
     m_interruptWatch.reset();
     g_main_context_pop_thread_default(m_context.get());
@@ -63,13 +68,18 @@ BoundedLoop::Pending BoundedLoop::begin(const Start& start) {
     Pending pending;
     pending.m_answer = std::make_shared<Pending::Answer>();
     pending.m_cancellable.reset(g_cancellable_new());
-    using Holder = std::shared_ptr<Pending::Answer>;
+    struct Holder final {
+        std::shared_ptr<Pending::Answer> answer;
+        std::shared_ptr<int> unanswered;
+    };
     // A call that is never answered keeps its holder for ever: that is the price of never waiting for it.
     const auto answered = [](GObject*, GAsyncResult* result, gpointer data) {
         const std::unique_ptr<Holder> holder(static_cast<Holder*>(data));
-        (*holder)->result.reset(G_ASYNC_RESULT(g_object_ref(result)));
+        holder->answer->result.reset(G_ASYNC_RESULT(g_object_ref(result)));
+        --*holder->unanswered;
     };
-    start(pending.m_cancellable.get(), answered, new Holder(pending.m_answer));
+    ++*m_unanswered;
+    start(pending.m_cancellable.get(), answered, new Holder { pending.m_answer, m_unanswered });
     return pending;
 }
 

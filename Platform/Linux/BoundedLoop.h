@@ -46,7 +46,7 @@ public:
         GObjectPointer<GCancellable> m_cancellable;
     };
 
-    [[nodiscard]] static Pending begin(const Start& start);
+    [[nodiscard]] Pending begin(const Start& start);
 
     /// Runs callbacks until the condition holds, which it looks at after each; false when the time was up before.
     bool waitUntil(const std::function<bool()>& condition);
@@ -72,6 +72,7 @@ private:
     const InterruptEvent& m_interrupted;
     const GlibPointer<GMainContext> m_context;
     GlibPointer<GSource> m_interruptWatch;
+    const std::shared_ptr<int> m_unanswered = std::make_shared<int>(0); ///< calls begun that have not come back
     Moment m_deadline;
     bool m_heedsInterrupt = true;
 };

@@ -22,7 +22,7 @@ MountAttempt::MountAttempt(
     , m_log(log)
     , m_location(location)
     , m_trustedCertificates(std::move(trustedCertificates))
-    , m_probe(location.host, location.ports())
+    , m_probe(loop, location.host, location.ports())
     , m_operation(g_mount_operation_new()) {
     g_signal_connect(m_operation.get(), "ask-password", G_CALLBACK(askPassword), this);
     g_signal_connect(m_operation.get(), "ask-question", G_CALLBACK(askQuestion), this);
@@ -37,7 +37,7 @@ MountAttempt::~MountAttempt() {
 
 std::optional<MountFailure> MountAttempt::run(Seconds limit) {
     const GObjectPointer<GFile> file(g_file_new_for_uri(m_location.uri.c_str()));
-    auto mount = BoundedLoop::begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
+    auto mount = m_loop.begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
         g_file_mount_enclosing_volume(file.get(), G_MOUNT_MOUNT_NONE, m_operation.get(), cancellable, callback, data);
     });
     waitForAnswer(mount, limit);

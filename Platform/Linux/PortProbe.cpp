@@ -6,8 +6,9 @@
 
 namespace quorrel {
 
-PortProbe::PortProbe(std::string host, std::vector<std::uint16_t> ports)
-    : m_host(std::move(host))
+PortProbe::PortProbe(BoundedLoop& loop, std::string host, std::vector<std::uint16_t> ports)
+    : m_loop(loop)
+    , m_host(std::move(host))
     , m_ports(std::move(ports)) { }
 
 PortProbe::~PortProbe() = default;
@@ -25,7 +26,7 @@ void PortProbe::start() {
         return;
     }
     const GObjectPointer<GResolver> resolver(g_resolver_get_default());
-    m_lookup = BoundedLoop::begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
+    m_lookup = m_loop.begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
         g_resolver_lookup_by_name_async(resolver.get(), m_host.c_str(), cancellable, callback, data);
     });
 }
@@ -60,7 +61,7 @@ void PortProbe::tryAddress(GInetAddress* address) {
     for (const auto port : m_ports) {
         const GObjectPointer<GSocketAddress> target(g_inet_socket_address_new(address, port));
         m_connections.push_back(
-            BoundedLoop::begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
+            m_loop.begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
                 g_socket_client_connect_async(
                     m_client.get(), G_SOCKET_CONNECTABLE(target.get()), cancellable, callback, data);
             }));

@@ -25,7 +25,8 @@ public:
     /// How long a port may stay silent.
     static constexpr Seconds patience { 3 };
 
-    PortProbe(std::string host, std::vector<std::uint16_t> ports);
+    /// The loop must outlive the probe.
+    PortProbe(BoundedLoop& loop, std::string host, std::vector<std::uint16_t> ports);
     ~PortProbe();
     PortProbe(const PortProbe&) = delete;
     PortProbe& operator=(const PortProbe&) = delete;
@@ -42,6 +43,7 @@ private:
     void tryAddress(GInetAddress* address);
     void takeConnections();
 
+    BoundedLoop& m_loop;
     const std::string m_host;
     const std::vector<std::uint16_t> m_ports;
     GObjectPointer<GSocketClient> m_client;
