@@ -10,8 +10,8 @@
 
 namespace quorrel {
 
-/// Where the contract of the volume watch is put to the test: a computer on which another program mounts Windows shares,
-/// and the loop that drives it. Each executable that holds the contract's tests brings one.
+/// Where the contract of the volume watch is put to the test: a computer on which another program mounts Windows
+/// shares, and the loop that drives it. Each executable that holds the contract's tests brings one.
 class VolumeWatchWorld {
 public:
     virtual ~VolumeWatchWorld() = default;
