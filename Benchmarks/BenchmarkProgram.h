@@ -9,15 +9,23 @@
 #include "Platform/Linux/LinuxWorkspace.h"
 #include "Platform/Linux/PlistFile.h"
 #include "Platform/Linux/PosixChildProcess.h"
+#include "Platform/NetworkReachability.h"
 #include "Platform/PasswordWindow.h"
+#include "Platform/RunLoop.h"
+#include "Platform/StatusBar.h"
+#include "Platform/Timers.h"
+#include "Platform/VolumeWatch.h"
 #include "Sources/BonjourResolver.h"
+#include "Sources/DiscoveryEnvironment.h"
 #include "Sources/HostDefinition.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/StatusBarEnvironment.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +52,33 @@ public:
         const std::optional<std::string>&, const std::string&, const std::string&) override {
         return nullptr;
     }
+    [[nodiscard]] std::unique_ptr<NetServiceBrowser> makeNetServiceBrowser() override { return nullptr; }
+};
+
+class NoVolumeWatch final : public VolumeWatch {
+public:
+    [[nodiscard]] Subscription registerDiskDisappearedCallback(Callback) override { return {}; }
+    [[nodiscard]] Subscription registerDiskAppearedCallback(Callback) override { return {}; }
+};
+
+/// Its host is never heard of.
+class NoReachability final : public NetworkReachability {
+public:
+    [[nodiscard]] std::unique_ptr<ReachabilityReference> createWithName(const std::string&) override {
+        class Reference final : public ReachabilityReference {
+            [[nodiscard]] std::optional<std::uint32_t> flags() const override { return std::nullopt; }
+            void setCallback(Callback) override { }
+            [[nodiscard]] bool scheduleWithRunLoop(RunLoop&) override { return true; }
+            void unscheduleFromRunLoop(RunLoop&) override { }
+        };
+        return std::make_unique<Reference>();
+    }
+};
+
+class NoRunLoop final : public RunLoop {
+public:
+    void run() override { }
+    void quit() override { }
 };
 
 class NobodyToAsk final : public PasswordWindow {
@@ -60,6 +95,26 @@ public:
     void write(std::string_view) override { }
     [[nodiscard]] long processIdentifier() const override { return 0; }
     [[nodiscard]] long threadIdentifier() const override { return 0; }
+};
+
+class NoStatusItem final : public StatusItem {
+public:
+    void setImage(const Image&) override { }
+    void setAlternateImage(const Image&) override { }
+    void setHighlightMode(bool) override { }
+    void setMenu(std::shared_ptr<Menu>) override { }
+};
+
+class NoStatusBar final : public StatusBar {
+public:
+    [[nodiscard]] std::unique_ptr<StatusItem> statusItemWithLength(double) override {
+        return std::make_unique<NoStatusItem>();
+    }
+};
+
+class NoTimers final : public Timers {
+public:
+    [[nodiscard]] std::unique_ptr<Timer> scheduleRepeating(Seconds, std::function<void()>) override { return nullptr; }
 };
 
 /// A folder that goes with the object.
@@ -91,9 +146,12 @@ class BenchmarkProgram final {
 public:
     static constexpr std::int64_t sharePointsOfAHost = 10;
 
-    /// What watches the world and what is shown must outlive the program; null: none.
-    explicit BenchmarkProgram(std::int64_t sharePoints, const StatusBarEnvironment* statusBar = nullptr)
-        : m_statusBar(statusBar) {
+    /// The status bar and the network must outlive the program. Without them it shows nothing and watches nothing.
+    explicit BenchmarkProgram(std::int64_t sharePoints, const StatusBarEnvironment* statusBar = nullptr,
+        DNSServiceDiscovery* network = nullptr)
+        : m_statusBar(statusBar)
+        , m_discovery(network ? *network : m_noDiscovery)
+        , m_isWatching(network != nullptr) {
         std::vector<std::shared_ptr<HostDefinition>> hosts;
         for (std::int64_t first = 0; first < sharePoints; first += sharePointsOfAHost)
             hosts.push_back(HostDefinition::initWithDictionary(host(first), controller.catalogueContext()));
@@ -101,13 +159,16 @@ public:
         controller.saveHostsArray();
     }
 
+    [[nodiscard]] Preferences& preferences() { return m_preferences; }
+    [[nodiscard]] MainThreadQueue& mainThreadQueue() { return m_mainThreadQueue; }
+
     [[nodiscard]] std::size_t fileSize() {
         return std::filesystem::file_size(controller.applicationSupportFolder() + "/Quorrel2.plist");
     }
 
 private:
     static Dictionary host(std::int64_t first) {
-        const std::string service = "Server Message Block (smb)";
+        const std::string service = "Apple Filing Protocol (afp)";
         Dictionary result;
         result.set("displayName", "server-" + std::to_string(first) + ".example.com");
         result.set("hostName", "server-" + std::to_string(first) + ".local");
@@ -137,12 +198,19 @@ private:
     StringTable m_strings;
     LinuxWorkspace m_workspace { { m_home.path(), m_home.path(), QUORREL_ICONS, "unix:path=/nonexistent" } };
     BenchmarkParts::NoVolumes m_volumes;
-    BenchmarkParts::NoDiscovery m_discovery;
     PosixChildProcess m_childProcess;
     PlistFile m_plistFile;
     MainThreadQueue m_mainThreadQueue;
     NotificationCenter m_notificationCenter;
+    BenchmarkParts::NoVolumeWatch m_volumeWatch;
+    BenchmarkParts::NoReachability m_reachability;
+    BenchmarkParts::NoRunLoop m_runLoop;
+    BenchmarkParts::NoDiscovery m_noDiscovery;
     const StatusBarEnvironment* const m_statusBar;
+    DNSServiceDiscovery& m_discovery;
+    const bool m_isWatching;
+    const DiscoveryEnvironment m_watching { m_discovery, m_volumeWatch, m_reachability, m_runLoop, m_childProcess,
+        m_workspace, m_notificationCenter, m_log };
     BenchmarkParts::NobodyToAsk m_passwordWindow;
     MountEnvironment m_mounting { m_volumes, m_childProcess, m_clock, m_log, m_strings };
     ResolverEnvironment m_resolving { m_discovery, m_childProcess, m_log };
@@ -150,7 +218,7 @@ private:
 public:
     QuorrelAppDelegate controller { { { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_plistFile,
                                           m_workspace, m_strings, m_log, m_mainThreadQueue },
-        m_passwordWindow, nullptr, m_statusBar } };
+        m_passwordWindow, m_isWatching ? &m_watching : nullptr, m_statusBar } };
 };
 
 } // namespace quorrel

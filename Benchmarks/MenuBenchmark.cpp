@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Benchmarks/BenchmarkProgram.h"
+#include "Benchmarks/HeapUse.h"
 #include "Benchmarks/Timing.h"
-#include "Platform/StatusBar.h"
-#include "Platform/Timers.h"
 #include "Sources/MenuLayout.h"
 #include "Sources/SharePointDefinition.h"
-#include "Sources/StatusBarEnvironment.h"
 #include "Tests/Fakes/ThreadTime.h"
 
 #include <QAction>
@@ -14,8 +12,6 @@
 #include <QMenu>
 #include <QPixmap>
 #include <QString>
-
-#include <malloc.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -38,26 +34,6 @@ namespace {
 
 constexpr std::int64_t hostCount = 1'000;
 constexpr double target = 16; // milliseconds: a frame
-
-class NoStatusItem final : public StatusItem {
-public:
-    void setImage(const Image&) override { }
-    void setAlternateImage(const Image&) override { }
-    void setHighlightMode(bool) override { }
-    void setMenu(std::shared_ptr<Menu>) override { }
-};
-
-class NoStatusBar final : public StatusBar {
-public:
-    [[nodiscard]] std::unique_ptr<StatusItem> statusItemWithLength(double) override {
-        return std::make_unique<NoStatusItem>();
-    }
-};
-
-class NoTimers final : public Timers {
-public:
-    [[nodiscard]] std::unique_ptr<Timer> scheduleRepeating(Seconds, std::function<void()>) override { return nullptr; }
-};
 
 QIcon icon(Qt::GlobalColor color) {
     QPixmap pixmap(16, 16);
@@ -144,18 +120,6 @@ std::size_t itemsOfModel(const QuorrelAppDelegate& controller) {
         - popMenu.indexOfItemWithTag(MenuLayout::startMarkerTag).value_or(0) - 2; // without the header
 }
 
-/// What the heap grows by, in bytes.
-template <typename Work>
-double heapGrowth(const Work& work) {
-    const auto inUse = [] {
-        const auto info = ::mallinfo2();
-        return info.uordblks + info.hblkhd;
-    };
-    const auto before = inUse();
-    work();
-    return static_cast<double>(inUse() - before);
-}
-
 /// Of the processor: whatever else the machine does is not counted, and neither side waits for anything.
 template <typename Work>
 double timeOf(const Work& work) {
@@ -165,8 +129,8 @@ double timeOf(const Work& work) {
 }
 
 int run(int rounds) {
-    NoStatusBar bar;
-    NoTimers timers;
+    BenchmarkParts::NoStatusBar bar;
+    BenchmarkParts::NoTimers timers;
     const StatusBarEnvironment statusBar { bar, timers };
     BenchmarkProgram program(hostCount * BenchmarkProgram::sharePointsOfAHost, &statusBar);
     auto& controller = program.controller;
