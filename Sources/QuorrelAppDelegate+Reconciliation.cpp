@@ -2,6 +2,7 @@
 #include "Sources/QuorrelAppDelegate.h"
 
 #include "Foundation/Log.h"
+#include "Foundation/MainThreadQueue.h"
 #include "Foundation/Preferences.h"
 #include "Sources/BonjourMonitor.h"
 #include "Sources/HostDefinition.h"
@@ -99,9 +100,53 @@ void QuorrelAppDelegate::networkReachabilityChanged(const Notification&) {
         host->resetStatus();
 }
 
-void QuorrelAppDelegate::saveNotigfication(const Notification&) {
+void QuorrelAppDelegate::saveNotigfication(const Notification& notification) {
+    const bool isRecord = isFromMonitor(notification);
+    if (isRecord && m_unsavedRecords) {
+        ++*m_unsavedRecords;
+        m_quietTurns = 0;
+        return;
+    }
+    saveAndShowHosts();
+    if (isRecord)
+        followRecords();
+}
+
+void QuorrelAppDelegate::saveAndShowHosts() {
     saveHostsArray();
     makeMountpopMenu();
+    if (m_unsavedRecords)
+        m_unsavedRecords = 0;
+}
+
+void QuorrelAppDelegate::followRecords() {
+    m_unsavedRecords = 0;
+    m_quietTurns = 0;
+    watchForQuiet();
+}
+
+void QuorrelAppDelegate::watchForQuiet() {
+    m_environment.mainThreadQueue.post([weakSelf = std::weak_ptr(m_self)] {
+        // Two, since a turn may run this before it comes to the next record.
+        constexpr int enough = 2;
+        const auto self = weakSelf.lock();
+        if (!self)
+            return;
+        auto& controller = **self;
+        if (++controller.m_quietTurns < enough) {
+            controller.watchForQuiet();
+        } else if (*controller.m_unsavedRecords > 0) {
+            controller.saveAndShowHosts();
+            controller.followRecords();
+        } else {
+            controller.m_unsavedRecords.reset();
+        }
+    });
+}
+
+bool QuorrelAppDelegate::isFromMonitor(const Notification& notification) const {
+    return std::any_of(m_monitorsArray.begin(), m_monitorsArray.end(),
+        [&](const auto& monitor) { return monitor.get() == notification.object; });
 }
 
 void QuorrelAppDelegate::sendSaveNotification() {

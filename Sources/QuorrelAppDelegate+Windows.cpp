@@ -36,7 +36,7 @@ void QuorrelAppDelegate::bindLists() {
         windows->window.bindMountsList(&mountsArrayController);
         windows->window.bindHostsList(&hostsArrayController);
         windows->application.setDelegate(this);
-        m_endsSubscription = m_opQueue->observeEnds([this] { onMainThread([this] { validateActions(); }); });
+        m_endsSubscription = m_opQueue->observeEnds([this] { validateActionsSoon(); });
     }
 }
 
@@ -55,6 +55,19 @@ void QuorrelAppDelegate::unbindLists() {
 void QuorrelAppDelegate::validateActions() {
     if (auto* windows = m_environment.windows)
         windows->window.validateActions();
+}
+
+void QuorrelAppDelegate::validateActionsSoon() {
+    // Some of them look at every share: servers that come by the hundred must not have each of them do so.
+    if (!m_environment.windows || m_isValidationDue.exchange(true))
+        return;
+    m_environment.mainThreadQueue.post([weakSelf = std::weak_ptr(m_self)] {
+        const auto self = weakSelf.lock();
+        if (!self)
+            return;
+        (*self)->m_isValidationDue = false;
+        (*self)->validateActions();
+    });
 }
 
 void QuorrelAppDelegate::showHosts() {

@@ -129,7 +129,7 @@ void QuorrelAppDelegate::registerForNotifications() {
             name, [this, handler = handler](const Notification& notification) {
                 onMainThread([this, handler, notification] {
                     (this->*handler)(notification);
-                    validateActions();
+                    validateActionsSoon();
                 });
             }));
 }

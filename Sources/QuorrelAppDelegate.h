@@ -13,6 +13,7 @@
 #include "Sources/CatalogueLists.h"
 #include "Sources/ControllerEnvironment.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -164,6 +165,13 @@ private:
     [[nodiscard]] HostPointer firstHostNamed(const std::string& displayName) const;
     void serviceAppeared(const std::string& name, const OptionalText& type);
     void serviceLeft(const std::string& name);
+    /// A model that a host tells is saved at once. Those that come close behind it are saved together: a departure ends
+    /// every monitor and the next save starts them all, so that all hosts tell their models, and with a save for each
+    /// the main thread would do nothing else for minutes.
+    void followRecords();
+    void watchForQuiet();
+    [[nodiscard]] bool isFromMonitor(const Notification& notification) const;
+    void saveAndShowHosts();
 
     /// A host that nobody knows counts as unresolved.
     void resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service);
@@ -190,6 +198,8 @@ private:
 
     /// For what neither list shows: the other hosts' shares and the queue.
     void validateActions();
+    /// In a later turn of the run loop, once for all that ask until then. Any thread.
+    void validateActionsSoon();
     void showHosts();
     /// Selects the first host where none is selected.
     void selectSomeHost();
@@ -218,6 +228,8 @@ private:
     std::unique_ptr<StatusBarItem> m_statusBarItem;
     std::unique_ptr<Reachability> m_sharedReachabilityObject;
     bool m_reachable = false;
+    std::optional<int> m_unsavedRecords; // absent: the next one is saved at once
+    int m_quietTurns = 0; // of the run loop, without a record
 
     enum class CatalogueFile { NotLookedAt, Replaceable, Damaged };
     CatalogueFile m_catalogueFile = CatalogueFile::NotLookedAt; // whether a save may replace what is on the disk
@@ -232,6 +244,7 @@ private:
     bool m_isMountListShown = false; // has been, in this run
     bool m_isPrompting = false; // within the modal run of the prompt for a password
     bool m_isTerminating = false;
+    std::atomic<bool> m_isValidationDue = false; // a task for it is posted
     int m_postponed = 0; // tasks that waited for the prompt's answer and have not run yet
     std::shared_ptr<QuorrelAppDelegate*> m_self; // what tasks that were posted to the main thread hold weakly
 };

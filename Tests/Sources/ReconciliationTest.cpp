@@ -19,6 +19,12 @@ protected:
         events.take();
         logSink.clear();
     }
+
+    /// Of the run loop.
+    void turns(int count) {
+        for (int turn = 0; turn < count; ++turn)
+            mainThreadQueue.runPending();
+    }
 };
 
 TEST_F(ReconciliationTest, AServiceOfAnUnknownHostOnlyAddsItsName) {
@@ -292,6 +298,60 @@ TEST_F(ReconciliationTest, TheSaveNotificationSavesThenRebuildsTheMenus) {
     EXPECT_TRUE(controller->mountMenu->indexOfItemWithTitle("Office"));
     EXPECT_TRUE(controller->unmountMenu->indexOfItemWithTitle("Office"));
     EXPECT_TRUE(controller->popMenu->indexOfItemWithTitle("Office : Public"));
+}
+
+TEST_F(ReconciliationTest, AModelThatIsLearnedIsSavedAndShownAtOnce) {
+    const auto host = addHost("Office", smb, {});
+    announceService(1, "Office", smbType);
+    discovery.setTXTRecord("Office", FakeDNSServiceDiscovery::txtRecord({ "model=RackMac" }));
+    discovery.advance();
+    EXPECT_EQ(host->computerModel.get(), "RackMac");
+    EXPECT_EQ(files.writeCount(), 1);
+    EXPECT_TRUE(controller->mountMenu->indexOfItemWithTitle("Office"));
+    turns(5);
+    EXPECT_EQ(files.writeCount(), 1);
+
+    discovery.setTXTRecord("Office", FakeDNSServiceDiscovery::txtRecord({ "model=Macmini" }));
+    discovery.advance();
+    EXPECT_EQ(files.writeCount(), 2) << "at once again";
+}
+
+TEST_F(ReconciliationTest, ModelsThatComeCloseTogetherAreSavedTogetherBehindTheFirst) {
+    for (int number = 0; number < 50; ++number)
+        addHost("host " + std::to_string(number) + '.', smb, {});
+    controller->saveHostsArray();
+    ASSERT_EQ(monitored().size(), 50U);
+    const auto before = files.writeCount();
+    int counter = 0;
+    for (const auto& host : controller->hosts.snapshot()) {
+        discovery.setTXTRecord(textOf(host->displayName.get()),
+            FakeDNSServiceDiscovery::txtRecord({ "model=Tower" + std::to_string(++counter) }));
+        discovery.advance();
+        turns(1);
+    }
+    EXPECT_EQ(files.writeCount(), before + 1);
+    turns(2);
+    EXPECT_EQ(files.writeCount(), before + 2);
+    const auto saved = files.content(cataloguePath);
+    ASSERT_TRUE(saved);
+    const auto& last = std::get<PropertyValue::Array>(saved->variant()).back();
+    EXPECT_EQ(std::get<Dictionary>(last.variant()).text("computerModel"), "Tower50");
+    turns(5);
+    EXPECT_EQ(files.writeCount(), before + 2) << "and that is all";
+}
+
+TEST_F(ReconciliationTest, WhatSomebodyElseWantsSavedIsSavedAtOnceAmongModels) {
+    addHost("Office", smb, {});
+    announceService(1, "Office", smbType);
+    for (const char* model : { "model=RackMac", "model=Macmini" }) {
+        discovery.setTXTRecord("Office", FakeDNSServiceDiscovery::txtRecord({ model }));
+        discovery.advance();
+    }
+    EXPECT_EQ(files.writeCount(), 1);
+    controller->sendSaveNotification();
+    EXPECT_EQ(files.writeCount(), 2);
+    turns(5);
+    EXPECT_EQ(files.writeCount(), 2) << "with the second model";
 }
 
 TEST_F(ReconciliationTest, TheSaveActionPostsWithTheControllerAsItsObject) {
