@@ -95,15 +95,16 @@ TEST_F(AvahiBrowsingTest, aDaemonThatGoesRemovesAllAndFindsAllWhenItIsBack) {
     AvahiPublisher publisher;
     const auto browser = makeSearchOf(publisher, 3);
     for (int round = 0; round < 2; ++round) {
-        const int there = round == 0 ? 4 : 1; // what the publisher had goes with the first daemon
+        const std::size_t there = round == 0 ? 4 : 1; // what the publisher had goes with the first daemon
         ASSERT_TRUE(daemon.stop());
-        ASSERT_TRUE(runMainContextUntil([&] { return delegate.countOfAll("removed ") == there; }, Seconds(5)));
+        ASSERT_TRUE(runMainContextUntil(
+            [&] { return delegate.countOfAll("removed ") == static_cast<int>(there); }, Seconds(5)));
         EXPECT_FALSE(delegate.lastRemovalHadMoreComing);
         EXPECT_EQ(delegate.count("removed Attic"), 1);
         ASSERT_TRUE(daemon.start());
         ASSERT_TRUE(runUntilHeard("found Attic"));
         runOn();
-        EXPECT_EQ(delegate.heard.size(), there + 1U);
+        EXPECT_EQ(delegate.heard.size(), there + 1);
         delegate.heard.clear();
     }
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Tests/Integration/AvahiPublisher.h"
 
+#include "Tests/Platform/GlibTurns.h"
+
 #include <avahi-client/client.h>
 #include <avahi-client/publish.h>
 #include <avahi-common/error.h>
@@ -24,8 +26,10 @@ AvahiPublisher::~AvahiPublisher() = default;
 
 void AvahiPublisher::publish(
     const std::string& name, const std::string& type, const std::vector<std::string>& strings, int interface) {
+    // A daemon that was just started is not on the bus at once.
+    ASSERT_TRUE(runMainContextUntil([this] { return m_connection.client() != nullptr; }, Seconds(10)))
+        << m_connection.failure();
     auto* client = m_connection.client();
-    ASSERT_TRUE(client) << m_connection.failure();
     AvahiStringList* list = nullptr;
     for (const auto& each : strings)
         list = avahi_string_list_add(list, each.c_str());

@@ -24,7 +24,8 @@ public:
     AvahiPublisher& operator=(const AvahiPublisher&) = delete;
     ~AvahiPublisher();
 
-    /// The type with the dot at its end. One that is published already gets these strings.
+    /// The type with the dot at its end. Waits for the daemon, running the main context. One that is published already
+    /// gets these strings.
     void publish(const std::string& name, const std::string& type, const std::vector<std::string>& strings = {},
         int interface = everyInterface);
     void withdraw(const std::string& name, const std::string& type, int interface = everyInterface);

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <spawn.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,7 +29,16 @@ bool OwnBus::start() {
     char* argv[] { arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr };
     if (posix_spawnp(&m_child, argv[0], nullptr, nullptr, argv, environ) != 0)
         return false;
-    return runMainContextUntil([this] { return std::filesystem::exists(m_socket); }, Seconds(10));
+    return runMainContextUntil([this] { return accepts(); }, Seconds(10));
+}
+
+bool OwnBus::accepts() const {
+    sockaddr_un address { AF_UNIX, {} };
+    m_socket.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool result = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    close(descriptor);
+    return result;
 }
 
 void OwnBus::kill() {

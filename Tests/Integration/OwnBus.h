@@ -22,6 +22,8 @@ public:
     void kill();
 
 private:
+    [[nodiscard]] bool accepts() const;
+
     TemporaryFolder m_folder;
     const std::string m_socket;
     pid_t m_child = 0;
