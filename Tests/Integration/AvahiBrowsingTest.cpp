@@ -202,6 +202,8 @@ TEST_F(AvahiBrowsingTest, fiveHundredServicesComeAndGoAndLeaveNothingBehind) {
     AvahiPublisher publisher;
     const auto browser = makeSearch();
     ASSERT_TRUE(runUntilHeard("found Attic"));
+    // Set where this test is added: with the allocator's cache, what is in use cannot be counted.
+    ASSERT_TRUE(std::getenv("GLIBC_TUNABLES"));
     int descriptors = 0;
     std::size_t memory = 0;
     for (int round = 0; round < 3; ++round) {
@@ -228,7 +230,7 @@ TEST_F(AvahiBrowsingTest, fiveHundredServicesComeAndGoAndLeaveNothingBehind) {
             memory = used;
         }
         EXPECT_EQ(openDescriptors(), descriptors);
-        EXPECT_LT(used, memory + 40 * 2 * many); // so much as one small block for each would be more
+        EXPECT_LT(used, memory + 16 * 2 * many); // the smallest block for each would be more
         RecordProperty("bytes in use after round " + std::to_string(round), std::to_string(used));
     }
 }

@@ -38,7 +38,16 @@ bool AvahiDaemon::stop() {
     const auto pid = runningDaemon();
     if (pid > 0 && ::kill(pid, SIGTERM) != 0)
         return false;
-    const bool ended = runMainContextUntil([] { return !std::filesystem::exists(pidFile); }, patience);
+    const bool ended = runMainContextUntil(
+        [this] {
+            // One that was not ready for the signal yet leaves its file.
+            if (m_child > 0 && waitpid(m_child, nullptr, WNOHANG) == m_child) {
+                m_child = 0;
+                std::filesystem::remove(pidFile);
+            }
+            return !std::filesystem::exists(pidFile);
+        },
+        patience);
     if (m_child > 0) {
         if (!ended)
             ::kill(m_child, SIGKILL);
