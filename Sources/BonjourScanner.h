@@ -29,6 +29,8 @@ public:
     void searchForDomains();
     void stopSearch();
 
+    /// False at all times; nothing depends on it.
+    [[nodiscard]] bool searching() const { return m_searching; }
     [[nodiscard]] const OptionalText& serviceType() const { return m_serviceType; }
     void setServiceType(OptionalText type) { m_serviceType = std::move(type); }
     [[nodiscard]] const OptionalText& serviceDomain() const { return m_serviceDomain; }
@@ -55,6 +57,7 @@ private:
     void post(int action, const NetServiceInstance& service);
 
     const DiscoveryEnvironment& m_environment;
+    const bool m_searching = false;
     const std::unique_ptr<NetServiceBrowser> m_mbrowser;
     std::optional<std::vector<std::string>> m_bonjourServices;
     OptionalText m_serviceType = "_afpovertcp._tcp.";

@@ -39,6 +39,7 @@ protected:
 };
 
 TEST_F(BonjourScannerTest, aNewScannerIsIdle) {
+    EXPECT_FALSE(scanner->searching());
     EXPECT_EQ(scanner->serviceType(), "_afpovertcp._tcp.");
     EXPECT_EQ(scanner->serviceDomain(), "");
     EXPECT_EQ(scanner->bonjourServices(), std::nullopt);
@@ -65,6 +66,7 @@ TEST_F(BonjourScannerTest, eachInstanceIsAnnouncedWhenItComesAndWhenItGoes) {
     EXPECT_THAT(posted, IsEmpty());
     discovery.advance();
     EXPECT_THAT(posted, ElementsAre("+Attic _smb._tcp."));
+    EXPECT_FALSE(scanner->searching());
     discovery.announce("Cellar", smb);
     discovery.withdraw("Attic", smb);
     discovery.advance();
