@@ -23,6 +23,8 @@ constexpr const char* defaultReachabilityTarget = "example.com";
 /// Tells whether one chosen host can be reached without bringing up a connection first. Main thread only.
 class Reachability final {
 public:
+    using Queries = std::map<std::string, std::unique_ptr<ReachabilityQuery>>; ///< by host name
+
     explicit Reachability(const DiscoveryEnvironment& environment);
     ~Reachability();
     Reachability(const Reachability&) = delete;
@@ -33,9 +35,9 @@ public:
     void setNetworkStatusNotificationsEnabled(bool enabled) { m_networkStatusNotificationsEnabled = enabled; }
     [[nodiscard]] const OptionalText& hostName() const { return m_hostName; }
     void setHostName(OptionalText hostName) { m_hostName = std::move(hostName); }
-    [[nodiscard]] const std::map<std::string, std::unique_ptr<ReachabilityQuery>>& reachabilityQueries() const {
-        return m_reachabilityQueries;
-    }
+    [[nodiscard]] const Queries& reachabilityQueries() const { return m_reachabilityQueries; }
+    /// They must be this object's own. Those that it had end silently.
+    void setReachabilityQueries(Queries queries) { m_reachabilityQueries = std::move(queries); }
 
     /// 0: not reachable or not known yet; 1: reachable. The first call for a host name starts its watch. Throws
     /// std::logic_error without a host name, with an empty one, and for one that the system cannot watch.
@@ -52,7 +54,7 @@ private:
     const DiscoveryEnvironment& m_environment;
     bool m_networkStatusNotificationsEnabled = false;
     OptionalText m_hostName;
-    std::map<std::string, std::unique_ptr<ReachabilityQuery>> m_reachabilityQueries;
+    Queries m_reachabilityQueries;
 };
 
 } // namespace quorrel

@@ -167,6 +167,24 @@ TEST_F(ReachabilityTest, aQueryThatLostItsReferenceIsReplaced) {
     EXPECT_EQ(reachability->reachabilityQueries().size(), 1U);
 }
 
+TEST_F(ReachabilityTest, queriesThatAreSetTakeThePlaceOfTheOthers) {
+    reachability->setHostName("gate");
+    EXPECT_EQ(reachability->remoteHostStatus(), 0);
+    Reachability::Queries queries;
+    const auto& query = queries["attic"] = std::make_unique<ReachabilityQuery>(*reachability);
+    query->setReachabilityRef(network.createWithName("attic"));
+    query->scheduleOnRunLoop(&runLoop);
+    reachability->setReachabilityQueries(std::move(queries));
+    EXPECT_THAT(network.alive(), ElementsAre("attic"));
+    network.change("gate", reachable);
+    EXPECT_EQ(changes, 0);
+    network.change("attic", reachable);
+    EXPECT_EQ(changes, 1);
+    reachability->setHostName("attic");
+    EXPECT_EQ(reachability->remoteHostStatus(), 1);
+    EXPECT_THAT(network.requests(), ElementsAre("gate", "attic"));
+}
+
 TEST_F(ReachabilityTest, aQueryIsScheduledOncePerRunLoop) {
     FakeRunLoop another { queue };
     reachability->setHostName("gate");
