@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -106,6 +108,18 @@ TEST_F(HostFileScannerTest, whatIsNoReadableFileAddsNothing) {
     scan(&owner.names);
     EXPECT_THAT(owner.names.snapshot(), IsEmpty());
     EXPECT_THAT(sink.texts(), testing::SizeIs(10));
+}
+
+TEST_F(HostFileScannerTest, aFileThatIsTooLargeToBeAHostsFileAddsNothing) {
+    const std::string names = "10.0.0.5 nas\n";
+    constexpr std::uintmax_t largest = std::uintmax_t { 64 } << 20U;
+    folder.put("hosts", names);
+    std::filesystem::resize_file(environment.hostsPath, largest + 1); // a hole, which takes no room
+    scan(&owner.names);
+    EXPECT_THAT(owner.names.snapshot(), IsEmpty());
+    std::filesystem::resize_file(environment.hostsPath, names.size());
+    scan(&owner.names);
+    EXPECT_THAT(owner.names.snapshot(), ElementsAre("nas"));
 }
 
 TEST_F(HostFileScannerTest, withoutAListOnlyTheBeginningAndTheEndAreLogged) {
