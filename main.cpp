@@ -75,6 +75,7 @@ int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly,
     running = &program;
     const int status = program.run();
     running = nullptr;
+    assembly.endTools();
     // Workers may hang in what they do for a server; nothing that they use may be destroyed under them.
     std::fflush(nullptr);
     _exit(status);
@@ -95,15 +96,19 @@ int main(int argumentCount, char** arguments) {
     qInstallMessageHandler(handleMessage);
 
     std::atomic<DesktopProgram*> running = nullptr;
-    const SignalWatch signalWatch([&running](int signal) {
+    std::atomic<LinuxAssembly*> assembled = nullptr;
+    const SignalWatch signalWatch([&](int signal) {
         if (auto* program = running.load()) {
             program->quit();
             std::this_thread::sleep_for(patience);
         }
+        if (auto* assembly = assembled.load())
+            assembly->endTools();
         _exit(128 + signal);
     });
     const auto resources = ResourcePaths::find();
     LinuxAssembly assembly(paths, resources.locale, resources.icons);
+    assembled = &assembly;
     const QApplication application(argumentCount, arguments);
     return runOnDesktop(running, assembly, resources, QCoreApplication::applicationFilePath().toStdString());
 }

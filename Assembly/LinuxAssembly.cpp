@@ -17,7 +17,7 @@ LinuxAssembly::LinuxAssembly(
     , m_workspace({ paths.data, paths.temporary, iconsFolder, paths.systemBus })
     , m_volumes(m_log, m_preferences, { paths.home, paths.runtime.value_or(std::string()) })
     , m_mounting { m_volumes, m_childProcess, m_clock, m_log, m_strings }
-    , m_resolving { m_discovery, m_childProcess, m_log } { }
+    , m_resolving { m_discovery, m_tools, m_log } { }
 
 ProgramEnvironment LinuxAssembly::environment() {
     return { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_propertyListFile, m_workspace, m_strings,
@@ -28,8 +28,8 @@ const DiscoveryEnvironment& LinuxAssembly::discovery() {
     if (!m_watching) {
         m_volumeWatch.emplace(
             LinuxVolumeWatch::Settings { m_paths.home, m_paths.runtime.value_or(std::string()), m_paths.sessionBus });
-        m_watching.emplace(DiscoveryEnvironment { m_discovery, *m_volumeWatch, m_reachability, m_runLoop,
-            m_childProcess, m_workspace, m_notificationCenter, m_log });
+        m_watching.emplace(DiscoveryEnvironment { m_discovery, *m_volumeWatch, m_reachability, m_runLoop, m_tools,
+            m_workspace, m_notificationCenter, m_log });
     }
     return *m_watching;
 }

@@ -40,6 +40,8 @@ public:
     [[nodiscard]] const StandardPaths& paths() const { return m_paths; }
     [[nodiscard]] GlibRunLoop& runLoop() { return m_runLoop; }
     [[nodiscard]] VolumeService& volumes() { return m_volumes; }
+    /// Ends the tools that look up names: right before the process ends. Any thread.
+    void endTools() { m_tools.endAll(); }
 
 private:
     const StandardPaths m_paths;
@@ -54,6 +56,7 @@ private:
     PlistFile m_propertyListFile;
     LinuxWorkspace m_workspace;
     PosixChildProcess m_childProcess;
+    PosixChildProcess m_tools; // they end with the program, which the user's scripts do not
     LinuxVolumeService m_volumes;
     AvahiServiceDiscovery m_discovery;
     MountEnvironment m_mounting;

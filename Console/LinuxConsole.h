@@ -25,6 +25,9 @@ public:
     [[nodiscard]] ConsoleEnvironment environment(
         const std::string& version, const std::function<std::string()>& beginAnew);
 
+    /// Ends the tools that look up names: right before the process ends. Any thread.
+    void endTools() { m_assembly.endTools(); }
+
 private:
     LinuxAssembly m_assembly;
     FileOutput m_output;

@@ -56,13 +56,17 @@ int main(int argumentCount, char** arguments) {
 
     WakeSignal isMade;
     std::atomic<ConsoleProgram*> running = nullptr;
+    std::atomic<LinuxConsole*> assembled = nullptr;
     std::optional<SignalWatch> signals(std::in_place, [&](int signal) {
         isMade.waitFor(patience);
         auto* program = running.load();
         const auto status = program ? program->interrupt(signal) : 128 + signal;
+        if (!status)
+            return;
+        if (auto* console = assembled.load())
+            console->endTools();
         // Not `exit`: that would run destructors under threads that still work.
-        if (status)
-            _exit(*status);
+        _exit(*status);
     });
 
     // Standard error becomes the log, for library warnings too; the user is spoken to on what it was.
@@ -72,6 +76,7 @@ int main(int argumentCount, char** arguments) {
 
     const char* terminalType = std::getenv("TERM");
     LinuxConsole console(paths, STDOUT_FILENO, errors, terminalType != nullptr ? terminalType : "");
+    assembled = &console;
     ConsoleProgram program(console.environment(QUORREL_VERSION, [&] { return beginAnew(signals, errors, arguments); }));
     running = &program;
     isMade.signal();

@@ -122,6 +122,19 @@ TEST_F(PosixChildProcessTest, aBackgroundChildThatKeepsTheOutputOpenIsWaitedFor)
     EXPECT_EQ(output, "early\nlate\n");
 }
 
+TEST_F(PosixChildProcessTest, childrenOfAProgramThatEndsEndWithIt) {
+    const auto gate = folder.path("gate");
+    ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
+    const auto started = folder.path("started");
+    ASSERT_EQ(::mkfifo(started.c_str(), 0600), 0);
+    std::thread runner([&] { shell("echo >\"$1\"; exec sleep 600", { started }); });
+    // Opened when the child has opened it, too.
+    const FileDescriptor isStarted(::open(started.c_str(), O_RDONLY | O_CLOEXEC));
+    process.endAll();
+    runner.join();
+    EXPECT_TRUE(shell("exec sleep 600").started) << "one that is started afterwards ends as well";
+}
+
 TEST_F(PosixChildProcessTest, signalsToThisProcessDoNotCutTheOutputShort) {
     struct sigaction action { };
     struct sigaction before { };
