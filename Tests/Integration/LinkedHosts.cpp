@@ -38,6 +38,8 @@ LinkedHosts::LinkedHosts()
     : m_machine(spawn("unshare --net setpriv --pdeathsig KILL sleep 900")) {
     m_isReady = waitUntil([this] { return hasNetworkOfItsOwn(m_machine); })
         && here("ip link add qr0 type veth peer name qr1 netns " + std::to_string(m_machine))
+        // Addresses that the links give themselves would come in the middle of a test.
+        && here("ip link set qr0 addrgenmode none") && there("ip link set qr1 addrgenmode none")
         && there("ip link set lo up") && connect() && startNameServer();
 }
 
