@@ -15,7 +15,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSet>
 #include <QSpinBox>
+#include <QStringList>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -76,8 +78,12 @@ AddMountForm::AddMountForm(const DesktopEnvironment& environment, AddMountWindow
 
     showFields();
     m_serverName->setFocus();
-    m_fields = controller.observeAll([this](std::string_view, Change change) {
-        if (change == Change::Did)
+    m_fields = controller.observeAll([this](std::string_view key, Change change) {
+        if (change != Change::Did)
+            return;
+        if (key == "serverNames")
+            showServerNames();
+        else
             showFields();
     });
 }
@@ -112,9 +118,7 @@ void AddMountForm::addServerRows(QFormLayout& form) {
     m_serverName->setInsertPolicy(QComboBox::NoInsert);
     m_serverName->setMinimumContentsLength(fieldWidth);
     m_serverName->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    for (const auto& name : m_controller.serverNames())
-        m_serverName->addItem(QString::fromStdString(name));
-    m_serverName->setCurrentIndex(-1); // or the first of them could not be reached with the arrow keys
+    showServerNames();
     // In a list of its own: completed within the line, a name that starts another server's could not be typed.
     m_serverName->completer()->setCompletionMode(QCompleter::PopupCompletion);
     m_serverName->completer()->setFilterMode(Qt::MatchContains);
@@ -276,6 +280,38 @@ void AddMountForm::showFields() {
     m_showsFields = showed;
     enableControls();
     showNotice(m_controller.isEditedMountRemoved());
+}
+
+void AddMountForm::showServerNames() {
+    QStringList names;
+    for (const auto& name : m_controller.serverNames())
+        names.append(QString::fromStdString(name));
+    const auto& line = *m_serverName->lineEdit();
+    const auto text = line.text();
+    const int cursor = line.cursorPosition();
+    const int selected = m_serverName->currentIndex();
+    const bool showed = std::exchange(m_showsFields, true);
+    const QSet<QString> wanted(names.begin(), names.end());
+    for (int row = m_serverName->count() - 1; row >= 0; --row)
+        if (!wanted.contains(m_serverName->itemText(row)))
+            m_serverName->removeItem(row);
+    // In runs, since a box hears of ten thousand names at once far sooner than of each.
+    for (int row = 0; row < names.size(); ++row) {
+        int end = row;
+        const auto next = row < m_serverName->count() ? m_serverName->itemText(row) : QString();
+        while (end < names.size() && names[end] != next)
+            ++end;
+        if (end > row)
+            m_serverName->insertItems(row, names.mid(row, end - row));
+        row = end;
+    }
+    if (selected < 0)
+        m_serverName->setCurrentIndex(-1); // or the first of them could not be reached with the arrow keys
+    if (line.text() != text) {
+        m_serverName->setEditText(text);
+        m_serverName->lineEdit()->setCursorPosition(cursor);
+    }
+    m_showsFields = showed;
 }
 
 void AddMountForm::showNotice(bool isShown) {

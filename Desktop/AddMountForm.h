@@ -54,6 +54,8 @@ private:
     void onEdit(Control* control, Signal signal, Write write);
 
     void showFields();
+    /// Beside what the user types meanwhile.
+    void showServerNames();
     void showNotice(bool isShown);
     void enableControls();
 

@@ -284,6 +284,11 @@ AddMountWindowController::SharePointPointer AddMountWindowController::newSharePo
     return result;
 }
 
+void AddMountWindowController::serverNamesChanged() {
+    willChangeValueForKey("serverNames");
+    didChangeValueForKey("serverNames");
+}
+
 std::vector<std::string> AddMountWindowController::serverNames() const {
     std::set<std::pair<std::string, std::string>> sorted; // in lower case, then as it is
     const auto add = [&](const std::string& name) {

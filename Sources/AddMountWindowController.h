@@ -58,8 +58,10 @@ public:
     [[nodiscard]] bool isEdit() const { return m_isEdit; }
     /// From `showSheetForWindow` to `didEndSheet`; meanwhile no other run is to be prepared.
     [[nodiscard]] bool isShown() const { return m_sheet != nullptr; }
-    /// What the combo box offers: the catalogue's hosts and the servers seen, each once, sorted.
+    /// What the combo box offers: the catalogue's hosts and the servers seen, each once, sorted. Observable.
     [[nodiscard]] std::vector<std::string> serverNames() const;
+    /// For whoever knows that servers came or went.
+    void serverNamesChanged();
     /// Whether the share point that was edited is out of the catalogue, because what it was to become stood there
     /// already; saving under another name brings it back. Observable under "isEditedMountRemoved".
     [[nodiscard]] bool isEditedMountRemoved() const { return m_isEditedMountRemoved.get(); }

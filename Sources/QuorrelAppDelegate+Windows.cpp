@@ -45,6 +45,7 @@ void QuorrelAppDelegate::unbindLists() {
     m_selectionSubscription.cancel();
     m_sharePointsSubscription.cancel();
     m_endsSubscription.cancel();
+    m_namesSubscription.cancel();
     if (auto* windows = m_environment.windows) {
         windows->application.setDelegate(nullptr);
         windows->window.bindMountsList(nullptr);
@@ -57,17 +58,22 @@ void QuorrelAppDelegate::validateActions() {
         windows->window.validateActions();
 }
 
-void QuorrelAppDelegate::validateActionsSoon() {
-    // Some of them look at every share: servers that come by the hundred must not have each of them do so.
-    if (!m_environment.windows || m_isValidationDue.exchange(true))
+void QuorrelAppDelegate::soon(std::atomic<bool> QuorrelAppDelegate::*isDue, void (QuorrelAppDelegate::*task)()) {
+    // Each looks at every share or every name: servers that come by the hundred must not have each of them do so.
+    if (!m_environment.windows || (this->*isDue).exchange(true))
         return;
-    m_environment.mainThreadQueue.post([weakSelf = std::weak_ptr(m_self)] {
+    m_environment.mainThreadQueue.post([weakSelf = std::weak_ptr(m_self), isDue, task] {
         const auto self = weakSelf.lock();
         if (!self)
             return;
-        (*self)->m_isValidationDue = false;
-        (*self)->validateActions();
+        (*self)->*isDue = false;
+        ((*self)->*task)();
     });
+}
+
+void QuorrelAppDelegate::serverNamesChanged() {
+    if (m_addMountWindowController && m_addMountWindowController->isShown())
+        m_addMountWindowController->serverNamesChanged();
 }
 
 void QuorrelAppDelegate::showHosts() {
@@ -154,6 +160,10 @@ AddMountWindowController* QuorrelAppDelegate::addMountWindowController() {
             m_environment.windows->addMountWindow, hosts, m_context, m_environment.notificationCenter);
         m_addMountWindowController->setHostsArrayController(&hostsArrayController);
         m_addMountWindowController->setBonjourServices(&bonjourServices);
+        m_namesSubscription = observe("bonjourServices", [this](std::string_view, Change change) {
+            if (change == Change::Did)
+                soon(&QuorrelAppDelegate::m_areNamesDue, &QuorrelAppDelegate::serverNamesChanged);
+        });
         m_addMountWindowController->setSavedHandler(
             [this](const SharePointPointer& saved) { onMainThread([this, saved] { selectSaved(saved); }); });
     }

@@ -199,7 +199,9 @@ private:
     /// For what neither list shows: the other hosts' shares and the queue.
     void validateActions();
     /// In a later turn of the run loop, once for all that ask until then. Any thread.
-    void validateActionsSoon();
+    void soon(std::atomic<bool> QuorrelAppDelegate::*isDue, void (QuorrelAppDelegate::*task)());
+    void validateActionsSoon() { soon(&QuorrelAppDelegate::m_isValidationDue, &QuorrelAppDelegate::validateActions); }
+    void serverNamesChanged();
     void showHosts();
     /// Selects the first host where none is selected.
     void selectSomeHost();
@@ -240,11 +242,13 @@ private:
     Subscription m_selectionSubscription;
     Subscription m_sharePointsSubscription;
     Subscription m_endsSubscription;
+    Subscription m_namesSubscription;
     HostPointer m_hostOnShow; // whose share points are listed
     bool m_isMountListShown = false; // has been, in this run
     bool m_isPrompting = false; // within the modal run of the prompt for a password
     bool m_isTerminating = false;
     std::atomic<bool> m_isValidationDue = false; // a task for it is posted
+    std::atomic<bool> m_areNamesDue = false; // likewise
     int m_postponed = 0; // tasks that waited for the prompt's answer and have not run yet
     std::shared_ptr<QuorrelAppDelegate*> m_self; // what tasks that were posted to the main thread hold weakly
 };

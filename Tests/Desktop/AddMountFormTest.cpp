@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/AddMountForm.h"
 
+#include "Foundation/TextList.h"
 #include "Tests/Desktop/AddMountFixture.h"
 #include "Tests/Desktop/WidgetWalk.h"
+#include "Tests/Fakes/ThreadTime.h"
 
 #include <gmock/gmock.h>
 
@@ -11,6 +13,8 @@
 #include <QSpinBox>
 
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace quorrel {
 
@@ -199,6 +203,70 @@ TEST_F(AddMountFormTest, TheKnownServersAreOfferedAndATypedNameIsTakenAsItIs) {
     EXPECT_EQ(controller->_Name.get(), "archive");
     QTest::keyClick(&fresh, Qt::Key_Down);
     EXPECT_EQ(controller->_Name.get(), "NAS");
+}
+
+TEST_F(AddMountFormTest, ServersThatAreFoundJoinTheListBesideWhatIsTyped) {
+    struct : Observable {
+        TextList names { *this, "names" };
+    } found;
+    controller->setBonjourServices(&found.names);
+    auto& sheet = add();
+    auto& servers = named<QComboBox>(sheet, "serverName");
+    const auto offered = [&] {
+        std::vector<std::string> result;
+        for (int row = 0; row < servers.count(); ++row)
+            result.push_back(servers.itemText(row).toStdString());
+        return result;
+    };
+    QTest::keyClicks(servers.lineEdit(), "nos");
+    QTest::keyClick(servers.lineEdit(), Qt::Key_Left);
+    for (const char* name : { "nas", "beamer" })
+        found.names.append(name);
+    controller->serverNamesChanged();
+    EXPECT_THAT(offered(), ElementsAre("beamer", "nas"));
+    EXPECT_EQ(servers.currentText(), "nos");
+    EXPECT_EQ(servers.lineEdit()->cursorPosition(), 2);
+    EXPECT_EQ(controller->_Name.get(), "nos");
+    EXPECT_EQ(servers.currentIndex(), -1);
+
+    servers.setCurrentIndex(1);
+    ASSERT_EQ(controller->_Name.get(), "nas");
+    for (const char* name : { "attic", "media", "Zoo" })
+        found.names.append(name);
+    controller->serverNamesChanged();
+    EXPECT_THAT(offered(), ElementsAre("attic", "beamer", "media", "nas", "Zoo"));
+    EXPECT_EQ(servers.currentIndex(), 3);
+    for (const char* name : { "nas", "attic" })
+        ASSERT_TRUE(found.names.removeFirst(name));
+    controller->serverNamesChanged();
+    EXPECT_THAT(offered(), ElementsAre("beamer", "media", "Zoo"));
+    EXPECT_EQ(servers.currentText(), "nas") << "the user's choice stays though its server went";
+    EXPECT_EQ(controller->_Name.get(), "nas");
+    controller->cancelMountSheet();
+    controller->setBonjourServices(nullptr);
+}
+
+TEST_F(AddMountFormTest, TenThousandServersDoNotFreezeTheSheet) {
+    struct : Observable {
+        TextList names { *this, "names" };
+    } found;
+    controller->setBonjourServices(&found.names);
+    const auto joining = [&](int first, int count) {
+        for (int number = first; number < first + count; ++number)
+            found.names.append("server-" + std::to_string(number * 7919 % 20'000) + ".example.com");
+        const auto start = threadTime();
+        controller->serverNamesChanged();
+        QCoreApplication::processEvents();
+        return threadTime() - start;
+    };
+    auto& sheet = add();
+    // Nothing in it grows with the square.
+    const auto small = joining(0, 2'000);
+    const auto large = joining(2'000, 10'000);
+    EXPECT_EQ(named<QComboBox>(sheet, "serverName").count(), 12'000);
+    EXPECT_LT(large, small * 12 + Seconds(0.1));
+    controller->cancelMountSheet();
+    controller->setBonjourServices(nullptr);
 }
 
 TEST_F(AddMountFormTest, WhatHasNoEffectIsGreyAndKeepsItsValue) {

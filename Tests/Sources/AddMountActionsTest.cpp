@@ -5,6 +5,11 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
 namespace quorrel {
 
 using ::testing::ElementsAre;
@@ -59,6 +64,34 @@ TEST_F(AddMountActionsTest, AddOpensTheSheetForTheSelectedHost) {
     EXPECT_FALSE(editor->_SharePoint.get());
     EXPECT_THAT(editor->serverNames(), ElementsAre("beamer", "nas"));
     EXPECT_THAT(sheet.events(), ElementsAre("focus share point", "begin"));
+}
+
+TEST_F(AddMountActionsTest, AnOpenSheetHearsOnceATurnOfServersThatAreFound) {
+    controller->addMountSheet();
+    auto* editor = sheet.controller();
+    ASSERT_NE(editor, nullptr);
+    std::vector<std::size_t> seen;
+    const auto mainThread = std::this_thread::get_id();
+    const auto names = editor->observe("serverNames", [&](std::string_view, Change change) {
+        EXPECT_EQ(std::this_thread::get_id(), mainThread);
+        if (change == Change::Did)
+            seen.push_back(editor->serverNames().size());
+    });
+    std::thread([&] {
+        for (int number = 0; number < 1000; ++number)
+            controller->bonjourServices.append("server " + std::to_string(number));
+    }).join();
+    EXPECT_THAT(seen, IsEmpty());
+    mainThreadQueue.runPending();
+    EXPECT_THAT(seen, ElementsAre(1000U));
+
+    announceService(0, "server 7", "_smb._tcp.");
+    mainThreadQueue.runPending();
+    EXPECT_THAT(seen, ElementsAre(1000U, 999U));
+    editor->cancelMountSheet();
+    announceService(0, "server 8", "_smb._tcp.");
+    mainThreadQueue.runPending();
+    EXPECT_THAT(seen, ElementsAre(1000U, 999U)) << "there is no sheet to show it";
 }
 
 TEST_F(AddMountActionsTest, WhatIsAddedIsInTheCatalogueAndInItsFile) {
