@@ -3,8 +3,6 @@
 
 #include <utility>
 
-#include <gio/gio.h>
-
 namespace quorrel {
 
 // The one monitor of the process is never given back. Its other signal tells what the kernel tells sooner.

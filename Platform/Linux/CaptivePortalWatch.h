@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-struct _GNetworkMonitor;
-struct _GObject;
-struct _GParamSpec;
-
 #include <functional>
+
+#include <gio/gio.h>
 
 namespace quorrel {
 
@@ -22,11 +20,11 @@ public:
     [[nodiscard]] bool isBehindPortal() const { return m_isBehindPortal; }
 
 private:
-    static void notified(_GObject* monitor, _GParamSpec* property, void* watch) noexcept;
+    static void notified(GObject* monitor, GParamSpec* property, void* watch) noexcept;
     [[nodiscard]] bool read() const;
 
     const std::function<void()> m_changed;
-    _GNetworkMonitor* const m_monitor;
+    GNetworkMonitor* const m_monitor;
     const unsigned long m_handler;
     bool m_isBehindPortal;
 };
