@@ -29,9 +29,10 @@ gboolean leave(gint /*descriptor*/, GIOCondition /*condition*/, gpointer /*unuse
 
 } // namespace
 
-BoundedLoop::BoundedLoop(Seconds deadline, const InterruptEvent& interrupted)
-    : m_interrupted(interrupted)
-    , m_context(g_main_context_new())
+BoundedLoop::BoundedLoop(MainContextPool& contexts, Seconds deadline, const InterruptEvent& interrupted)
+    : m_contexts(contexts)
+    , m_interrupted(interrupted)
+    , m_context(contexts.take())
     , m_deadline(SteadyClock::now() + ticks(deadline)) {
     g_main_context_push_thread_default(m_context.get());
     if (interrupted.descriptor() < 0)
@@ -42,12 +43,12 @@ BoundedLoop::BoundedLoop(Seconds deadline, const InterruptEvent& interrupted)
 }
 
 BoundedLoop::~BoundedLoop() {
-    // Cancelled calls answer through this context, a little later. One that finds nobody here any more keeps all it
-    // holds, the context with its descriptor among it, for as long as the process lives.
+    // Cancelled calls answer through this context, a little later, and let go of what they hold only then.
     run([this] { return *m_unanswered == 0; }, SteadyClock::now() + ticks(comingBack));
     for (int turn = 0; turn < 50 && g_main_context_iteration(m_context.get(), FALSE); ++turn) { }
     m_interruptWatch.reset();
     g_main_context_pop_thread_default(m_context.get());
+    m_contexts.giveBack(std::move(m_context));
 }
 
 BoundedLoop::Pending& BoundedLoop::Pending::operator=(Pending&& other) noexcept {

@@ -4,6 +4,7 @@
 #include "Foundation/Clock.h"
 #include "Platform/Linux/GlibPointers.h"
 #include "Platform/Linux/InterruptEvent.h"
+#include "Platform/Linux/MainContextPool.h"
 
 #include <chrono>
 #include <functional>
@@ -17,7 +18,8 @@ namespace quorrel {
 /// runs there and nowhere else. Each wait ends at the deadline or when the event is signalled.
 class BoundedLoop final {
 public:
-    BoundedLoop(Seconds deadline, const InterruptEvent& interrupted);
+    /// The pool and the event must outlive the loop.
+    BoundedLoop(MainContextPool& contexts, Seconds deadline, const InterruptEvent& interrupted);
     ~BoundedLoop();
     BoundedLoop(const BoundedLoop&) = delete;
     BoundedLoop& operator=(const BoundedLoop&) = delete;
@@ -69,8 +71,9 @@ private:
 
     bool run(const std::function<bool()>& condition, Moment limit);
 
+    MainContextPool& m_contexts;
     const InterruptEvent& m_interrupted;
-    const GlibPointer<GMainContext> m_context;
+    GlibPointer<GMainContext> m_context;
     GlibPointer<GSource> m_interruptWatch;
     const std::shared_ptr<int> m_unanswered = std::make_shared<int>(0); ///< calls begun that have not come back
     Moment m_deadline;

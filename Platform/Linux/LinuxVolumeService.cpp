@@ -71,6 +71,7 @@ LinuxVolumeService::LinuxVolumeService(Log& log, const Preferences& preferences,
     : m_log(log)
     , m_preferences(preferences)
     , m_settings(settings)
+    , m_contexts(std::make_unique<MainContextPool>())
     , m_links(settings.homeDirectory, settings.runtimeDirectory + "/gvfs")
     , m_formerMounts(settings.runtimeDirectory) { }
 
@@ -88,7 +89,7 @@ MountReply LinuxVolumeService::mountServerVolume(const MountRequest& request) {
         m_log.line("Cannot mount: %@", { parsed.reason });
         return { parsed.status, 0 };
     }
-    BoundedLoop loop(m_settings.mountDeadline, m_interrupted);
+    BoundedLoop loop(*m_contexts, m_settings.mountDeadline, m_interrupted);
     return mount(loop, *parsed.location, request.volumeName);
 }
 
@@ -264,7 +265,7 @@ std::int32_t LinuxVolumeService::unmountVolume(std::int16_t volumeReference) {
         m_log.line("Cannot unmount: no volume has the reference %@", { std::to_string(volumeReference) });
         return noSuchVolume;
     }
-    BoundedLoop loop(m_settings.unmountDeadline, m_interrupted);
+    BoundedLoop loop(*m_contexts, m_settings.unmountDeadline, m_interrupted);
     MountTracker tracker(loop);
     if (std::string reason; !tracker.connect(reason)) {
         m_log.line("Cannot unmount %@ without a session bus: %@", { entry->description.volumeName, reason });
@@ -370,7 +371,7 @@ std::vector<MountedVolume> LinuxVolumeService::mountedVolumes() {
     std::vector<MountedVolume> result;
     if (m_interrupted.isSignalled())
         return result;
-    BoundedLoop loop(m_settings.listDeadline, m_interrupted);
+    BoundedLoop loop(*m_contexts, m_settings.listDeadline, m_interrupted);
     MountTracker tracker(loop);
     if (std::string reason; !tracker.connect(reason)) {
         m_log.line("Cannot list the volumes without a session bus: %@", { reason });

@@ -12,6 +12,7 @@
 #include "Platform/VolumeService.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@
 namespace quorrel {
 
 class BoundedLoop;
+class MainContextPool;
 class MountTracker;
 struct GvfsLocation;
 struct GvfsMount;
@@ -26,9 +28,10 @@ struct MountFailure;
 
 /// Server volumes through GIO and gvfs, with a link for each in the user's folder of volumes.
 ///
-/// Any thread; every call works in a context of its own on its caller's thread. What is mounted is never remembered but
-/// asked of gvfs anew, since any program may mount and unmount; only the numbers of the volumes are kept. Several
-/// volumes may lie in one mount of gvfs: it goes together with the last of them. Reasons of failures go to the log.
+/// Any thread; every call works in a context that nobody else uses meanwhile, on its caller's thread. What is mounted
+/// is never remembered but asked of gvfs anew, since any program may mount and unmount; only the numbers of the volumes
+/// are kept. Several volumes may lie in one mount of gvfs: it goes together with the last of them. Reasons of failures
+/// go to the log.
 class LinuxVolumeService final : public VolumeService {
 public:
     struct Settings final {
@@ -77,6 +80,7 @@ private:
     const Preferences& m_preferences;
     const Settings m_settings;
     InterruptEvent m_interrupted;
+    const std::unique_ptr<MainContextPool> m_contexts; // GLib stays out of this header
     VolumeLinks m_links;
     const FormerMounts m_formerMounts;
     VolumeReferences m_references;
