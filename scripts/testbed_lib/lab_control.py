@@ -60,6 +60,11 @@ class Machine:
     def give_card_back(self):
         self.run("ip", "-batch", "-", text="\n".join(lab.cable_commands(self.address, self._gateway)) + "\n")
 
+    def serves(self, port):
+        """Whether something accepts connections there, whatever its cable carries."""
+        with namespaces.network_of(self.pid):
+            return accepts_tcp(self.address, port)
+
     # ---- its daemons ---------------------------------------------------
 
     def pid_of(self, daemon):
