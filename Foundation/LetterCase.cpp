@@ -32,6 +32,7 @@ constexpr std::array capitals {
     Capitals { 0x038E, 0x038F, 0x3F },
     Capitals { 0x0391, 0x03A1, 0x20 },
     Capitals { 0x03A3, 0x03AB, 0x20 },
+    Capitals { 0x03C2, 0x03C2, 1 }, // no capital, but the form of one's small letter at the end of a word
     Capitals { 0x0400, 0x040F, 0x50 },
     Capitals { 0x0410, 0x042F, 0x20 },
     Capitals { 0x048A, 0x04BF, 1 },

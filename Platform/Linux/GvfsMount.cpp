@@ -11,14 +11,14 @@ namespace quorrel {
 
 namespace {
 
-/// As gvfs folds a share's name: not only ASCII has capitals.
+/// As gvfs folds a share's name: not only ASCII has capitals, and some small letters have two forms.
 std::string folded(const std::string& text) {
-    const std::unique_ptr<gchar, decltype(&g_free)> lower(
+    const std::unique_ptr<gchar, decltype(&g_free)> plain(
         g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr)
-            ? g_utf8_strdown(text.data(), static_cast<gssize>(text.size()))
+            ? g_utf8_casefold(text.data(), static_cast<gssize>(text.size()))
             : nullptr,
         g_free);
-    return lower ? std::string(lower.get()) : Text::lowerCase(text);
+    return plain ? std::string(plain.get()) : Text::lowerCase(text);
 }
 
 /// The rest of the path below the prefix; absent when it is not below it.

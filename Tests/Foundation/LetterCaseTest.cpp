@@ -14,9 +14,13 @@ TEST(LetterCaseTest, capitalsOfThreeAlphabetsBecomeSmall) {
     EXPECT_EQ(foldedCase("ЁЏ АЯ Ґ Ө"), "ёџ ая ґ ө");
 }
 
+TEST(LetterCaseTest, theLastLetterOfAGreekWordIsNoOther) {
+    EXPECT_EQ(foldedCase("ΚΟΙΝΌΣ κοινός"), "κοινόσ κοινόσ");
+}
+
 TEST(LetterCaseTest, whatIsNoCapitalStays) {
     for (const std::string text :
-        { "àöøþÿ×÷ß", "ăĳĺŉŋž", "άαςσώ", "аяёґ", "İıĸſ", "日本語 €😀", "\xC3", "\xC3(", "\x80\xFF", "" })
+        { "àöøþÿ×÷ß", "ăĳĺŉŋž", "άασώ", "аяёґ", "İıĸſ", "日本語 €😀", "\xC3", "\xC3(", "\x80\xFF", "" })
         EXPECT_EQ(foldedCase(text), text);
 }
 

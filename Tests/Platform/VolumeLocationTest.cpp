@@ -131,6 +131,8 @@ TEST(GvfsMountTest, LocationsAreFoundInTheirMount) {
     EXPECT_EQ(mount.pathWithin(locationOf("smb://FILES/Mixed%20Case/a")), "a");
     EXPECT_FALSE(mount.pathWithin(locationOf("smb://files/Mixed%20Case", "me", "x")));
     EXPECT_FALSE(mount.pathWithin(locationOf("smb://files:4450/Mixed%20Case")));
+    mount.share = "κοινόσ"; // as gvfs folds it
+    EXPECT_EQ(mount.pathWithin(locationOf("smb://files/%CE%9A%CE%BF%CE%B9%CE%BD%CF%8C%CF%82")), "");
     EXPECT_TRUE(mount.covers("/run/gvfs/smb/a"));
     EXPECT_FALSE(mount.covers("/run/gvfs/smb-other"));
     mount.type = "dav";
