@@ -109,13 +109,15 @@ void SessionBus::release() {
 }
 
 void SessionBus::await() {
-    if (const auto socket = socketOf(m_address); !m_folder && !socket.empty()) {
+    if (const auto socket = socketOf(m_address); !socket.empty() && (!m_folder || !m_folder->isWatching())) {
         const auto slash = socket.rfind('/');
         m_folder.emplace(socket.substr(0, slash) + "/.", socket.substr(slash + 1), [this] {
             m_delay = Seconds(0);
             if (!m_link)
                 tryLater();
         });
+        if (m_folder->isWatching())
+            m_delay = Seconds(0); // the socket may have come just before
     }
     tryLater();
 }

@@ -189,6 +189,21 @@ TEST_F(GvfsMountWatchTest, aBusThatIsWaitedForForLongIsFoundAtOnce) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
 }
 
+TEST_F(GvfsMountWatchTest, aBusWhoseFolderComesLaterIsFoundAtOnceToo) {
+    const TemporaryFolder session;
+    watchBus("unix:path=" + session.path("runtime/bus"));
+    runOn(Seconds(0.05));
+    std::filesystem::create_directory_symlink(
+        std::filesystem::path(bus.socket()).parent_path(), session.path("runtime"));
+    runOn(Seconds(3.5)); // between two tries that are far apart by then
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(bus.start());
+    daemon = makeDaemon();
+    daemon->mount("one");
+    EXPECT_TRUE(comesTo({ "one" }));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
 TEST_F(GvfsMountWatchTest, mountsGoWithTheBusAndComeWithTheNext) {
     ASSERT_TRUE(bus.start());
     daemon = makeDaemon();
