@@ -11,7 +11,7 @@ namespace quorrel {
 
 /// What is known of a mounted volume.
 struct VolumeDescription final {
-    std::optional<std::string> volumeName; ///< the share's name
+    std::optional<std::string> volumeName; ///< the share's name, with the path of a folder in it
     std::optional<std::string> volumeKind; ///< smbfs, afpfs, webdav, ftp, nfs, or what the system calls it
     std::optional<std::string> volumePath; ///< a URL; its last component is the share's name, "-1" and so on behind it
     bool isNetwork = false;

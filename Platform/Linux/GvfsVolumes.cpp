@@ -22,8 +22,8 @@ struct Kind final {
 
 /// Servers. gvfs mounts much else: the trash, cameras, archives, lists of servers.
 constexpr std::array kinds {
-    Kind { "smb-share", "smbfs", false },
-    Kind { "afp-volume", "afpfs", false },
+    Kind { "smb-share", "smbfs", true },
+    Kind { "afp-volume", "afpfs", true },
     Kind { "dav", "webdav", true },
     Kind { "dav+sd", "webdav", true },
     Kind { "davs+sd", "webdav", true },

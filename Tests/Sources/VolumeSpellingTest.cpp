@@ -54,11 +54,26 @@ TEST_F(VolumeSpellingTest, letterCaseCountsElsewhereAndSlashesAroundDoNot) {
     addSharePoint(host, webDav, "/share/");
     addSharePoint(host, secureWebDav, "a/b/");
     addSharePoint(host, ftp, "/pub");
+    addSharePoint(host, afp, "Private/");
     EXPECT_EQ(spelled("share", "webdav"), "/share/");
     EXPECT_EQ(spelled("a/b", "webdav"), "a/b/");
     EXPECT_EQ(spelled("pub", "ftp"), "/pub");
     EXPECT_EQ(spelled("Share", "webdav"), "Share");
     EXPECT_EQ(spelled("Pub", "ftp"), "Pub");
+    EXPECT_EQ(spelled("Private", "afpfs"), "Private/");
+    EXPECT_EQ(spelled("private", "afpfs"), "private");
+}
+
+TEST_F(VolumeSpellingTest, aFolderOfAShareIsFoundByItsWholePath) {
+    const auto host = addHost("server");
+    addSharePoint(host, smb, "Folder");
+    addSharePoint(host, smb, "/Public/Folder");
+    VolumeDescription volume { "public/folder", "smbfs", std::nullopt, true, {} };
+    EXPECT_EQ(spelledAsInCatalogue("folder", volume, catalogue), "/Public/Folder");
+    volume.volumeName = "other/folder";
+    EXPECT_EQ(spelledAsInCatalogue("folder", volume, catalogue), "Folder");
+    volume.volumeName = "folder";
+    EXPECT_EQ(spelledAsInCatalogue("folder", volume, catalogue), "Folder");
 }
 
 TEST_F(VolumeSpellingTest, sharesOfOtherServicesGiveNoName) {
