@@ -40,14 +40,21 @@ const Kind* kindOf(const GvfsMount& mount) {
     return found == kinds.end() || !mount.isUserVisible ? nullptr : found;
 }
 
-/// Without the readable path, which gvfs may tell later than the rest.
+constexpr char divider = '\n';
+
+/// What one server has in one place. gvfs mounts it once for each login; it comes with the first of them and goes with
+/// the last, since whoever hears of it cannot tell them apart.
 std::string identityOf(const GvfsMount& mount) {
-    constexpr char divider = '\n';
     std::string identity = mount.type;
-    for (const auto& part : { mount.host, std::to_string(mount.port), mount.share, mount.domain, mount.user,
+    for (const auto& part : { mount.host, std::to_string(mount.port), mount.share,
              std::string(mount.isSecure ? "secure" : ""), mount.prefix })
         identity.append(1, divider).append(part);
     return identity + divider;
+}
+
+/// Without the readable path, which gvfs may tell later than the rest.
+std::string identityWithLogin(const GvfsMount& mount) {
+    return identityOf(mount) + mount.domain + divider + mount.user;
 }
 
 } // namespace
@@ -60,8 +67,9 @@ GvfsVolumes::Volumes GvfsVolumes::update(
         if (!kindOf(mount))
             continue;
         const auto identity = identityOf(mount);
-        auto& whole = wholes[identity];
-        if (const auto known = m_wholes.find(identity); known != m_wholes.end())
+        const auto key = identityWithLogin(mount);
+        auto& whole = wholes[key];
+        if (const auto known = m_wholes.find(key); known != m_wholes.end())
             whole = known->second;
         bool hasLink = false;
         for (const auto& link : links)

@@ -44,7 +44,7 @@ private:
     [[nodiscard]] VolumeDescription describe(const GvfsMount& mount, const VolumeLinks::Link* link) const;
 
     const std::string m_volumesFolder;
-    std::map<std::string, Whole> m_wholes; ///< by the mount's identity
+    std::map<std::string, Whole> m_wholes; ///< by the mount's identity with its login
 };
 
 } // namespace quorrel

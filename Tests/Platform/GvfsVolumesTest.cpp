@@ -138,13 +138,52 @@ TEST_F(GvfsVolumesTest, aPathThatIsToldLaterMakesNoOtherVolume) {
     EXPECT_EQ(after.begin()->first, before.begin()->first);
 }
 
-TEST_F(GvfsVolumesTest, twoLoginsAreTwoVolumesAndNoneIsTold) {
+TEST_F(GvfsVolumesTest, twoLoginsAreOneVolumeAndNoneIsTold) {
     mounts = { mount("smb-share", "files", "data"), mount("smb-share", "files", "data") };
     mounts[1].user = "ann";
     mounts[1].domain = "HOME";
     mounts[1].fusePath = std::string(folder) + "smb-share:domain=HOME,server=files,share=data,user=ann";
-    EXPECT_THAT(updateLater(),
-        ElementsAre("data smbfs file:///net/files/data files", "data smbfs file:///net/files/data files"));
+    EXPECT_THAT(updateLater(), ElementsAre("data smbfs file:///net/files/data files"));
+}
+
+TEST_F(GvfsVolumesTest, aVolumeGoesWithTheLastOfItsLogins) {
+    mounts = { mount("smb-share", "files", "data") };
+    updateLater();
+    const auto first = volumes.update(mounts, links, now);
+    mounts.push_back(mount("smb-share", "files", "data"));
+    mounts[1].user = "ann";
+    mounts[1].fusePath = std::string(folder) + "smb-share:server=files,share=data,user=ann";
+    links = { { "Data", mounts[1].fusePath } };
+    EXPECT_EQ(update().size(), 1U);
+    mounts.erase(mounts.begin()); // the file manager's, while ours stays
+    const auto rest = volumes.update(mounts, links, now);
+    ASSERT_EQ(rest.size(), 1U);
+    EXPECT_EQ(rest.begin()->first, first.begin()->first);
+    mounts.clear();
+    EXPECT_THAT(update(), IsEmpty());
+}
+
+TEST_F(GvfsVolumesTest, theTimeOfALoginIsItsOwn) {
+    mounts = { mount("smb-share", "files", "data") };
+    links = { { "Data", mounts[0].fusePath } };
+    update();
+    mounts.insert(mounts.begin(), mount("smb-share", "files", "data"));
+    mounts[0].user = "ann";
+    mounts[0].fusePath = std::string(folder) + "smb-share:server=files,share=data,user=ann";
+    update();
+    EXPECT_EQ(volumes.nextChange(), now + GvfsVolumes::timeForLink);
+    updateLater();
+    EXPECT_EQ(volumes.nextChange(), std::nullopt);
+    mounts.pop_back();
+    EXPECT_EQ(update().size(), 1U);
+}
+
+TEST_F(GvfsVolumesTest, aFolderOfAShareIsNamedByItsPathAndPlacedByItsLastPart) {
+    mounts = { mount("smb-share", "files", "data"), mount("afp-volume", "files", "Private") };
+    links = { { "folder", mounts[0].fusePath + "/a/Folder" }, { "x", mounts[1].fusePath + "/x" } };
+    EXPECT_THAT(update(),
+        UnorderedElementsAre("data/a/Folder smbfs file:///home/ann/Volumes/Folder files",
+            "Private/x afpfs file:///home/ann/Volumes/x files"));
 }
 
 TEST_F(GvfsVolumesTest, eachProtocolHasItsKindAndItsWayOfNames) {
