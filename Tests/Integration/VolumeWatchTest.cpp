@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <future>
 
@@ -189,6 +190,32 @@ TEST_F(VolumeWatchTest, whatGoesAndComesAgainIsThereInTheEnd) {
         [&] { return !recorder->heard.empty() && recorder->heard.back().starts_with("+"); }, Seconds(10)));
     runOn(Seconds(0.8));
     EXPECT_EQ(recorder->heard.back(), "+ s03 smbfs file:///net/" + smb + "/s03 " + smb);
+}
+
+TEST_F(VolumeWatchTest, aVolumeThatGoesWhileTheLoopStandsStillIsTakenBack) {
+    runOn(); // has heard the list
+    const auto reply = service->mountServerVolume(asUser(url("ftp", "FTP", "folder"), "folder"));
+    ASSERT_EQ(reply.status, VolumeStatus::success);
+    ASSERT_EQ(std::system(("gio mount -u ftp://" + variable("QTB_USER") + "@" + ftp + "/").c_str()), 0);
+    const auto folder = "folder ftp file://" + home + "/Volumes/folder " + ftp;
+    EXPECT_TRUE(hears(2));
+    runOn(Seconds(0.8));
+    EXPECT_THAT(recorder->heard, ElementsAre("+ " + folder, "- " + folder));
+}
+
+TEST_F(VolumeWatchTest, aShareOfOursStaysWhenAnothersMountOfItGoes) {
+    const auto location = "smb://" + smb + "/s05";
+    ASSERT_TRUE(mounts.mount(location));
+    ASSERT_TRUE(hears(1));
+    const auto ours = mountOurs(asUser(url("smb", "SMB", "s05"), "s05"));
+    ASSERT_EQ(ours.status, VolumeStatus::success);
+    ASSERT_TRUE(mounts.unmount(location));
+    runOn(Seconds(0.8));
+    const auto share = "s05 smbfs file:///net/" + smb + "/s05 " + smb;
+    EXPECT_THAT(recorder->heard, ElementsAre("+ " + share));
+    EXPECT_EQ(unmountOurs(ours.volumeReference), VolumeStatus::success);
+    EXPECT_TRUE(hears(2));
+    EXPECT_THAT(recorder->heard, ElementsAre("+ " + share, "- " + share));
 }
 
 TEST_F(VolumeWatchTest, volumesGoWithTheDesktopsDaemonAndComeWithTheNextOne) {
