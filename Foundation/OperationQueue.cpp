@@ -20,7 +20,7 @@ namespace quorrel {
 
 namespace {
 
-struct Waiting final {
+struct Entry final {
     std::shared_ptr<Operation> operation;
     std::optional<OperationKey> key;
 };
@@ -46,9 +46,9 @@ struct OperationQueue::State final : std::enable_shared_from_this<State> {
 
     std::mutex mutex;
     std::condition_variable ended;
-    std::list<Waiting> waiting;
-    std::unordered_map<OperationKey, std::list<Waiting>::iterator, KeyHash> keyed; // those of them with a key
-    std::vector<std::shared_ptr<Operation>> running;
+    std::list<Entry> waiting;
+    std::unordered_map<OperationKey, std::list<Entry>::iterator, KeyHash> keyed; // those of them with a key
+    std::vector<Entry> running;
     std::size_t threads = 0;
 
     void work();
@@ -57,8 +57,11 @@ struct OperationQueue::State final : std::enable_shared_from_this<State> {
     // With the lock held
     /// If one more may run. Why nothing will ever run what waits, if so.
     [[nodiscard]] std::optional<std::string> startThread();
-    void append(Waiting entry);
-    Waiting takeOut(std::list<Waiting>::iterator place);
+    void append(Entry entry);
+    Entry takeOut(std::list<Entry>::iterator place);
+    /// The first that may run now; absent when there is none.
+    [[nodiscard]] std::optional<Entry> takeNext();
+    [[nodiscard]] bool isBusy(const Entry& entry) const;
 };
 
 std::optional<std::string> OperationQueue::State::startThread() {
@@ -74,18 +77,31 @@ std::optional<std::string> OperationQueue::State::startThread() {
     return std::nullopt;
 }
 
-void OperationQueue::State::append(Waiting entry) {
+void OperationQueue::State::append(Entry entry) {
     const auto place = waiting.insert(waiting.end(), std::move(entry));
     if (place->key)
         keyed[*place->key] = place;
 }
 
-Waiting OperationQueue::State::takeOut(std::list<Waiting>::iterator place) {
+Entry OperationQueue::State::takeOut(std::list<Entry>::iterator place) {
     auto entry = std::move(*place);
     waiting.erase(place);
     if (entry.key)
         keyed.erase(*entry.key);
     return entry;
+}
+
+std::optional<Entry> OperationQueue::State::takeNext() {
+    // Few are passed over: those that wait for what runs now, one of each kind.
+    const auto next
+        = std::find_if(waiting.begin(), waiting.end(), [this](const Entry& entry) { return !isBusy(entry); });
+    return next == waiting.end() ? std::nullopt : std::optional(takeOut(next));
+}
+
+bool OperationQueue::State::isBusy(const Entry& entry) const {
+    return entry.key && std::any_of(running.begin(), running.end(), [&](const Entry& each) {
+        return each.key && each.key->subject == entry.key->subject;
+    });
 }
 
 void OperationQueue::State::run(Operation& operation) const {
@@ -105,20 +121,23 @@ void OperationQueue::State::work() {
         std::shared_ptr<Operation> operation;
         {
             const std::lock_guard lock(mutex);
-            if (waiting.empty()) {
+            auto next = takeNext();
+            if (!next) { // the worker whose end is waited for goes on with what waits for it
                 --threads;
                 ended.notify_all();
                 return;
             }
-            operation = takeOut(waiting.begin()).operation;
-            running.push_back(operation);
+            operation = next->operation;
+            running.push_back(std::move(*next));
         }
         if (!operation->isCancelled())
             run(*operation);
         bool idle = false;
         {
             const std::lock_guard lock(mutex);
-            running.erase(std::find(running.begin(), running.end(), operation)); // it may run twice at once
+            // It may run twice at once.
+            running.erase(std::find_if(
+                running.begin(), running.end(), [&](const Entry& each) { return each.operation == operation; }));
             idle = running.empty() && waiting.empty();
         }
         operation.reset();
@@ -170,7 +189,7 @@ void OperationQueue::add(std::shared_ptr<Operation> operation, const std::option
 }
 
 void OperationQueue::cancelAllOperations() {
-    std::list<Waiting> dropped;
+    std::list<Entry> dropped;
     bool idle = false;
     {
         const std::lock_guard lock(m_state->mutex);
@@ -178,8 +197,8 @@ void OperationQueue::cancelAllOperations() {
         m_state->keyed.clear();
         for (const auto& each : dropped)
             each.operation->cancel();
-        for (const auto& operation : m_state->running)
-            operation->cancel();
+        for (const auto& each : m_state->running)
+            each.operation->cancel();
         idle = !dropped.empty() && m_state->running.empty();
     }
     if (!dropped.empty())

@@ -13,8 +13,9 @@
 
 namespace quorrel {
 
-/// Says what an operation does and to what, for operations of which only the last one asked for matters. It is only
-/// compared: the kind is a literal, and the operation keeps its subject alive.
+/// Says what an operation does and to what, for operations of which only the last one asked for matters, and of which
+/// no two may do something to one subject at once. It is only compared: the kind is a literal, and the operation keeps
+/// its subject alive.
 struct OperationKey final {
     std::string_view kind;
     const void* subject = nullptr;
@@ -22,7 +23,8 @@ struct OperationKey final {
     friend bool operator==(const OperationKey&, const OperationKey&) = default;
 };
 
-/// Runs operations on threads of its own, in the order in which they were added, so many at a time.
+/// Runs operations on threads of its own, in the order in which they were added, so many at a time. One whose subject
+/// another is at work on waits for its end, and lets those behind it go first.
 ///
 /// Any thread. Threads exist only while there is work: an idle queue holds none. The destructor cancels everything and
 /// waits for what runs; a program that must not wait ends its process instead.

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <functional>
@@ -259,16 +260,57 @@ TEST_F(OperationQueueTest, anOperationTakesThePlaceOfTheWaitingOneOfItsKeyAtTheE
     EXPECT_EQ(order, (std::vector<std::string> { "unmount", "other", "without a key", "mount again" }));
 }
 
-TEST_F(OperationQueueTest, anOperationThatHasStartedKeepsRunningBesideALaterOneOfItsKey) {
+TEST_F(OperationQueueTest, anOperationThatHasStartedIsNotReplacedByALaterOneOfItsKey) {
     const OperationKey key { "mount", this };
     const auto running = blocked();
     queue.addOperation(running, key);
     ASSERT_TRUE(started.wait());
     queue.addOperation(blocked(), key);
-    ASSERT_TRUE(started.wait(2));
     EXPECT_FALSE(running->isCancelled());
     mayEnd.open();
+    EXPECT_TRUE(started.wait(2));
     EXPECT_TRUE(idle.wait());
+}
+
+TEST_F(OperationQueueTest, operationsOfOneSubjectRunOneAfterAnotherAndThoseBehindThemGoFirst) {
+    const int otherSubject = 0;
+    Gate otherRan;
+    std::vector<std::string> order; // of one subject's, which no lock need guard
+    const auto note = [&](const std::string& name) { return work([&order, name](Work&) { order.push_back(name); }); };
+    queue.addOperation(blocked(), { "mount", this });
+    ASSERT_TRUE(started.wait());
+    queue.addOperation(note("unmount"), { "unmount", this });
+    queue.addOperation(note("mount"), { "mount", this });
+    queue.addOperation(work([&](Work&) { otherRan.open(); }), { "mount", &otherSubject });
+    queue.addOperation(work([&](Work&) { otherRan.open(); }));
+    EXPECT_TRUE(otherRan.wait(2));
+    EXPECT_EQ(idle.count(), 0);
+
+    mayEnd.open();
+    ASSERT_TRUE(idle.wait());
+    EXPECT_EQ(order, (std::vector<std::string> { "unmount", "mount" }));
+}
+
+TEST_F(OperationQueueTest, manySubjectsKeepTheirOrderOnAllWorkers) {
+    constexpr std::size_t subjects = 20;
+    constexpr int rounds = 50;
+    std::vector<std::vector<int>> order(subjects);
+    const std::vector<std::string> kinds = [] {
+        std::vector<std::string> result;
+        for (int round = 0; round < rounds; ++round)
+            result.push_back(std::to_string(round));
+        return result;
+    }();
+    for (int round = 0; round < rounds; ++round)
+        for (auto& each : order)
+            queue.addOperation(work([&each, round](Work&) { each.push_back(round); }),
+                { kinds[static_cast<std::size_t>(round)], &each });
+    for (int seen = 0; queue.operationCount() > 0;) // it may have been idle in between
+        ASSERT_TRUE(idle.wait(++seen));
+    for (const auto& each : order) {
+        EXPECT_EQ(each.size(), static_cast<std::size_t>(rounds));
+        EXPECT_TRUE(std::is_sorted(each.begin(), each.end()));
+    }
 }
 
 TEST_F(OperationQueueTest, aKeyIsFreeAgainOnceItsOperationStartedOrWasCancelled) {
