@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -47,6 +48,11 @@ std::size_t children() {
             ++count;
     }
     return count;
+}
+
+std::size_t entriesOf(const char* folder) {
+    namespace fs = std::filesystem;
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
 }
 
 /// One watched host.
@@ -323,6 +329,33 @@ TEST_F(LinuxNetworkReachabilityTest, manyChangesEndWithWhatIsTrue) {
         EXPECT_EQ(std::adjacent_find(watch->told.begin(), watch->told.end()), watch->told.end());
     EXPECT_EQ(watches[0]->told.back(), reachable);
     EXPECT_THAT(watches[4]->told, ElementsAre(0U));
+}
+
+TEST_F(LinuxNetworkReachabilityTest, aHundredChangesLeaveNothingBehind) {
+    Watch byName(name, loop);
+    Watch byAddress(address, loop);
+    std::size_t descriptors = 0;
+    std::size_t threads = 0;
+    const auto processes = children();
+    ASSERT_TRUE(byName.becomes(reachable) && byAddress.becomes(reachable));
+    for (int round = 0; round <= 50; ++round) {
+        ASSERT_TRUE(LinkedHosts::here("ip link set qr0 down"));
+        ASSERT_TRUE(byName.becomes(0) && byAddress.becomes(0)) << round;
+        ASSERT_TRUE(hosts.connect());
+        ASSERT_TRUE(byName.becomes(reachable) && byAddress.becomes(reachable)) << round;
+        if (round != 0)
+            continue;
+        ASSERT_TRUE(fallsQuiet(Seconds(10)));
+        ASSERT_TRUE(runMainContextUntil([&] { return children() == processes; }, Seconds(10)));
+        descriptors = entriesOf("/proc/self/fd");
+        threads = entriesOf("/proc/self/task");
+    }
+    EXPECT_TRUE(fallsQuiet(Seconds(10)));
+    EXPECT_TRUE(runMainContextUntil([&] { return children() == processes; }, Seconds(10)));
+    EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors);
+    EXPECT_EQ(entriesOf("/proc/self/task"), threads);
+    for (const auto* each : { &byName, &byAddress })
+        EXPECT_EQ(each->told.size(), 1U + 2 * 51);
 }
 
 } // namespace
