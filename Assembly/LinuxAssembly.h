@@ -15,6 +15,7 @@
 #include "Platform/Linux/LinuxWorkspace.h"
 #include "Platform/Linux/PlistFile.h"
 #include "Platform/Linux/PosixChildProcess.h"
+#include "Platform/Linux/RunningTools.h"
 #include "Platform/Linux/StandardErrorLogSink.h"
 #include "Platform/Linux/StandardPaths.h"
 #include "Sources/BonjourResolver.h"
@@ -22,6 +23,7 @@
 #include "Sources/MountEnvironment.h"
 #include "Sources/ProgramEnvironment.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -41,7 +43,7 @@ public:
     [[nodiscard]] GlibRunLoop& runLoop() { return m_runLoop; }
     [[nodiscard]] VolumeService& volumes() { return m_volumes; }
     /// Ends the tools that look up names: right before the process ends. Any thread.
-    void endTools() { m_tools.endAll(); }
+    void endTools() { m_runningTools->endAll(); }
 
 private:
     const StandardPaths m_paths;
@@ -55,13 +57,14 @@ private:
     NotificationCenter m_notificationCenter;
     PlistFile m_propertyListFile;
     LinuxWorkspace m_workspace;
-    PosixChildProcess m_childProcess;
-    PosixChildProcess m_tools; // they end with the program, which the user's scripts do not
+    const std::shared_ptr<RunningTools> m_runningTools = std::make_shared<RunningTools>();
+    PosixChildProcess m_childProcess; // the user's scripts, which outlive the program
+    PosixChildProcess m_tools { m_runningTools };
     LinuxVolumeService m_volumes;
     AvahiServiceDiscovery m_discovery;
     MountEnvironment m_mounting;
     ResolverEnvironment m_resolving;
-    LinuxNetworkReachability m_reachability;
+    LinuxNetworkReachability m_reachability { m_runningTools };
     std::optional<LinuxVolumeWatch> m_volumeWatch;
     std::optional<DiscoveryEnvironment> m_watching;
 };

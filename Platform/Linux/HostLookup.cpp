@@ -37,10 +37,18 @@ std::vector<InternetAddress> readAddresses(const std::string& output) {
 /// Shared with what reaps the process, which may happen before and after the end of the look-up.
 struct HostLookup::Child final {
     pid_t identifier = 0; // 0 once it is gone, and its number perhaps another's
+    std::shared_ptr<RunningTools> tools;
+
+    void ended() {
+        if (tools)
+            tools->ended(identifier);
+        identifier = 0;
+    }
 };
 
-HostLookup::HostLookup(std::string program, Seconds limit)
-    : m_program(std::move(program))
+HostLookup::HostLookup(std::shared_ptr<RunningTools> tools, std::string program, Seconds limit)
+    : m_tools(std::move(tools))
+    , m_program(std::move(program))
     , m_limit(limit) { }
 
 void HostLookup::start(const std::string& name, Found found) {
@@ -61,11 +69,12 @@ bool HostLookup::spawn(const std::string& name) {
         m_readEnd.close();
         return false;
     }
-    m_child = std::make_shared<Child>();
-    m_child->identifier = process.identifier();
+    m_child = std::make_shared<Child>(Child { process.identifier(), m_tools });
+    if (m_tools)
+        m_tools->began(process.identifier());
     g_child_watch_add_full(
         G_PRIORITY_DEFAULT, m_child->identifier,
-        [](GPid, int, void* child) { (*static_cast<std::shared_ptr<Child>*>(child))->identifier = 0; },
+        [](GPid, int, void* child) { (*static_cast<std::shared_ptr<Child>*>(child))->ended(); },
         new std::shared_ptr<Child>(m_child), // NOLINT(cppcoreguidelines-owning-memory)
         [](void* child) { delete static_cast<std::shared_ptr<Child>*>(child); });
     m_source = g_unix_fd_add(

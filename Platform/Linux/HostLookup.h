@@ -4,6 +4,7 @@
 #include "Platform/Linux/FileDescriptor.h"
 #include "Platform/Linux/InternetAddress.h"
 #include "Platform/Linux/MainLoopTimer.h"
+#include "Platform/Linux/RunningTools.h"
 
 #include <functional>
 #include <memory>
@@ -23,7 +24,9 @@ public:
     /// What a look-up may take. The system itself gives up a dead name server after some ten seconds.
     static constexpr Seconds patience { 30 };
 
-    explicit HostLookup(std::string program = "/usr/bin/getent", Seconds limit = patience);
+    /// With `tools`, the process is one of those while it runs.
+    explicit HostLookup(std::shared_ptr<RunningTools> tools = nullptr, std::string program = "/usr/bin/getent",
+        Seconds limit = patience);
     HostLookup(const HostLookup&) = delete;
     HostLookup& operator=(const HostLookup&) = delete;
     ~HostLookup() { stop(); }
@@ -41,6 +44,7 @@ private:
     static int heard(int descriptor, int condition, void* lookup) noexcept;
     void finish();
 
+    const std::shared_ptr<RunningTools> m_tools;
     const std::string m_program;
     const Seconds m_limit;
     Found m_found;

@@ -6,7 +6,7 @@
 namespace quorrel {
 
 std::unique_ptr<ReachabilityReference> LinuxNetworkReachability::createWithName(const std::string& hostName) {
-    return hostName.empty() ? nullptr : std::make_unique<LinuxReachabilityReference>(hostName);
+    return hostName.empty() ? nullptr : std::make_unique<LinuxReachabilityReference>(hostName, m_tools);
 }
 
 } // namespace quorrel

@@ -28,7 +28,8 @@ bool canBeName(const std::string& text) {
 struct LinuxReachabilityReference::Watches final {
     explicit Watches(LinuxReachabilityReference& owner)
         : network([&owner] { owner.networkChanged(); })
-        , portal([&owner] { owner.networkChanged(); }) { }
+        , portal([&owner] { owner.networkChanged(); })
+        , lookup(owner.m_tools) { }
 
     NetworkChangeWatch network;
     CaptivePortalWatch portal;
@@ -42,8 +43,9 @@ struct LinuxReachabilityReference::Watches final {
     bool isOutdated = false; // its answer will be of before a change
 };
 
-LinuxReachabilityReference::LinuxReachabilityReference(std::string hostName)
-    : m_hostName(std::move(hostName)) { }
+LinuxReachabilityReference::LinuxReachabilityReference(std::string hostName, std::shared_ptr<RunningTools> tools)
+    : m_hostName(std::move(hostName))
+    , m_tools(std::move(tools)) { }
 
 LinuxReachabilityReference::~LinuxReachabilityReference() = default;
 

@@ -6,6 +6,7 @@
 #include "Platform/Linux/HostRoute.h"
 #include "Platform/Linux/MainLoopTimer.h"
 #include "Platform/Linux/NetworkChangeWatch.h"
+#include "Platform/Linux/RunningTools.h"
 #include "Platform/NetworkReachability.h"
 
 #include <cstdint>
@@ -25,7 +26,7 @@ namespace quorrel {
 /// asked for again, ever more rarely, while there is a network.
 class LinuxReachabilityReference final : public ReachabilityReference {
 public:
-    explicit LinuxReachabilityReference(std::string hostName);
+    explicit LinuxReachabilityReference(std::string hostName, std::shared_ptr<RunningTools> tools = nullptr);
     ~LinuxReachabilityReference() override;
     LinuxReachabilityReference(const LinuxReachabilityReference&) = delete;
     LinuxReachabilityReference& operator=(const LinuxReachabilityReference&) = delete;
@@ -52,6 +53,7 @@ private:
     void tell(std::uint32_t flags);
 
     const std::string m_hostName;
+    const std::shared_ptr<RunningTools> m_tools;
     Callback m_callback;
     std::set<const RunLoop*> m_runLoops;
     std::optional<std::uint32_t> m_flags;

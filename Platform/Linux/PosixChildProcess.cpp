@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 
 #include <fcntl.h>
@@ -42,31 +41,14 @@ ChildProcessResult PosixChildProcess::run(const std::string& path, const std::ve
     SpawnedProcess process(path, arguments);
     if (const int error = process.start(writeEnd.get()))
         return failed(error);
-    began(process.identifier());
+    if (m_tools)
+        m_tools->began(process.identifier());
     writeEnd.close();
     ChildProcessResult result { true, {}, readToEnd(readEnd.get()) };
-    ended(process.identifier());
+    if (m_tools)
+        m_tools->ended(process.identifier());
     process.reap();
     return result;
-}
-
-void PosixChildProcess::endAll() {
-    const std::lock_guard lock(m_mutex);
-    m_isEnding = true;
-    for (const auto child : m_children)
-        ::kill(child, SIGTERM);
-}
-
-void PosixChildProcess::began(pid_t child) {
-    const std::lock_guard lock(m_mutex);
-    m_children.insert(child);
-    if (m_isEnding)
-        ::kill(child, SIGTERM);
-}
-
-void PosixChildProcess::ended(pid_t child) {
-    const std::lock_guard lock(m_mutex);
-    m_children.erase(child);
 }
 
 } // namespace quorrel

@@ -2,11 +2,10 @@
 #pragma once
 
 #include "Platform/ChildProcess.h"
+#include "Platform/Linux/RunningTools.h"
 
-#include <mutex>
-#include <set>
-
-#include <sys/types.h>
+#include <memory>
+#include <utility>
 
 namespace quorrel {
 
@@ -16,19 +15,14 @@ namespace quorrel {
 /// ones. One that closes its output and runs on is waited for by a thread of its own, so that it leaves no zombie.
 class PosixChildProcess final : public ChildProcess {
 public:
+    /// With `tools`, each child is one of those while it runs.
+    explicit PosixChildProcess(std::shared_ptr<RunningTools> tools = nullptr)
+        : m_tools(std::move(tools)) { }
+
     [[nodiscard]] ChildProcessResult run(const std::string& path, const std::vector<std::string>& arguments) override;
 
-    /// Ends the children that run, and each that is still started, with SIGTERM: for a program that is about to end
-    /// and has no use for what they find out. Waits for nothing.
-    void endAll();
-
 private:
-    void began(pid_t child);
-    void ended(pid_t child);
-
-    std::mutex m_mutex;
-    std::set<pid_t> m_children; // not reaped yet, so that their numbers are still theirs
-    bool m_isEnding = false;
+    const std::shared_ptr<RunningTools> m_tools;
 };
 
 } // namespace quorrel

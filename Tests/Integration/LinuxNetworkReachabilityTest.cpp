@@ -251,6 +251,18 @@ TEST_F(LinuxNetworkReachabilityTest, whoIsGoneAsksNoMore) {
     EXPECT_TRUE(fallsQuiet(Seconds(5)));
 }
 
+TEST_F(LinuxNetworkReachabilityTest, whatLooksUpANameEndsWithTheProgramsTools) {
+    const auto tools = std::make_shared<RunningTools>();
+    hosts.freezeNameServer();
+    const auto before = children();
+    const auto reference = LinuxNetworkReachability(tools).createWithName(name);
+    ASSERT_TRUE(reference->scheduleWithRunLoop(loop));
+    ASSERT_TRUE(runMainContextUntil([&] { return children() > before; }, Seconds(5)));
+    tools->endAll();
+    EXPECT_TRUE(runMainContextUntil([&] { return children() == before; }, Seconds(0.9))); // it would go on for longer
+    EXPECT_EQ(reference->flags(), 0U);
+}
+
 TEST_F(LinuxNetworkReachabilityTest, onlyAnUnknownNameInALivingNetworkIsAskedForAgain) {
     Watch known(name, loop);
     Watch near(address, loop);

@@ -23,7 +23,7 @@ using testing::IsEmpty;
 class HostLookupTest : public testing::Test {
 protected:
     std::unique_ptr<HostLookup> makeLookup(const std::string& script, Seconds limit = Seconds(30)) {
-        return std::make_unique<HostLookup>(folder.put("program", "#!/bin/sh\n" + script, 0700), limit);
+        return std::make_unique<HostLookup>(tools, folder.put("program", "#!/bin/sh\n" + script, 0700), limit);
     }
     void start(HostLookup& lookup, const std::string& name = "host") {
         lookup.start(name, [this](const auto& addresses) {
@@ -48,6 +48,7 @@ protected:
     }
 
     TemporaryFolder folder;
+    std::shared_ptr<RunningTools> tools = std::make_shared<RunningTools>();
     std::optional<std::vector<InternetAddress>> found;
     int answers = 0;
 };
@@ -81,7 +82,7 @@ TEST_F(HostLookupTest, whatIsNotFoundHasNoAddress) {
 }
 
 TEST_F(HostLookupTest, aProgramThatIsMissingFindsNothingAndNotDuringTheCall) {
-    HostLookup lookup("/nonexistent/program");
+    HostLookup lookup(nullptr, "/nonexistent/program");
     start(lookup);
     EXPECT_FALSE(found);
     ASSERT_TRUE(runUntilFound());
@@ -114,6 +115,20 @@ TEST_F(HostLookupTest, destroyingEndsTheProcess) {
     lookup.reset();
     EXPECT_TRUE(endsSoon(process));
     EXPECT_FALSE(found);
+}
+
+TEST_F(HostLookupTest, theProcessEndsWithTheProgramsTools) {
+    const auto lookup = makeLookup(hangingScript());
+    start(*lookup);
+    const auto process = processOf();
+    tools->endAll();
+    EXPECT_TRUE(endsSoon(process));
+    ASSERT_TRUE(runUntilFound());
+    EXPECT_THAT(*found, IsEmpty());
+    const auto later = makeLookup("exec sleep 60"); // the program has not ended yet
+    found.reset();
+    start(*later);
+    EXPECT_TRUE(runUntilFound());
 }
 
 TEST_F(HostLookupTest, startingAnewAnswersOnceAndForTheNewName) {

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <memory>
 #include <thread>
 
 #include <fcntl.h>
@@ -26,7 +27,8 @@ protected:
         return process.run("/bin/sh", words);
     }
 
-    PosixChildProcess process;
+    std::shared_ptr<RunningTools> tools = std::make_shared<RunningTools>();
+    PosixChildProcess process { tools };
     TemporaryFolder folder;
 };
 
@@ -130,9 +132,10 @@ TEST_F(PosixChildProcessTest, childrenOfAProgramThatEndsEndWithIt) {
     std::thread runner([&] { shell("echo >\"$1\"; exec sleep 600", { started }); });
     // Opened when the child has opened it, too.
     const FileDescriptor isStarted(::open(started.c_str(), O_RDONLY | O_CLOEXEC));
-    process.endAll();
+    tools->endAll();
     runner.join();
     EXPECT_TRUE(shell("exec sleep 600").started) << "one that is started afterwards ends as well";
+    EXPECT_EQ(PosixChildProcess().run("/bin/echo", { "on" }).output, "on\n") << "one that is no tool does not";
 }
 
 TEST_F(PosixChildProcessTest, signalsToThisProcessDoNotCutTheOutputShort) {
