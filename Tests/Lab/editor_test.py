@@ -47,7 +47,7 @@ class Editor:
 
     def choose(self, title):
         item = self.window.find(title, "menu item", showing=False)
-        screen.wait_for(lambda: item.has("SENSITIVE"), f"{title} stays disabled")
+        screen.wait_for(lambda: item.forget().has("SENSITIVE"), f"{title} stays disabled")
         item.act()
 
     # ---- in this order -------------------------------------------------
