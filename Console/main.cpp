@@ -5,6 +5,7 @@
 #include "Foundation/WakeSignal.h"
 #include "Platform/Linux/LogFile.h"
 #include "Platform/Linux/SignalWatch.h"
+#include "Platform/Linux/SpawnedProcess.h"
 #include "Platform/Linux/StandardPaths.h"
 #include "Platform/Linux/StandardStreams.h"
 #include "Platform/Linux/SystemError.h"
@@ -34,8 +35,6 @@ constexpr Seconds patience { 0.7 };
 std::string beginAnew(std::optional<SignalWatch>& signals, int errors, char** arguments) {
     // None of the signals that came meanwhile may end what begins there.
     signals->leaveToSuccessor();
-    // It has no use for children that still run, and would not know of them: they leave no zombies.
-    std::signal(SIGCHLD, SIG_IGN);
     if (dup2(errors, STDERR_FILENO) < 0)
         return systemErrorText(errno);
     std::array<char, PATH_MAX> path {};
@@ -68,6 +67,9 @@ int main(int argumentCount, char** arguments) {
         // Not `exit`: that would run destructors under threads that still work.
         _exit(*status);
     });
+
+    // If this program took the place of another, nobody else waits for what that one had started.
+    SpawnedProcess::reapInherited();
 
     // Standard error becomes the log, for library warnings too; the user is spoken to on what it was.
     const int errors = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -89,6 +90,16 @@ bool hasEnded(pid_t child, int options) {
     return result != 0;
 }
 
+void waitForEnd(pid_t child) {
+    if (hasEnded(child, WNOHANG))
+        return;
+    try {
+        std::thread([child] { static_cast<void>(hasEnded(child, 0)); }).detach();
+    } catch (const std::system_error&) {
+        // No thread to be had: one zombie is left until this program ends.
+    }
+}
+
 } // namespace
 
 SpawnedProcess::SpawnedProcess(std::string program, std::vector<std::string> arguments)
@@ -121,13 +132,13 @@ int SpawnedProcess::startDetached() {
 }
 
 void SpawnedProcess::reap() const {
-    if (hasEnded(m_child, WNOHANG))
-        return;
-    try {
-        std::thread([child = m_child] { static_cast<void>(hasEnded(child, 0)); }).detach();
-    } catch (const std::system_error&) {
-        // No thread to be had: one zombie is left until this program ends.
-    }
+    waitForEnd(m_child);
+}
+
+void SpawnedProcess::reapInherited() {
+    std::ifstream children("/proc/thread-self/children");
+    for (pid_t child = 0; children >> child;)
+        waitForEnd(child);
 }
 
 } // namespace quorrel

@@ -25,6 +25,8 @@ public:
 
     /// Returns at once; what still runs is waited for by a thread of its own, so that it leaves no zombie.
     void reap() const;
+    /// Does so for the children that the calling thread has already, as those of a program that this one replaced.
+    static void reapInherited();
 
 private:
     std::vector<std::string> m_words; // the program, then its arguments
