@@ -8,6 +8,7 @@ namespace quorrel {
 
 class CatalogueLock;
 class FileWatch;
+class Output;
 class ServiceManager;
 struct DiscoveryEnvironment;
 
@@ -16,6 +17,8 @@ struct KeeperEnvironment final {
     CatalogueLock& lock;
     FileWatch& preferencesFile;
     ServiceManager& serviceManager;
+    Output& output; ///< as the console's, save that no write waits for a reader: shares are kept all the same
+    Output& errors;
     std::function<std::string(const std::string& path)> fileVersion; ///< another text once the file is another one
     /// Puts a new process image of this program in this one's place. Returns after a failure alone, with the reason.
     std::function<std::string()> beginAnew;

@@ -61,7 +61,7 @@ int KeeperProgram::keep(std::optional<std::string> password) {
         m_world.log.lineAlways("The catalogue was changed by another program; it is read anew instead of saved.");
         askForReload();
     });
-    KeeperPasswordWindow passwordWindow(std::move(password), world.errors);
+    KeeperPasswordWindow passwordWindow(std::move(password), world.keeper.errors);
     const ProgramEnvironment program { world.mounting, world.resolving, world.preferences, world.notificationCenter,
         files, world.workspace, world.strings, world.log, world.mainThreadQueue };
     const auto* discovery = world.keeper.discovery ? &world.keeper.discovery() : nullptr;
@@ -73,7 +73,7 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     }
     m_guard.guard(controller.opQueue());
     controller.awakeFromNib();
-    ShareReport report(controller, world.mainThreadQueue, world.output);
+    ShareReport report(controller, world.mainThreadQueue, world.keeper.output);
     controller.applicationDidFinishLaunching();
     adoptMountedVolumes(controller);
     watchPreferences();
@@ -150,7 +150,7 @@ void KeeperProgram::askForReload() {
 }
 
 void KeeperProgram::say(const std::string& message) const {
-    m_world.errors.write("quorrelctl: " + message + '\n');
+    m_world.keeper.errors.write("quorrelctl: " + message + '\n');
 }
 
 } // namespace quorrel

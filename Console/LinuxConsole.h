@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Assembly/LinuxAssembly.h"
+#include "Console/BufferedOutput.h"
 #include "Console/ConsoleEnvironment.h"
 #include "Console/FileOutput.h"
 #include "Console/TerminalPassword.h"
@@ -10,7 +11,6 @@
 #include "Platform/Linux/NotifySocket.h"
 
 #include <functional>
-
 #include <string>
 
 namespace quorrel {
@@ -32,6 +32,8 @@ private:
     LinuxAssembly m_assembly;
     FileOutput m_output;
     FileOutput m_errors;
+    BufferedOutput m_keeperOutput;
+    BufferedOutput m_keeperErrors;
     TerminalPassword m_prompt;
     FlockCatalogueLock m_lock;
     InotifyFileWatch m_preferencesFile;

@@ -15,8 +15,12 @@ struct DescriptorWatch::Callbacks final {
     }
 
     static GIOCondition conditionOf(Event event) {
-        return static_cast<GIOCondition>(
-            event == Event::Readable ? G_IO_IN | G_IO_HUP | G_IO_ERR : G_IO_PRI | G_IO_ERR);
+        int condition = G_IO_PRI | G_IO_ERR;
+        if (event == Event::Readable)
+            condition = G_IO_IN | G_IO_HUP | G_IO_ERR;
+        else if (event == Event::Writable)
+            condition = G_IO_OUT | G_IO_HUP | G_IO_ERR;
+        return static_cast<GIOCondition>(condition);
     }
 };
 

@@ -11,6 +11,7 @@ class DescriptorWatch final {
 public:
     enum class Event {
         Readable, ///< or at its end
+        Writable, ///< or of no use any more
         Exceptional, ///< as the kernel's lists tell that they changed
     };
 

@@ -79,7 +79,7 @@ protected:
             return std::string("there is no process");
         };
         return { surroundings, runLoop, output, errors, prompt, "/home/user", "/home/user/log", "1.2.3",
-            { lock, preferencesFile, serviceManager, version, beginAnew, true,
+            { lock, preferencesFile, serviceManager, output, errors, version, beginAnew, true,
                 [this]() -> const DiscoveryEnvironment& { return world; } } };
     }
 

@@ -314,6 +314,70 @@ class KeeperTest(unittest.TestCase):
             process.terminate()
             self.assertEqual(process.wait(timeout=20), 0)
 
+    def test_a_reader_that_stalls_does_not_keep_it_from_keeping(self):
+        catalogue({CELLAR: [share(SMB, "pub", guestLogin=True)], "Den": [share(SMB, "Mixed Case", guestLogin=True)]})
+        reader, writer = os.pipe()
+        os.set_blocking(writer, False)
+        filled = 0
+        try:
+            while True:
+                filled += os.write(writer, b"." * 4096)
+        except BlockingIOError:
+            os.set_blocking(writer, True)
+        with subprocess.Popen([console_bed.PROGRAM, "watch"], stdin=subprocess.DEVNULL, stdout=writer,
+                              stderr=subprocess.DEVNULL, start_new_session=True) as process:
+            os.close(writer)
+            try:
+                await_(lambda: states(run("list", "--json"))[(CELLAR, "pub")] == "Online", "it does not mount")
+                with Announcement("Den"):
+                    await_(lambda: states(run("list", "--json"))[("Den", "Mixed Case")] == "Online", "it has halted")
+                with open(reader, encoding="utf-8") as stream:
+                    self.assertEqual(len(stream.read(filled)), filled)
+                    process.terminate()
+                    lines = stream.read().splitlines()
+                    self.assertEqual(lines[0], f"{CELLAR}/pub: Mounting")
+                    self.assertIn("Den/Mixed Case: Online", lines)
+                    self.assertEqual(process.wait(timeout=20), 0)
+            finally:
+                process.kill()
+
+    def test_what_it_had_started_before_a_reload_leaves_no_zombie(self):
+        folder = os.environ["QTB_DIR"]
+        script, gate = os.path.join(folder, "script"), os.path.join(folder, "gate")
+        os.mkfifo(gate)
+        with open(script, "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\nread word < {gate}\n")
+        os.chmod(script, 0o700)
+        catalogue({CELLAR: [share(SMB, "pub", guestLogin=True, script=script)]})
+        # A name to look up: that changes what becomes of ended children.
+        preferences({"BrowseForServices": True, "smb": True, "scanForSMBHosts": False, "logToConsole": True},
+                    {"monitorConnectivityHost": "nobody.lan.test"})
+        with Keeper() as keeper:
+            keeper.ready()
+            writer = await_(lambda: self.opened(gate), lambda: f"the script does not run: {keeper.output()}{logged()[-2000:]}")
+            before = set(self.children(keeper))
+            keeper.process.send_signal(signal.SIGHUP)
+            self.assertEqual(keeper.told(), "RELOADING=1")
+            keeper.ready().prints(f"{CELLAR}/pub: Online", 2)
+            self.assertTrue(before & set(self.children(keeper)))
+            os.write(writer, b"go\n")
+            os.close(writer)
+            await_(lambda: not before & set(self.children(keeper)), lambda: f"zombies: {self.children(keeper)}")
+            self.assert_ends(keeper)
+
+    @staticmethod
+    def opened(gate):
+        try:
+            return os.open(gate, os.O_WRONLY | os.O_NONBLOCK)
+        except OSError:  # nobody reads there yet
+            return None
+
+    @staticmethod
+    def children(keeper):
+        found = subprocess.run(["ps", "--ppid", str(keeper.process.pid), "-o", "pid="], stdout=subprocess.PIPE,
+                               text=True, check=False, timeout=20)
+        return found.stdout.split()
+
     def models(self):
         with open(CATALOGUE, "rb") as file:
             return {each["displayName"]: each.get("computerModel") for each in plistlib.load(file)}
