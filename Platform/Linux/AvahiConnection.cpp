@@ -7,13 +7,15 @@
 
 #include <glib.h>
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace quorrel {
 
 namespace {
 
-constexpr Seconds retryWithoutBus { 5 };
+constexpr Seconds shortestPause { 5 };
 constexpr Seconds retryAfterFailure { 0.2 }; // a client must not be freed from its own callback
 
 } // namespace
@@ -47,9 +49,14 @@ Subscription AvahiConnection::observe(Observer observer) {
     return m_observers.add(std::move(observer));
 }
 
+Seconds AvahiConnection::pauseAfter(Seconds took) {
+    return std::max(shortestPause, took * 10);
+}
+
 void AvahiConnection::connect() {
     m_retry.stop();
     int error = 0;
+    const auto start = std::chrono::steady_clock::now();
     m_isMakingClient = true; // its first states are told before there is a client to go with them
     m_client.reset(avahi_client_new(
         avahi_glib_poll_get(m_poll.get()), AVAHI_CLIENT_NO_FAIL, &Callbacks::clientChanged, this, &error));
@@ -58,7 +65,7 @@ void AvahiConnection::connect() {
         stateChanged(avahi_client_get_state(m_client.get()));
     } else {
         m_failure = avahi_strerror(error);
-        m_retry.start(retryWithoutBus, [this] { connect(); });
+        m_retry.start(pauseAfter(std::chrono::steady_clock::now() - start), [this] { connect(); });
     }
 }
 

@@ -31,6 +31,10 @@ public:
     /// Why there is no client.
     [[nodiscard]] const std::string& failure() const { return m_failure; }
 
+    /// How long to leave alone a daemon or a bus that took so long to fail. libavahi waits for each answer, and the
+    /// main loop with it; one that hangs must not take up all of its time.
+    [[nodiscard]] static Seconds pauseAfter(Seconds took);
+
     /// Tells of each daemon that is found, and with null of each that is lost, while its client still stands.
     Subscription observe(Observer observer);
 

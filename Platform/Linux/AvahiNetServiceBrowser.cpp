@@ -8,16 +8,11 @@
 #include <avahi-common/domain.h>
 #include <avahi-common/error.h>
 
+#include <chrono>
 #include <utility>
 #include <vector>
 
 namespace quorrel {
-
-namespace {
-
-constexpr Seconds retryWithSameDaemon { 5 };
-
-} // namespace
 
 struct AvahiNetServiceBrowser::Callbacks final {
     // The browser may be gone after each event.
@@ -90,6 +85,7 @@ std::optional<std::string> AvahiNetServiceBrowser::obstacle() const {
 
 void AvahiNetServiceBrowser::startBrowser(AvahiClient* client) {
     m_timer.stop();
+    const auto start = std::chrono::steady_clock::now();
     const auto& [type, domain] = *m_search;
     const auto* place = domain.empty() ? nullptr : domain.c_str();
     if (type)
@@ -106,7 +102,7 @@ void AvahiNetServiceBrowser::startBrowser(AvahiClient* client) {
         return;
     }
     // As if a daemon went this very moment: it is about to be announced as lost, and the search goes on with the next.
-    m_timer.start(retryWithSameDaemon, [this] {
+    m_timer.start(AvahiConnection::pauseAfter(std::chrono::steady_clock::now() - start), [this] {
         if (auto* same = m_connection.client())
             startBrowser(same);
     });

@@ -17,7 +17,6 @@ namespace {
 
 constexpr std::chrono::milliseconds spell { 4 };
 constexpr std::size_t mostLinks = 16;
-constexpr Seconds retryWithSameDaemon { 5 };
 
 } // namespace
 
@@ -108,6 +107,7 @@ bool AvahiRecordWatches::startOne() {
     if (!client)
         return false; // its coming will be told
     const auto watch = m_waiting.begin();
+    const auto start = std::chrono::steady_clock::now();
     watch->browser = avahi_record_browser_new(client, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, watch->recordName.c_str(),
         AVAHI_DNS_CLASS_IN, AVAHI_DNS_TYPE_TXT, AvahiLookupFlags {}, &Callbacks::sawRecord, &*watch);
     if (watch->browser) {
@@ -115,16 +115,16 @@ bool AvahiRecordWatches::startOne() {
         move(watch, m_running);
         return true;
     }
-    return refused(*link, watch, avahi_client_errno(client));
+    return refused(*link, watch, avahi_client_errno(client), std::chrono::steady_clock::now() - start);
 }
 
-bool AvahiRecordWatches::refused(Link& link, Watch watch, int error) {
+bool AvahiRecordWatches::refused(Link& link, Watch watch, int error, Seconds took) {
     switch (error) {
     case AVAHI_ERR_DISCONNECTED:
     case AVAHI_ERR_NO_DAEMON:
     case AVAHI_ERR_DBUS_ERROR:
         // As if the daemon went this very moment, which is about to be told.
-        m_timer.start(retryWithSameDaemon, [this] { work(); });
+        m_timer.start(AvahiConnection::pauseAfter(took), [this] { work(); });
         return false;
     case AVAHI_ERR_TOO_MANY_OBJECTS:
         link.isFull = true;

@@ -64,7 +64,7 @@ private:
     [[nodiscard]] bool startOne();
     [[nodiscard]] Link* linkWithRoom();
     /// Whether to go on with others.
-    [[nodiscard]] bool refused(Link& link, Watch watch, int error);
+    [[nodiscard]] bool refused(Link& link, Watch watch, int error, Seconds took);
     void connectionChanged(Link& link, AvahiClient* client);
     void move(Watch watch, std::list<Entry>& home);
     void free(Entry& entry);

@@ -63,6 +63,11 @@ void AvahiDaemon::kill() {
     reap();
 }
 
+void AvahiDaemon::freeze() const {
+    if (const auto pid = runningDaemon(); pid > 0)
+        ::kill(pid, SIGSTOP);
+}
+
 void AvahiDaemon::reap() {
     if (m_child > 0)
         waitpid(m_child, nullptr, 0);

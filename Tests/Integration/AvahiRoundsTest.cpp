@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <iterator>
@@ -91,6 +93,30 @@ TEST_F(AvahiRoundsTest, nothingWakesUpWhileNothingHappens) {
     EXPECT_TRUE(fallsQuiet(Seconds(5)));
     const auto later = makeSearch();
     EXPECT_TRUE(fallsQuiet(Seconds(5)));
+}
+
+/// The D-Bus library waits for 25 seconds for an answer; nobody can ask for less.
+TEST_F(AvahiRoundsTest, aDaemonThatHangsIsNotAskedAgainAndAgain) {
+    const auto browser = makeSearch();
+    ASSERT_TRUE(runMainContextUntil([&] { return searching.hasHeard("found Attic"); }, Seconds(15)));
+    daemon.freeze();
+    const auto second = makeSearch();
+    auto last = std::chrono::steady_clock::now();
+    auto longest = last - last;
+    EXPECT_FALSE(runMainContextUntil(
+        [&] {
+            const auto now = std::chrono::steady_clock::now();
+            longest = std::max(longest, now - last);
+            last = now;
+            return false;
+        },
+        Seconds(8)));
+    EXPECT_LT(longest, std::chrono::seconds(3));
+    searching.heard.clear();
+    daemon.kill();
+    ASSERT_TRUE(runMainContextUntil([&] { return searching.hasHeard("removed Attic"); }, Seconds(5)));
+    ASSERT_TRUE(daemon.start());
+    EXPECT_TRUE(runMainContextUntil([&] { return searching.count("found Attic") == 2; }, Seconds(15)));
 }
 
 } // namespace
