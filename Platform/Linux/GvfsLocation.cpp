@@ -99,6 +99,14 @@ std::string GvfsLocation::joinedPath(std::size_t from) const {
     return joined;
 }
 
+GvfsLocation GvfsLocation::atHost(const std::string& otherHost) const {
+    auto other = *this;
+    other.host = otherHost;
+    if (const auto* const protocol = protocolFor(scheme))
+        other.uri = buildURI(*protocol, other);
+    return other;
+}
+
 std::vector<std::uint16_t> GvfsLocation::ports() const {
     if (port > 0)
         return { static_cast<std::uint16_t>(port) };

@@ -26,6 +26,8 @@ struct GvfsLocation final {
     /// The login in the form of a mounted volume: empty for a guest.
     [[nodiscard]] std::string loginName() const { return isGuest ? std::string() : user; }
     [[nodiscard]] std::string joinedPath(std::size_t from = 0) const;
+    /// The same place under another name or address of its server.
+    [[nodiscard]] GvfsLocation atHost(const std::string& otherHost) const;
     /// Where the server may listen, in the order of likelihood.
     [[nodiscard]] std::vector<std::uint16_t> ports() const;
     /// The file name of gvfs's program for this protocol.

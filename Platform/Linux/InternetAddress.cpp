@@ -52,6 +52,11 @@ std::optional<InternetAddress> InternetAddress::parse(const std::string& text) {
     return address;
 }
 
+bool InternetAddress::isSameHostAs(const InternetAddress& other) const {
+    return isVersion6 == other.isVersion6 && bytes == other.bytes
+        && (link == other.link || link == 0 || other.link == 0);
+}
+
 bool InternetAddress::isLinkLocal() const {
     return isVersion6 ? bytes[0] == 0xFE && (bytes[1] & 0xC0) == 0x80 : bytes[0] == 169 && bytes[1] == 254;
 }

@@ -15,6 +15,8 @@ struct InternetAddress final {
     [[nodiscard]] static std::optional<InternetAddress> parse(const std::string& text);
 
     [[nodiscard]] bool isLinkLocal() const;
+    /// The same but for the link, which not everybody tells.
+    [[nodiscard]] bool isSameHostAs(const InternetAddress& other) const;
     [[nodiscard]] bool operator==(const InternetAddress&) const = default;
 
     bool isVersion6 = false;

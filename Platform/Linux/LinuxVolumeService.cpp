@@ -6,10 +6,12 @@
 #include "Platform/Linux/FoundVolume.h"
 #include "Platform/Linux/GvfsLocation.h"
 #include "Platform/Linux/GvfsMount.h"
+#include "Platform/Linux/HostAddresses.h"
 #include "Platform/Linux/MountAttempt.h"
 #include "Platform/Linux/MountTracker.h"
 #include "Platform/Linux/ProcessTable.h"
 #include "Platform/Linux/ReadablePath.h"
+#include "Platform/Linux/TwinMount.h"
 #include "Platform/Linux/VolumeUsers.h"
 
 #include <algorithm>
@@ -23,6 +25,7 @@ constexpr std::int32_t noSuchVolume = -35;
 constexpr int mostRounds = 4;
 constexpr int clumsyRounds = 2;
 constexpr Seconds answerLimit { 5 }; // for a volume that is mounted already to show that it lives
+constexpr Seconds lookUpLimit { 3 };
 constexpr Seconds fuseLimit { 2 }; // gvfs shows its mounts as files a moment after a session's first mount
 constexpr Seconds lookAgain { 0.02 };
 constexpr auto nobodysFile = ".quorrel-nobodys-file";
@@ -93,17 +96,19 @@ MountReply LinuxVolumeService::mountServerVolume(const MountRequest& request) {
     return mount(loop, *parsed.location, request.volumeName);
 }
 
-MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& location, const std::string& volumeName) {
+MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& asked, const std::string& volumeName) {
     MountTracker tracker(loop);
     if (std::string reason; !tracker.connect(reason)) {
-        m_log.line("Cannot mount %@ without a session bus: %@", { location.printable, reason });
+        m_log.line("Cannot mount %@ without a session bus: %@", { asked.printable, reason });
         return { VolumeStatus::cannotBeMounted, 0 };
     }
     removeStaleLinks(tracker);
     for (int round = 0; round < mostRounds && !loop.isOver(); ++round) {
+        const auto twin = findTwin(loop, tracker, asked);
+        const auto& location = twin ? *twin : asked;
         // AFP's program now and then waits for itself: the first one is not to have all the time there is.
         const auto limit = location.scheme == "afp" && round == 0 ? loop.remaining() / 3 : loop.remaining();
-        const auto failure = attempt(loop, tracker, location, limit);
+        const auto failure = twin ? std::nullopt : attempt(loop, tracker, location, limit);
         if (failure && !failure->isAlreadyMounted()) {
             if (!loop.isOver() && isClumsy(*failure, location, round)) {
                 m_log.line("Mounting %@ again: %@", { location.printable, failure->reason() });
@@ -115,7 +120,7 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
         const auto place = find(loop, tracker, location);
         if (!place)
             continue; // taken away by somebody, right after it was there
-        const auto status = check(loop, tracker, *place, location, !failure);
+        const auto status = check(loop, tracker, *place, location, !failure && !twin);
         if (status && *status != VolumeStatus::success)
             return { *status, 0 };
         if (!status)
@@ -127,8 +132,32 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& loca
         }
         loop.pause(lookAgain); // another call of ours takes the mount away just now
     }
-    m_log.line("Cannot mount %@: it did not stay mounted", { location.printable });
+    m_log.line("Cannot mount %@: it did not stay mounted", { asked.printable });
     return { loop.isOver() ? VolumeStatus::notResponding : VolumeStatus::ioError, 0 };
+}
+
+std::optional<GvfsLocation> LinuxVolumeService::findTwin(
+    BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) const {
+    const auto links = m_links.links();
+    const auto entries = m_references.entries();
+    if (links.empty() && entries.empty())
+        return std::nullopt;
+    auto mounts = tracker.mounts();
+    if (!mounts)
+        return std::nullopt;
+    // What others mounted stays theirs: it would be taken away from them with our volume.
+    std::erase_if(*mounts, [&](const GvfsMount& mount) {
+        return std::none_of(links.begin(), links.end(), [&](const VolumeLinks::Link& link) {
+            return mount.covers(link.target);
+        }) && std::none_of(entries.begin(), entries.end(), [&](const VolumeReferences::Entry& entry) {
+            return mount.covers(entry.identity) || FoundVolume::isDescribedBy(entry.description, mount);
+        });
+    });
+    auto twin = TwinMount::locate(
+        location, *mounts, [&](const std::string& name) { return HostAddresses::lookUp(loop, name, lookUpLimit); });
+    if (twin)
+        m_log.line("%@ is mounted already, from %@", { location.printable, twin->host });
+    return twin;
 }
 
 bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, const Place& place) const {

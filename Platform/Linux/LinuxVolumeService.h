@@ -56,7 +56,10 @@ private:
     /// Where a location was found among gvfs's mounts.
     struct Place;
 
-    [[nodiscard]] MountReply mount(BoundedLoop& loop, const GvfsLocation& location, const std::string& volumeName);
+    [[nodiscard]] MountReply mount(BoundedLoop& loop, const GvfsLocation& asked, const std::string& volumeName);
+    /// The location as a mount of ours already has it, under another name or address of its server.
+    [[nodiscard]] std::optional<GvfsLocation> findTwin(
+        BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) const;
     [[nodiscard]] std::optional<MountFailure> attempt(
         BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit);
     /// Whether the volume's files can be read by now, or there are none to be read.

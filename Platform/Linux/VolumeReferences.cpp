@@ -44,6 +44,11 @@ std::optional<VolumeReferences::Entry> VolumeReferences::find(const std::string&
     return std::nullopt;
 }
 
+std::vector<VolumeReferences::Entry> VolumeReferences::entries() const {
+    const std::lock_guard lock(m_mutex);
+    return m_entries;
+}
+
 void VolumeReferences::forget(std::int16_t volumeReference) {
     const std::lock_guard lock(m_mutex);
     std::erase_if(m_entries, [&](const Entry& entry) { return entry.description.volumeReference == volumeReference; });

@@ -25,6 +25,7 @@ public:
         const std::string& identity, const std::string& mountIdentity, MountedVolume description);
     [[nodiscard]] std::optional<Entry> find(std::int16_t volumeReference) const;
     [[nodiscard]] std::optional<Entry> find(const std::string& identity) const;
+    [[nodiscard]] std::vector<Entry> entries() const;
     void forget(std::int16_t volumeReference);
 
     /// Declares that the mount is about to go, unless an entry besides that one lies in it; whether it may go. What

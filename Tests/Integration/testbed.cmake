@@ -3,10 +3,10 @@
 set(TESTBED ${CMAKE_SOURCE_DIR}/scripts/testbed)
 
 # AFP and the name services need NETNS.
-# quorrel_integration_test(NAME SERVERS smb,dav [NETNS] SOURCES ... LINK ...)
+# quorrel_integration_test(NAME SERVERS smb,dav [NETNS] [NAMES NAME=ADDRESS...] SOURCES ... LINK ...)
 # adds one GoogleTest executable that runs as a whole inside a test bed of its own.
 function(quorrel_integration_test name)
-  cmake_parse_arguments(arg "NETNS" "SERVERS" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(arg "NETNS" "SERVERS" "NAMES;SOURCES;LINK" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gmock GTest::gtest_main)
   set(options --logs --timeout 570)
@@ -16,6 +16,9 @@ function(quorrel_integration_test name)
   if(arg_SERVERS)
     list(APPEND options --servers ${arg_SERVERS})
   endif()
+  foreach(name_of_server IN LISTS arg_NAMES)
+    list(APPEND options --name ${name_of_server})
+  endforeach()
   add_test(NAME ${name} COMMAND ${TESTBED} run ${options} -- $<TARGET_FILE:${name}>)
   # A skipped test inside the executable would look like a passed one.
   set_tests_properties(${name} PROPERTIES LABELS integration TIMEOUT 600

@@ -40,6 +40,17 @@ TEST(InternetAddressTest, anAddressOfVersion4InTheFormOfTheOtherIsTheSame) {
     EXPECT_NE(InternetAddress::parse("10.78.0.3"), InternetAddress::parse("10.78.0.2"));
 }
 
+TEST(InternetAddressTest, aLinkThatIsNotToldIsAnyLink) {
+    auto address = InternetAddress::parse("fe80::1").value();
+    auto other = address;
+    other.link = 2;
+    EXPECT_TRUE(address.isSameHostAs(other));
+    EXPECT_TRUE(other.isSameHostAs(address));
+    address.link = 3;
+    EXPECT_FALSE(address.isSameHostAs(other));
+    EXPECT_FALSE(address.isSameHostAs(InternetAddress::parse("fe80::2").value()));
+}
+
 TEST(InternetAddressTest, whatIsNoAddressIsNone) {
     using namespace std::string_literals;
     for (const auto& text : { ""s, "localhost"s, "10.78.0.256"s, "10.78.0.2.3"s, "fd77::3::1"s, "[::1]"s, " 10.78.0.2"s,
