@@ -275,8 +275,11 @@ TEST_F(OperationQueueTest, anOperationThatHasStartedIsNotReplacedByALaterOneOfIt
 TEST_F(OperationQueueTest, operationsOfOneSubjectRunOneAfterAnotherAndThoseBehindThemGoFirst) {
     const int otherSubject = 0;
     Gate otherRan;
+    std::atomic<bool> othersRan = false;
     std::vector<std::string> order; // of one subject's, which no lock need guard
-    const auto note = [&](const std::string& name) { return work([&order, name](Work&) { order.push_back(name); }); };
+    const auto note = [&](const std::string& name) {
+        return work([&, name](Work&) { order.push_back(othersRan ? name : name + " too early"); });
+    };
     queue.addOperation(blocked(), { "mount", this });
     ASSERT_TRUE(started.wait());
     queue.addOperation(note("unmount"), { "unmount", this });
@@ -286,6 +289,7 @@ TEST_F(OperationQueueTest, operationsOfOneSubjectRunOneAfterAnotherAndThoseBehin
     EXPECT_TRUE(otherRan.wait(2));
     EXPECT_EQ(idle.count(), 0);
 
+    othersRan = true;
     mayEnd.open();
     ASSERT_TRUE(idle.wait());
     EXPECT_EQ(order, (std::vector<std::string> { "unmount", "mount" }));
@@ -295,6 +299,8 @@ TEST_F(OperationQueueTest, manySubjectsKeepTheirOrderOnAllWorkers) {
     constexpr std::size_t subjects = 20;
     constexpr int rounds = 50;
     std::vector<std::vector<int>> order(subjects);
+    std::vector<std::atomic<int>> atWork(subjects);
+    std::atomic<int> overlaps = 0;
     const std::vector<std::string> kinds = [] {
         std::vector<std::string> result;
         for (int round = 0; round < rounds; ++round)
@@ -302,11 +308,19 @@ TEST_F(OperationQueueTest, manySubjectsKeepTheirOrderOnAllWorkers) {
         return result;
     }();
     for (int round = 0; round < rounds; ++round)
-        for (auto& each : order)
-            queue.addOperation(work([&each, round](Work&) { each.push_back(round); }),
-                { kinds[static_cast<std::size_t>(round)], &each });
+        for (std::size_t subject = 0; subject < subjects; ++subject)
+            queue.addOperation(work([&, subject, round](Work&) {
+                if (atWork[subject]++ == 0)
+                    order[subject].push_back(round);
+                else
+                    ++overlaps;
+                std::this_thread::yield();
+                --atWork[subject];
+            }),
+                { kinds[static_cast<std::size_t>(round)], &order[subject] });
     for (int seen = 0; queue.operationCount() > 0;) // it may have been idle in between
         ASSERT_TRUE(idle.wait(++seen));
+    EXPECT_EQ(overlaps, 0);
     for (const auto& each : order) {
         EXPECT_EQ(each.size(), static_cast<std::size_t>(rounds));
         EXPECT_TRUE(std::is_sorted(each.begin(), each.end()));

@@ -100,6 +100,14 @@ TEST_F(CatalogueFileTest, LoadingStartsAModelMonitorForEachHost) {
     EXPECT_THAT(monitored(), ElementsAre("a", "b"));
 }
 
+TEST_F(CatalogueFileTest, LoadingAgainEndsTheModelMonitorsOfTheHostsThatWereReplaced) {
+    files.put(cataloguePath, catalogueOf({ "a", "b" }));
+    controller->loadHostsArray();
+    files.put(cataloguePath, catalogueOf({ "b", "c" }));
+    controller->loadHostsArray();
+    EXPECT_THAT(monitored(), ElementsAre("b", "c"));
+}
+
 TEST_F(CatalogueFileTest, SavingStartsAModelMonitorOnlyForHostsWithoutOne) {
     files.put(cataloguePath, catalogueOf({ "a" }));
     controller->loadHostsArray();

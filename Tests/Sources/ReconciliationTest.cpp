@@ -62,6 +62,15 @@ TEST_F(ReconciliationTest, AppearancesMountOnlyWhatIsAutomatic) {
     EXPECT_FALSE(host->sharePointForName("Music")->manualMount.get());
 }
 
+TEST_F(ReconciliationTest, AnAppearanceQueuesNoMountOfASharePointThatIsBeingMounted) {
+    const auto host = addHost("Office", afp, { "Public", "Music" });
+    host->sharePointForName("Music")->setMounting(true);
+    occupyQueue();
+    announceService(1, "Office", afpType);
+    EXPECT_EQ(waitingOperations(), 1U);
+    controller->opQueue().cancelAllOperations();
+}
+
 TEST_F(ReconciliationTest, TheSameHostOverTwoProtocolsIsNamedResolvedAndMonitoredOnce) {
     const auto host = addHost("Office", afp, { "Public", "Music" });
     addService(host, smb);
