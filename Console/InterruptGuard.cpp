@@ -1,25 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/InterruptGuard.h"
 
-#include "Foundation/OperationQueue.h"
-#include "Foundation/WakeSignal.h"
 #include "Platform/VolumeService.h"
-
-#include <chrono>
-#include <memory>
+#include "Sources/OperationsEnd.h"
 
 namespace quorrel {
 
 namespace {
 
 /// Who presses the keys that end a program wants it gone within a second.
-constexpr std::chrono::milliseconds patience { 700 };
-
-bool waitUntilIdle(OperationQueue& queue) {
-    const auto idle = std::make_shared<WakeSignal>();
-    const auto subscription = queue.observeIdle([idle] { idle->signal(); });
-    return queue.operationCount() == 0 || idle->waitFor(patience);
-}
+constexpr Seconds patience { 0.7 };
 
 } // namespace
 
@@ -51,11 +41,9 @@ bool InterruptGuard::interrupt(int signal) {
         queue = m_queue;
         m_isAtWork = queue != nullptr;
     }
-    // First what waits, or it would take the places of what gives up.
-    if (queue != nullptr)
-        queue->cancelAllOperations();
+    const bool isIdle = queue == nullptr || endOperations(*queue, m_volumes, patience);
+    // What is asked for outside of the queue, and from now on.
     m_volumes.interrupt();
-    const bool isIdle = queue == nullptr || waitUntilIdle(*queue);
     {
         const std::lock_guard lock(m_mutex);
         m_isAtWork = false;

@@ -10,6 +10,7 @@
 #include "Platform/CatalogueLock.h"
 #include "Sources/AdoptionOperation.h"
 #include "Sources/MountEnvironment.h"
+#include "Sources/OperationsEnd.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -19,6 +20,13 @@
 #include <string>
 
 namespace quorrel {
+
+namespace {
+
+/// Within the time that a signal gives the program.
+constexpr Seconds patienceAtEnd { 0.45 };
+
+} // namespace
 
 DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery,
     CatalogueLock& lock, LoginItems& loginItems, const DesktopProgramOptions& options)
@@ -58,6 +66,8 @@ int DesktopProgram::run() {
     adoptMountedVolumes();
     const int status = QApplication::exec();
     m_controller.applicationWillTerminate();
+    // Whether anything is left does not matter: the process ends without it.
+    static_cast<void>(endOperations(m_controller.opQueue(), m_world.mounting.volumes, patienceAtEnd));
     return status;
 }
 
