@@ -93,10 +93,15 @@ def enter(pid, kinds=MOUNTS | NAME | NETWORK):
     place = os.getcwd()
     handles = [(os.open(f"/proc/{pid}/ns/{file}", os.O_RDONLY | os.O_CLOEXEC), kind)
                for kind, file in _FILES.items() if kind & kinds]
+    root = os.open(f"/proc/{pid}/root", os.O_PATH | os.O_CLOEXEC)
     for handle, kind in handles:
         _check(_libc.setns(handle, kind), "setns")
         os.close(handle)
-    # The kernel leaves whoever enters mounts at their root.
+    # The kernel leaves whoever enters mounts at their root, which need not be that of the process.
+    if kinds & MOUNTS:
+        os.fchdir(root)
+        os.chroot(".")
+    os.close(root)
     with contextlib.suppress(OSError):
         os.chdir(place)
 
