@@ -3,6 +3,7 @@
 
 #include "Platform/Linux/FileDescriptor.h"
 #include "Platform/Linux/SystemError.h"
+#include "Platform/Linux/UnfinishedFile.h"
 
 #include <algorithm>
 #include <array>
@@ -21,7 +22,6 @@ namespace quorrel::OwnerOnlyFile {
 
 namespace {
 
-constexpr mode_t ownerFile = S_IRUSR | S_IWUSR;
 constexpr mode_t ownerFolder = S_IRWXU;
 
 std::string folderOf(const std::string& path) {
@@ -31,41 +31,19 @@ std::string folderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-/// Where symbolic links lead, also to nothing yet, so that replacing the file does not replace the link.
-std::string behindLinks(const std::string& path) {
+/// Where symbolic links lead, also to nothing yet, so that replacing the file does not replace the link. Absent for
+/// links that lead in a circle.
+std::optional<std::string> behindLinks(const std::string& path) {
     constexpr int longestChain = 40;
     std::filesystem::path target(path);
     for (int steps = 0; steps < longestChain; ++steps) {
         std::error_code error;
         const auto next = std::filesystem::read_symlink(target, error);
         if (error)
-            break;
+            return target.string();
         target = target.parent_path() / next; // an absolute one replaces the whole
     }
-    return target.string();
-}
-
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR)
-            return false;
-        if (written > 0)
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
-/// A new file beside the path; its name ends so that no other program takes it for the file itself.
-FileDescriptor createBeside(const std::string& path, std::string& name) {
-    constexpr int attempts = 100;
-    for (int number = 0; number < attempts; ++number) {
-        name = path + "." + std::to_string(getpid()) + "-" + std::to_string(number) + ".new";
-        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, ownerFile);
-        if (descriptor >= 0 || errno != EEXIST)
-            return FileDescriptor(descriptor);
-    }
-    return FileDescriptor();
+    return std::nullopt;
 }
 
 /// Some file systems cannot flush a folder; there the rename alone has to do.
@@ -74,19 +52,6 @@ bool flushFolder(const std::string& path) {
     if (!folder.isOpen())
         return errno == EACCES;
     return ::fsync(folder.get()) == 0 || errno == EINVAL || errno == EROFS;
-}
-
-/// Writes the bytes, flushed, to a new file beside the path; returns the error number, with nothing left behind.
-int writeBeside(const std::string& path, std::string_view bytes, std::string& name) {
-    const FileDescriptor file = createBeside(path, name);
-    if (!file.isOpen())
-        return errno;
-    // The umask can only have taken rights away, even the owner's own.
-    if (::fchmod(file.get(), ownerFile) == 0 && writeAll(file.get(), bytes) && ::fsync(file.get()) == 0)
-        return 0;
-    const int error = errno;
-    ::unlink(name.c_str());
-    return error;
 }
 
 /// Renames unless something has the new name; returns the error number.
@@ -132,34 +97,35 @@ Content read(const std::string& path, std::size_t largest) {
 }
 
 std::optional<std::string> replace(const std::string& path, std::string_view bytes) {
-    const std::string target = behindLinks(path);
-    std::string name;
-    if (const int error = writeBeside(target, bytes, name))
+    const auto target = behindLinks(path);
+    if (!target)
+        return systemErrorText(ELOOP);
+    UnfinishedFile file(*target);
+    if (const int error = file.write(bytes))
         return systemErrorText(error);
-    if (::rename(name.c_str(), target.c_str()) != 0) {
-        const int error = errno;
-        ::unlink(name.c_str());
-        return systemErrorText(error);
-    }
-    if (!flushFolder(folderOf(target)))
+    if (::rename(file.name().c_str(), target->c_str()) != 0)
+        return systemErrorText(errno);
+    file.wasRenamed();
+    if (!flushFolder(folderOf(*target)))
         return systemErrorText(errno);
     return std::nullopt;
 }
 
 std::optional<std::string> create(const std::string& stem, const std::string& ending, std::string_view bytes) {
-    std::string name;
-    if (writeBeside(stem + ending, bytes, name) != 0)
+    UnfinishedFile file(stem + ending);
+    if (file.write(bytes) != 0)
         return std::nullopt;
     for (int number = 0; number < INT_MAX; ++number) {
         auto path = number == 0 ? stem : stem + "-" + std::to_string(number);
         path += ending;
-        const int error = renameToFree(name, path);
-        if (error == 0)
-            return flushFolder(folderOf(path)) ? std::optional(std::move(path)) : std::nullopt;
-        if (error != EEXIST)
+        const int error = renameToFree(file.name(), path);
+        if (error == EEXIST)
+            continue;
+        if (error != 0)
             break;
+        file.wasRenamed();
+        return flushFolder(folderOf(path)) ? std::optional(std::move(path)) : std::nullopt;
     }
-    ::unlink(name.c_str());
     return std::nullopt;
 }
 
@@ -179,6 +145,9 @@ std::optional<std::string> createFolders(const std::string& path) {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
         const auto part = path.substr(0, end);
         const bool isMade = ::mkdir(part.c_str(), ownerFolder) == 0 && ::chmod(part.c_str(), ownerFolder) == 0;
+        // What is saved in it is only as lasting as it is; that a flush fails is no reason to go without the folder.
+        if (isMade)
+            static_cast<void>(flushFolder(folderOf(part)));
         if (!isMade && errno != EEXIST) {
             // A folder above may be one that this user can pass but not write.
             const int error = errno;

@@ -22,7 +22,7 @@ struct Content final {
 
 /// Writes beside the old file, readable by the owner alone from the first byte on and whatever the umask, flushes to
 /// disk, and puts the new file in place, behind a symbolic link if there is one. After a failure the old file is whole
-/// and nothing is left beside it.
+/// and nothing is left beside it; what a program left that was killed in the middle goes with the next replacement.
 [[nodiscard]] std::optional<std::string> replace(const std::string& path, std::string_view bytes);
 
 /// Writes a new file, as `replace` does, under the first free name of STEM + ENDING, STEM-1 + ENDING and so on; what is
