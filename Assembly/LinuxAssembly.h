@@ -23,6 +23,7 @@
 #include "Sources/MountEnvironment.h"
 #include "Sources/ProgramEnvironment.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,6 +47,9 @@ public:
     void endTools() { m_runningTools->endAll(); }
 
 private:
+    /// With two name servers that are dead, nslookup gives up by itself after 20 seconds.
+    static constexpr ProgramBounds boundsOfTools { std::chrono::seconds(25), 1024 * 1024 };
+
     const StandardPaths m_paths;
     SystemClock m_clock;
     Preferences m_preferences;
@@ -59,7 +63,7 @@ private:
     LinuxWorkspace m_workspace;
     const std::shared_ptr<RunningTools> m_runningTools = std::make_shared<RunningTools>();
     PosixChildProcess m_childProcess; // the user's scripts, which outlive the program
-    PosixChildProcess m_tools { m_runningTools };
+    PosixChildProcess m_tools { m_runningTools, boundsOfTools };
     LinuxVolumeService m_volumes;
     AvahiServiceDiscovery m_discovery;
     MountEnvironment m_mounting;

@@ -8,11 +8,12 @@ namespace quorrel {
 
 struct ChildProcessResult final {
     bool started = false;
-    std::string failure; ///< why it could not be started
+    std::string failure; ///< why it could not be started, or was ended before its time
     std::string output; ///< standard output to its end, raw bytes
 };
 
-/// Runs programs. Any thread; blocks the caller.
+/// Runs programs. Any thread; blocks the caller. One that is made with bounds ends a program that does not keep them,
+/// tells why, and gives the output as far as it came.
 class ChildProcess {
 public:
     virtual ~ChildProcess() = default;

@@ -3,6 +3,7 @@
 
 #include "Foundation/Paragraphs.h"
 #include "Foundation/Text.h"
+#include "Sources/ToolOutput.h"
 
 #include <algorithm>
 #include <utility>
@@ -59,7 +60,7 @@ bool CommandLineLookup::lookup(const std::string& hostName) {
 std::string CommandLineLookup::output(const std::string& hostName) {
     auto arguments = m_tool.arguments;
     arguments.push_back(hostName);
-    return Text::fromASCII(m_childProcess.run(m_path, arguments).output); // a tool that is not there said nothing
+    return toolOutput(m_childProcess, m_log, m_path, arguments);
 }
 
 bool CommandLineLookup::fail() {

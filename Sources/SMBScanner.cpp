@@ -3,10 +3,9 @@
 
 #include "Foundation/Log.h"
 #include "Foundation/Paragraphs.h"
-#include "Foundation/Text.h"
 #include "Foundation/TextList.h"
-#include "Platform/ChildProcess.h"
 #include "Sources/DiscoveryEnvironment.h"
+#include "Sources/ToolOutput.h"
 
 #include <algorithm>
 #include <string>
@@ -16,8 +15,9 @@ namespace quorrel {
 
 void SMBScanner::main() {
     m_environment.log.line("Scaning for samba hosts Thread Started");
-    const auto result = m_environment.childProcess.run(m_environment.nmblookupPath, { "*", "-T" });
-    for (auto& line : Text::paragraphs(Text::fromASCII(result.output))) {
+    const auto output
+        = toolOutput(m_environment.childProcess, m_environment.log, m_environment.nmblookupPath, { "*", "-T" });
+    for (auto& line : Text::paragraphs(output)) {
         const auto comma = line.find(',');
         if (comma == std::string::npos || !m_smbHosts)
             continue;

@@ -5,31 +5,96 @@
 #include "Platform/Linux/SpawnedProcess.h"
 #include "Platform/Linux/SystemError.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstddef>
+#include <csignal>
+#include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 namespace quorrel {
 
 namespace {
 
-std::string readToEnd(int descriptor) {
-    std::string output;
-    std::array<char, 16384> buffer {};
+using Clock = std::chrono::steady_clock;
+using Deadline = std::optional<Clock::time_point>;
+
+constexpr std::chrono::milliseconds timeToEnd { 500 }; // from the request to the kill
+constexpr std::chrono::milliseconds timeToDie { 500 };
+
+enum class Reading { CameToEnd, TooLate, TooMuch };
+
+/// Whether there is something to read, if only the end; false once the time is over.
+bool waitForOutput(int descriptor, const Deadline& deadline) {
     for (;;) {
-        const auto count = ::read(descriptor, buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return output;
-        output.append(buffer.data(), static_cast<std::size_t>(count));
+        int remaining = -1;
+        if (deadline) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now()).count();
+            if (left <= 0)
+                return false;
+            remaining = static_cast<int>(left);
+        }
+        pollfd watched { descriptor, POLLIN, 0 };
+        const int count = ::poll(&watched, 1, remaining);
+        if (count != 0 && !(count < 0 && errno == EINTR))
+            return true;
     }
 }
 
+class OutputReader final {
+public:
+    explicit OutputReader(int descriptor)
+        : m_descriptor(descriptor) { }
+
+    /// Keeps no more bytes than that.
+    Reading read(const Deadline& deadline, std::size_t most) {
+        while (waitForOutput(m_descriptor, deadline)) {
+            const auto count = readSome();
+            if (count == 0)
+                return Reading::CameToEnd;
+            const auto kept = std::min(count, most - output.size());
+            output.append(m_buffer.data(), kept);
+            if (kept < count)
+                return Reading::TooMuch;
+        }
+        return Reading::TooLate;
+    }
+
+    /// Reads on so that whoever writes is not held up.
+    void discard(std::chrono::milliseconds time) {
+        const auto deadline = Clock::now() + time;
+        while (waitForOutput(m_descriptor, deadline) && readSome() != 0) { }
+    }
+
+    std::string output;
+
+private:
+    std::size_t readSome() {
+        ssize_t count = -1;
+        do
+            count = ::read(m_descriptor, m_buffer.data(), m_buffer.size());
+        while (count < 0 && errno == EINTR);
+        return count < 0 ? 0 : static_cast<std::size_t>(count);
+    }
+
+    const int m_descriptor;
+    std::array<char, 16384> m_buffer {};
+};
+
+std::string complaint(Reading reading, const ProgramBounds& bounds) {
+    return reading == Reading::TooLate ? "It took longer than " + std::to_string(bounds.time.count()) + " milliseconds"
+                                       : "It printed more than " + std::to_string(bounds.output) + " bytes";
+}
+
 } // namespace
+
+PosixChildProcess::PosixChildProcess(std::shared_ptr<RunningTools> tools, std::optional<ProgramBounds> bounds)
+    : m_tools(std::move(tools))
+    , m_bounds(bounds) { }
 
 ChildProcessResult PosixChildProcess::run(const std::string& path, const std::vector<std::string>& arguments) {
     const auto failed = [](int error) { return ChildProcessResult { false, systemErrorText(error), {} }; };
@@ -39,12 +104,26 @@ ChildProcessResult PosixChildProcess::run(const std::string& path, const std::ve
     const FileDescriptor readEnd(ends[0]);
     FileDescriptor writeEnd(ends[1]);
     SpawnedProcess process(path, arguments);
-    if (const int error = process.start(writeEnd.get()))
+    const auto deadline = m_bounds ? Deadline(Clock::now() + m_bounds->time) : std::nullopt;
+    if (const int error
+        = process.start(writeEnd.get(), m_bounds ? SpawnedProcess::Group::Own : SpawnedProcess::Group::Ours))
         return failed(error);
     if (m_tools)
         m_tools->began(process.identifier());
     writeEnd.close();
-    ChildProcessResult result { true, {}, readToEnd(readEnd.get()) };
+    OutputReader reader(readEnd.get());
+    ChildProcessResult result { true, {}, {} };
+    const auto reading = reader.read(deadline, m_bounds ? m_bounds->output : std::string::npos);
+    if (reading != Reading::CameToEnd) {
+        result.failure = complaint(reading, *m_bounds);
+        // Until it is reaped, its number is the group's and nobody else's.
+        const pid_t group = -process.identifier();
+        ::kill(group, SIGTERM);
+        reader.discard(timeToEnd);
+        ::kill(group, SIGKILL);
+        reader.discard(timeToDie);
+    }
+    result.output = std::move(reader.output);
     if (m_tools)
         m_tools->ended(process.identifier());
     process.reap();

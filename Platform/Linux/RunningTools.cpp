@@ -3,13 +3,24 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 namespace quorrel {
+
+namespace {
+
+/// With whatever it started, where it has a group of its own.
+void end(pid_t child) {
+    ::kill(::getpgid(child) == child ? -child : child, SIGTERM);
+}
+
+} // namespace
 
 void RunningTools::began(pid_t child) {
     const std::lock_guard lock(m_mutex);
     m_children.insert(child);
     if (m_isEnding)
-        ::kill(child, SIGTERM);
+        end(child);
 }
 
 void RunningTools::ended(pid_t child) {
@@ -21,7 +32,7 @@ void RunningTools::endAll() {
     const std::lock_guard lock(m_mutex);
     m_isEnding = true;
     for (const auto child : m_children)
-        ::kill(child, SIGTERM);
+        end(child);
 }
 
 } // namespace quorrel

@@ -107,9 +107,9 @@ SpawnedProcess::SpawnedProcess(std::string program, std::vector<std::string> arg
     m_words.insert(m_words.begin(), std::move(program));
 }
 
-int SpawnedProcess::start(int output) {
+int SpawnedProcess::start(int output, Group group) {
     SpawnSettings settings;
-    int error = settings.prepare(0);
+    int error = settings.prepare(group == Group::Own ? POSIX_SPAWN_SETPGROUP : 0);
     if (error == 0)
         error = settings.writeOutputTo(output);
     if (error == 0)

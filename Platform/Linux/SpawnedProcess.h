@@ -15,8 +15,9 @@ public:
     /// A program without a slash in its name is searched for in PATH by `startDetached` alone.
     SpawnedProcess(std::string program, std::vector<std::string> arguments);
 
+    enum class Group { Ours, Own };
     /// With that file for its standard output. Returns an error number, 0 when it runs; the caller reaps it.
-    [[nodiscard]] int start(int output);
+    [[nodiscard]] int start(int output, Group group = Group::Ours);
     /// In a session of its own, without any input and output, so that it outlives us and nothing aimed at us meets it.
     /// It is reaped whenever it ends. Returns an error number, 0 when it runs.
     [[nodiscard]] int startDetached();

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <memory>
+#include <sstream>
 #include <thread>
 
 #include <fcntl.h>
@@ -21,10 +22,23 @@ namespace quorrel {
 
 class PosixChildProcessTest : public testing::Test {
 protected:
-    ChildProcessResult shell(const std::string& script, const std::vector<std::string>& arguments = {}) {
-        std::vector<std::string> words { "-c", script, "sh" };
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        return process.run("/bin/sh", words);
+    using milliseconds = std::chrono::milliseconds;
+    using Words = std::vector<std::string>;
+    static constexpr std::size_t plenty = 1000000;
+
+    ChildProcessResult shell(const std::string& script, const Words& arguments = {}) {
+        return process.run("/bin/sh", words(script, arguments));
+    }
+
+    ChildProcessResult bounded(
+        milliseconds time, std::size_t output, const std::string& script, const Words& arguments = {}) {
+        return PosixChildProcess(tools, ProgramBounds { time, output }).run("/bin/sh", words(script, arguments));
+    }
+
+    static Words words(const std::string& script, const Words& arguments) {
+        Words all { "-c", script, "sh" };
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return all;
     }
 
     std::shared_ptr<RunningTools> tools = std::make_shared<RunningTools>();
@@ -136,6 +150,64 @@ TEST_F(PosixChildProcessTest, childrenOfAProgramThatEndsEndWithIt) {
     runner.join();
     EXPECT_TRUE(shell("exec sleep 600").started) << "one that is started afterwards ends as well";
     EXPECT_EQ(PosixChildProcess().run("/bin/echo", { "on" }).output, "on\n") << "one that is no tool does not";
+}
+
+TEST_F(PosixChildProcessTest, aProgramThatTakesTooLongIsEndedAndSaysWhatItSaid) {
+    const auto result = bounded(milliseconds(1500), plenty, "echo $$; exec sleep 600");
+    EXPECT_TRUE(result.started);
+    EXPECT_EQ(result.failure, "It took longer than 1500 milliseconds");
+    ASSERT_NE(result.output, "");
+    EXPECT_TRUE(isGone(static_cast<pid_t>(std::stol(result.output))));
+}
+
+TEST_F(PosixChildProcessTest, aProgramThatIgnoresTheRequestIsKilledWithWhatItStarted) {
+    const auto result
+        = bounded(std::chrono::minutes(1), 1000, "trap '' TERM; sleep 600 & echo $! $$; echo; yes words; sleep 600");
+    EXPECT_EQ(result.failure, "It printed more than 1000 bytes");
+    std::istringstream numbers(result.output);
+    int gone = 0;
+    for (pid_t child = 0; numbers >> child;)
+        gone += hasStopped(child) ? 1 : 0;
+    EXPECT_EQ(gone, 2);
+}
+
+TEST_F(PosixChildProcessTest, aChildThatLeavesTheGroupHoldsTheOutputOpenInVain) {
+    const auto gate = folder.path("gate");
+    ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
+    const FileDescriptor open(::open(gate.c_str(), O_RDWR | O_CLOEXEC));
+    const auto result
+        = bounded(milliseconds(200), plenty, "setsid sh -c 'echo $$; read word <\"$1\"' sh \"$1\" & exit", { gate });
+    EXPECT_EQ(result.failure, "It took longer than 200 milliseconds");
+    ASSERT_EQ(::write(open.get(), "go\n", 3), 3);
+    EXPECT_TRUE(result.output.empty() || hasStopped(static_cast<pid_t>(std::stol(result.output))));
+}
+
+TEST_F(PosixChildProcessTest, ofOneThatPrintsWithoutEndOnlyTheFirstBytesAreKept) {
+    const auto result = bounded(std::chrono::minutes(1), 100000, "exec yes 0123456789abcde");
+    EXPECT_EQ(result.failure, "It printed more than 100000 bytes");
+    EXPECT_EQ(result.output.size(), 100000U);
+    EXPECT_EQ(result.output.substr(99984), "0123456789abcde\n");
+}
+
+TEST_F(PosixChildProcessTest, whatKeepsTheBoundsIsNotTouched) {
+    const auto result = bounded(std::chrono::minutes(1), 100000, "yes 0123456789abcde | head -c 100000");
+    EXPECT_EQ(result.failure, "");
+    EXPECT_EQ(result.output.size(), 100000U);
+}
+
+TEST_F(PosixChildProcessTest, toolsInGroupsOfTheirOwnEndWithTheProgramTogetherWithWhatTheyStarted) {
+    const auto started = folder.path("started");
+    ASSERT_EQ(::mkfifo(started.c_str(), 0600), 0);
+    ChildProcessResult result;
+    std::thread runner([&] {
+        result = bounded(
+            std::chrono::minutes(10), plenty, "sleep 600 & echo $!; echo >\"$1\"; wait $!; exit", { started });
+    });
+    const FileDescriptor isStarted(::open(started.c_str(), O_RDONLY | O_CLOEXEC));
+    tools->endAll();
+    runner.join();
+    EXPECT_EQ(result.failure, "");
+    EXPECT_TRUE(hasStopped(static_cast<pid_t>(std::stol(result.output))));
 }
 
 TEST_F(PosixChildProcessTest, signalsToThisProcessDoNotCutTheOutputShort) {

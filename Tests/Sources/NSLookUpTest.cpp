@@ -51,6 +51,16 @@ TEST_F(NSLookUpTest, logsEachStepInOrder) {
             "nslookup resolved files.lan.test to: 10.77.0.2"));
 }
 
+TEST_F(NSLookUpTest, takesWhatAToolThatWasEndedHadSaidAndTellsOfIt) {
+    childProcess.setResponder(nslookup, [&](const Call&) {
+        return ChildProcessResult { true, "It took longer than 5 milliseconds", "Name: attic\nAddress: 10.0.1.7\n" };
+    });
+    EXPECT_TRUE(tool.lookup("attic"));
+    EXPECT_THAT(sink.texts(),
+        ElementsAre("Resolving attic with nsLookup", "/usr/bin/nslookup was ended: It took longer than 5 milliseconds",
+            "\nName: attic\nAddress: 10.0.1.7\n", "nslookup resolved attic to: 10.0.1.7"));
+}
+
 TEST_F(NSLookUpTest, saysWhatItDoesBeforeItRunsTheTool) {
     std::vector<std::string> before;
     childProcess.setResponder(nslookup, [&](const Call&) {
