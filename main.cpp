@@ -9,11 +9,11 @@
 #include "Platform/Linux/SignalWatch.h"
 #include "Platform/Linux/StandardPaths.h"
 #include "Platform/Linux/StandardStreams.h"
+#include "Sources/OperationsEnd.h"
 
 #include <QApplication>
 
 #include <atomic>
-#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -28,9 +28,6 @@
 using namespace quorrel;
 
 namespace {
-
-/// How long the main thread gets to end the program after a signal, whatever it is blocked in.
-constexpr std::chrono::milliseconds patience { 700 };
 
 int userErrors = STDERR_FILENO; // what standard error was before it became the log
 
@@ -100,7 +97,7 @@ int main(int argumentCount, char** arguments) {
     const SignalWatch signalWatch([&](int signal) {
         if (auto* program = running.load()) {
             program->quit();
-            std::this_thread::sleep_for(patience);
+            std::this_thread::sleep_for(signalPatience);
         }
         if (auto* assembly = assembled.load())
             assembly->endTools();

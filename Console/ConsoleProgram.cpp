@@ -10,10 +10,10 @@
 #include "Console/PasswordFile.h"
 #include "Console/ShareOperations.h"
 #include "Console/ShareTable.h"
-#include "Foundation/Clock.h"
 #include "Sources/HostDefinition.h"
 #include "Sources/MountedVolumes.h"
 #include "Sources/MountEnvironment.h"
+#include "Sources/OperationsEnd.h"
 #include "Sources/QuorrelAppDelegate.h"
 #include "Sources/SharePointDefinition.h"
 
@@ -200,8 +200,7 @@ void ConsoleProgram::print(const std::vector<ShareRow>& rows, bool json) const {
 }
 
 std::optional<int> ConsoleProgram::interrupt(int signal) {
-    constexpr Seconds patience { 0.7 };
-    m_hasBegun.waitFor(patience);
+    m_hasBegun.waitFor(signalPatience);
     if (m_keeper)
         return m_keeper->interrupt(signal);
     m_environment.prompt.restore();

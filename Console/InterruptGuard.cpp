@@ -6,13 +6,6 @@
 
 namespace quorrel {
 
-namespace {
-
-/// Who presses the keys that end a program wants it gone within a second.
-constexpr Seconds patience { 0.7 };
-
-} // namespace
-
 InterruptGuard::InterruptGuard(VolumeService& volumes)
     : m_volumes(volumes) { }
 
@@ -23,7 +16,7 @@ void InterruptGuard::guard(OperationQueue& queue) {
 
 std::optional<int> InterruptGuard::release() {
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, 2 * patience, [&] { return !m_isAtWork; });
+    m_changed.wait_for(lock, 2 * signalPatience, [&] { return !m_isAtWork; });
     m_queue = nullptr;
     return m_signal;
 }
@@ -41,7 +34,7 @@ bool InterruptGuard::interrupt(int signal) {
         queue = m_queue;
         m_isAtWork = queue != nullptr;
     }
-    const bool isIdle = queue == nullptr || endOperations(*queue, m_volumes, patience);
+    const bool isIdle = queue == nullptr || endOperations(*queue, m_volumes, signalPatience);
     // What is asked for outside of the queue, and from now on.
     m_volumes.interrupt();
     {

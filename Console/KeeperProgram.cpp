@@ -16,6 +16,7 @@
 #include "Platform/ServiceManager.h"
 #include "Sources/AdoptionOperation.h"
 #include "Sources/MountEnvironment.h"
+#include "Sources/OperationsEnd.h"
 #include "Sources/QuorrelAppDelegate.h"
 
 #include <chrono>
@@ -29,7 +30,6 @@ namespace {
 
 constexpr int exitSuccess = 0;
 constexpr int exitNotKeeping = 1;
-constexpr std::chrono::milliseconds patience { 700 };
 
 } // namespace
 
@@ -135,7 +135,8 @@ std::optional<int> KeeperProgram::interrupt(int signal) {
         askForReload();
         return std::nullopt;
     }
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const auto deadline = std::chrono::steady_clock::now()
+        + std::chrono::duration_cast<std::chrono::steady_clock::duration>(signalPatience);
     m_isEnding = true;
     m_world.runLoop.quit();
     m_world.keeper.serviceManager.stopping();

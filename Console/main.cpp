@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/ConsoleProgram.h"
 #include "Console/LinuxConsole.h"
-#include "Foundation/Clock.h"
 #include "Foundation/WakeSignal.h"
 #include "Platform/Linux/LogFile.h"
 #include "Platform/Linux/SignalWatch.h"
@@ -9,6 +8,7 @@
 #include "Platform/Linux/StandardPaths.h"
 #include "Platform/Linux/StandardStreams.h"
 #include "Platform/Linux/SystemError.h"
+#include "Sources/OperationsEnd.h"
 
 #include <array>
 #include <atomic>
@@ -27,9 +27,6 @@
 using namespace quorrel;
 
 namespace {
-
-/// How long a signal waits for a program that is being put together.
-constexpr Seconds patience { 0.7 };
 
 /// Runs this program again in this process; returns what went wrong.
 std::string beginAnew(std::optional<SignalWatch>& signals, int errors, char** arguments) {
@@ -57,7 +54,7 @@ int main(int argumentCount, char** arguments) {
     std::atomic<ConsoleProgram*> running = nullptr;
     std::atomic<LinuxConsole*> assembled = nullptr;
     std::optional<SignalWatch> signals(std::in_place, [&](int signal) {
-        isMade.waitFor(patience);
+        isMade.waitFor(signalPatience);
         auto* program = running.load();
         const auto status = program ? program->interrupt(signal) : 128 + signal;
         if (!status)
