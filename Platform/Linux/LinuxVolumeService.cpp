@@ -27,6 +27,7 @@ constexpr int clumsyRounds = 2;
 constexpr Seconds answerLimit { 5 }; // for a volume that is mounted already to show that it lives
 constexpr Seconds lookUpLimit { 3 };
 constexpr Seconds fuseLimit { 2 }; // gvfs shows its mounts as files a moment after a session's first mount
+constexpr Seconds revivalLimit { 5 };
 constexpr Seconds lookAgain { 0.02 };
 constexpr auto nobodysFile = ".quorrel-nobodys-file";
 constexpr Seconds cleanupTime { 2 };
@@ -61,6 +62,17 @@ bool isBusy(const TrackerReply& reply) {
     return reply.error && reply.error->domain == G_IO_ERROR && reply.error->code == G_IO_ERROR_BUSY;
 }
 
+MountFailure failureWithoutGio(bool isMounted) {
+    MountFailure failure;
+    if (isMounted) {
+        failure.domain = G_IO_ERROR;
+        failure.code = G_IO_ERROR_ALREADY_MOUNTED;
+    } else {
+        failure.message = "the session bus that this program was started on has ended; start the program again";
+    }
+    return failure;
+}
+
 } // namespace
 
 struct LinuxVolumeService::Place final {
@@ -76,7 +88,8 @@ LinuxVolumeService::LinuxVolumeService(Log& log, const Preferences& preferences,
     , m_settings(settings)
     , m_contexts(std::make_unique<MainContextPool>())
     , m_links(settings.homeDirectory, settings.runtimeDirectory + "/gvfs")
-    , m_formerMounts(settings.runtimeDirectory) { }
+    , m_formerMounts(settings.runtimeDirectory)
+    , m_files(log, settings.runtimeDirectory + "/gvfs") { }
 
 LinuxVolumeService::~LinuxVolumeService() = default;
 
@@ -126,7 +139,7 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& aske
         if (!status)
             continue;
         if (const auto reply = enter(*place, location, volumeName)) {
-            if (!waitForFiles(loop, *place))
+            if (!waitForFiles(loop, tracker, *place))
                 m_log.line("The files of %@ are slow to show", { location.printable });
             return *reply;
         }
@@ -160,19 +173,35 @@ std::optional<GvfsLocation> LinuxVolumeService::findTwin(
     return twin;
 }
 
-bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, const Place& place) const {
+bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, MountTracker& tracker, const Place& place) {
     const auto path = place.readablePath();
     if (path.empty())
         return true; // there are none to wait for, as the log says already
     const bool isFormer = m_formerMounts.contains(place.mount.fusePath);
     // Now, since it may be somebody else who takes the mount away.
     m_formerMounts.remember(place.mount.fusePath);
-    return isFormer ? ReadablePath::waitUntilReachable(loop, path)
-                    : ReadablePath::waitUntilListed(loop, place.mount.fusePath);
+    const auto wait = [&] {
+        return isFormer ? ReadablePath::waitUntilReachable(loop, path)
+                        : ReadablePath::waitUntilListed(loop, place.mount.fusePath);
+    };
+    auto files = wait();
+    if (files == ReadablePath::Files::CutOff) {
+        if (!m_files.revive(loop, tracker))
+            return false;
+        // What is listed may be a moment behind its folder.
+        const auto end = loop.remaining() - revivalLimit;
+        do {
+            loop.pause(lookAgain);
+            files = wait();
+        } while (files == ReadablePath::Files::CutOff && loop.remaining() > end && !loop.isOver());
+    }
+    return files == ReadablePath::Files::Shown;
 }
 
 std::optional<MountFailure> LinuxVolumeService::attempt(
     BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit) {
+    if (tracker.isGioCutOff())
+        return failureWithoutGio(find(loop, tracker, location).has_value());
     BackEndProcesses::Trace trace { location.backEndName(), ProcessTable::nowTicks(), {} };
     std::optional<MountFailure> failure;
     {

@@ -6,6 +6,7 @@
 #include "Foundation/Preferences.h"
 #include "Platform/Linux/FormerMounts.h"
 #include "Platform/Linux/InterruptEvent.h"
+#include "Platform/Linux/MountsAsFiles.h"
 #include "Platform/Linux/ProcessClaims.h"
 #include "Platform/Linux/VolumeLinks.h"
 #include "Platform/Linux/VolumeReferences.h"
@@ -63,7 +64,7 @@ private:
     [[nodiscard]] std::optional<MountFailure> attempt(
         BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit);
     /// Whether the volume's files can be read by now, or there are none to be read.
-    [[nodiscard]] bool waitForFiles(BoundedLoop& loop, const Place& place) const;
+    [[nodiscard]] bool waitForFiles(BoundedLoop& loop, MountTracker& tracker, const Place& place);
     [[nodiscard]] std::optional<Place> find(BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
     /// Whether the location is really there. Absent means that what hindered it is gone and the mount may be repeated.
     [[nodiscard]] std::optional<std::int32_t> check(
@@ -86,6 +87,7 @@ private:
     const std::unique_ptr<MainContextPool> m_contexts; // GLib stays out of this header
     VolumeLinks m_links;
     const FormerMounts m_formerMounts;
+    MountsAsFiles m_files;
     VolumeReferences m_references;
     ProcessClaims m_claims;
 };

@@ -44,7 +44,23 @@ bool MountTracker::connect(std::string& reason) {
     }
     // The shared connection would end the whole process together with the bus.
     g_dbus_connection_set_exit_on_close(m_connection.get(), FALSE);
-    return true;
+    m_isGioCutOff = g_dbus_connection_is_closed(m_connection.get());
+    return !m_isGioCutOff || connectToSuccessor(reason);
+}
+
+bool MountTracker::connectToSuccessor(std::string& reason) {
+    GError* error = nullptr;
+    const GlibPointer<gchar> address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, &error));
+    const auto result = !address ? nullptr : m_loop.await([&](auto* cancellable, auto callback, auto* data) {
+        constexpr auto flags = static_cast<GDBusConnectionFlags>(
+            G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        g_dbus_connection_new_for_address(address.get(), flags, nullptr, cancellable, callback, data);
+    });
+    m_connection.reset(result ? g_dbus_connection_new_for_address_finish(result.get(), &error) : nullptr);
+    const GlibPointer<GError> owned(error);
+    if (!m_connection)
+        reason = error ? error->message : "the session bus does not answer";
+    return m_connection != nullptr;
 }
 
 TrackerReply MountTracker::call(const char* busName, const char* path, const char* interface, const char* method,

@@ -35,6 +35,9 @@ public:
 
     /// False with the reason when there is no session bus.
     [[nodiscard]] bool connect(std::string& reason);
+    /// Whether the bus that this process began with has ended. GIO holds on to that one until the process ends, and can
+    /// mount nothing any more; the tracker asks the bus that has taken its place.
+    [[nodiscard]] bool isGioCutOff() const { return m_isGioCutOff; }
 
     /// Absent when gvfs did not tell.
     [[nodiscard]] std::optional<std::vector<GvfsMount>> mounts();
@@ -51,11 +54,13 @@ public:
     [[nodiscard]] std::optional<pid_t> daemonProcess();
 
 private:
+    [[nodiscard]] bool connectToSuccessor(std::string& reason);
     TrackerReply call(const char* busName, const char* path, const char* interface, const char* method,
         GVariant* parameters, Seconds limit);
 
     BoundedLoop& m_loop;
     GObjectPointer<GDBusConnection> m_connection;
+    bool m_isGioCutOff = false;
 };
 
 } // namespace quorrel

@@ -11,11 +11,14 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace quorrel {
 
 namespace {
+
+using ReadablePath::Files;
 
 constexpr Seconds limit { 4 };
 constexpr std::chrono::milliseconds lookAgain { 2 };
@@ -24,68 +27,74 @@ constexpr std::chrono::milliseconds glance { 20 };
 struct Look final {
     std::mutex mutex;
     std::condition_variable ended;
-    bool isDone = false;
-    bool isSuccessful = false;
+    std::optional<Files> files;
 };
 
-bool isReachable(const std::string& path) {
+Files isReachable(const std::string& path) {
     struct statx unused { };
     // Asked of the file system itself: the kernel may still remember the former mount's answer.
-    return statx(AT_FDCWD, path.c_str(), AT_STATX_FORCE_SYNC | AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &unused) == 0
-        || errno == EACCES || errno == EPERM;
+    if (statx(AT_FDCWD, path.c_str(), AT_STATX_FORCE_SYNC | AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &unused) == 0
+        || errno == EACCES || errno == EPERM)
+        return Files::Shown;
+    return errno == ENOTCONN ? Files::CutOff : Files::Slow;
 }
 
-bool isListed(const std::string& path) {
+Files isListed(const std::string& path) {
     const auto slash = path.rfind('/');
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.substr(0, slash).c_str()), closedir);
     if (!directory)
-        return false;
+        return errno == ENOTCONN ? Files::CutOff : Files::Slow;
     while (const dirent* item = readdir(directory.get())) // NOLINT(concurrency-mt-unsafe): each call has its own
         if (path.compare(slash + 1, std::string::npos, static_cast<const char*>(item->d_name)) == 0)
-            return true;
-    return false;
+            return Files::Shown;
+    return Files::Slow;
 }
 
-bool repeat(bool (*look)(const std::string&), const std::string& path) {
+Files repeat(Files (*look)(const std::string&), const std::string& path) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
-    bool isSuccessful = look(path);
-    while (!isSuccessful && std::chrono::steady_clock::now() < end) {
+    auto files = look(path);
+    while (files == Files::Slow && std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(lookAgain);
-        isSuccessful = look(path);
+        files = look(path);
     }
-    return isSuccessful;
+    return files;
 }
 
-void tell(Look& state, bool isSuccessful) {
+void tell(Look& state, Files files) {
     const std::lock_guard lock(state.mutex);
-    state.isSuccessful = isSuccessful;
-    state.isDone = true;
+    state.files = files;
     state.ended.notify_all();
 }
 
-bool wait(BoundedLoop& loop, Look& state) {
+Files wait(BoundedLoop& loop, Look& state) {
     const auto end = std::chrono::steady_clock::now()
         + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
     std::unique_lock lock(state.mutex);
-    while (!state.isDone && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
+    while (!state.files && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
         state.ended.wait_for(lock, glance);
-    return state.isDone && state.isSuccessful;
+    return state.files.value_or(Files::Slow);
 }
 
 } // namespace
 
-// Both look on a thread of their own: a server that falls silent just now holds whoever looks, and that must not be us.
+// All look on a thread of their own: a server that falls silent just now holds whoever looks, and that must not be us.
 
-bool ReadablePath::waitUntilListed(BoundedLoop& loop, const std::string& mountFolder) {
+Files ReadablePath::waitUntilListed(BoundedLoop& loop, const std::string& mountFolder) {
     const auto state = std::make_shared<Look>();
     std::thread([state, mountFolder] { tell(*state, repeat(isListed, mountFolder)); }).detach();
     return wait(loop, *state);
 }
 
-bool ReadablePath::waitUntilReachable(BoundedLoop& loop, const std::string& path) {
+Files ReadablePath::waitUntilReachable(BoundedLoop& loop, const std::string& path) {
     const auto state = std::make_shared<Look>();
     std::thread([state, path] { tell(*state, repeat(isReachable, path)); }).detach();
     return wait(loop, *state);
+}
+
+bool ReadablePath::isCutOff(BoundedLoop& loop, const std::string& folder) {
+    const auto state = std::make_shared<Look>();
+    std::thread([state, folder] { tell(*state, isReachable(folder)); }).detach();
+    return wait(loop, *state) == Files::CutOff;
 }
 
 } // namespace quorrel
