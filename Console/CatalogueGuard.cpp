@@ -36,7 +36,11 @@ std::optional<std::string> CatalogueGuard::keepDamaged(const std::string& path) 
 
 std::optional<std::string> CatalogueGuard::refusal(const std::string& path) {
     const auto known = m_known.find(path);
-    if (known == m_known.end() || known->second == m_version(path))
+    if (known == m_known.end())
+        return std::nullopt;
+    const auto version = m_version(path);
+    // A file that is gone has nothing to lose: what it held is known to nobody but this program.
+    if (version.empty() || version == known->second)
         return std::nullopt;
     m_refused();
     return "Another program has changed it";

@@ -11,7 +11,7 @@
 namespace quorrel {
 
 /// Property lists that others may edit while the program runs: it overwrites none that is not as it read or wrote it
-/// last. Main thread only.
+/// last. One that is gone is written again. Main thread only.
 class CatalogueGuard final : public PropertyListFile {
 public:
     using Version = std::function<std::string(const std::string& path)>;

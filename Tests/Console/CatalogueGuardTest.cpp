@@ -53,15 +53,36 @@ TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramWroteInPlace) {
     EXPECT_EQ(files.read(path).root, list("hers and longer"));
 }
 
-TEST_F(CatalogueGuardTest, putsNothingWhereAnotherProgramPutSomethingOrTookItAway) {
+TEST_F(CatalogueGuardTest, putsNothingWhereAnotherProgramPutSomething) {
     ASSERT_EQ(guard.read(path).outcome, PropertyListReadResult::Outcome::Missing);
     ASSERT_EQ(files.write(path, list("his")), std::nullopt);
     EXPECT_NE(guard.write(path, list("mine")), std::nullopt);
-    static_cast<void>(guard.read(path));
+    EXPECT_EQ(refusals, 1);
+    EXPECT_EQ(files.read(path).root, list("his"));
+}
+
+TEST_F(CatalogueGuardTest, writesAgainWhatIsGoneAsNobodyElseKnowsIt) {
+    ASSERT_EQ(guard.write(path, list("mine")), std::nullopt);
     std::filesystem::remove(path);
-    EXPECT_NE(guard.write(path, list("mine")), std::nullopt);
-    EXPECT_FALSE(std::filesystem::exists(path));
-    EXPECT_EQ(refusals, 2);
+    EXPECT_EQ(guard.write(path, list("mine and more")), std::nullopt);
+    EXPECT_EQ(guard.write(path, list("still mine")), std::nullopt);
+    EXPECT_EQ(files.read(path).root, list("still mine"));
+    EXPECT_EQ(refusals, 0);
+}
+
+TEST_F(CatalogueGuardTest, aFolderThatIsGoneOrReplacedIsAFailureAndNotAnothersChange) {
+    const auto place = folder.path("Quorrel");
+    const auto file = place + "/Quorrel2.plist";
+    std::filesystem::create_directory(place);
+    ASSERT_EQ(guard.write(file, list("mine")), std::nullopt);
+    std::filesystem::rename(place, place + "-away");
+    EXPECT_EQ(guard.write(file, list("mine and more")), "No such file or directory");
+    folder.put("Quorrel", "a file in its place");
+    EXPECT_EQ(guard.write(file, list("mine and more")), "Not a directory");
+    std::filesystem::remove(place);
+    std::filesystem::rename(place + "-away", place);
+    EXPECT_EQ(guard.write(file, list("mine and more")), std::nullopt);
+    EXPECT_EQ(refusals, 0);
 }
 
 TEST_F(CatalogueGuardTest, keepsADamagedFileAndReplacesIt) {
