@@ -3,6 +3,7 @@
 
 #include "Console/CatalogueCheck.h"
 #include "Console/CatalogueGuard.h"
+#include "Console/DisplayText.h"
 #include "Console/InterruptGuard.h"
 #include "Console/KeeperPasswordWindow.h"
 #include "Console/Output.h"
@@ -18,6 +19,7 @@
 #include "Sources/MountEnvironment.h"
 #include "Sources/OperationsEnd.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/SaveReport.h"
 
 #include <chrono>
 #include <csignal>
@@ -57,7 +59,15 @@ bool KeeperProgram::takeLock() const {
 
 int KeeperProgram::keep(std::optional<std::string> password) {
     const auto& world = m_world;
-    CatalogueGuard files(world.propertyListFile, world.keeper.fileVersion, [this] {
+    SaveReport saves(world.propertyListFile,
+        { [this](const std::string& path, const std::string& reason) {
+             say("the catalogue " + DisplayText::printable(path) + " cannot be saved: " + DisplayText::printable(reason)
+                 + "; it is tried again with the next change");
+         },
+            [this](const std::string& path) {
+                say("the catalogue " + DisplayText::printable(path) + " is saved again");
+            } });
+    CatalogueGuard files(saves, world.keeper.fileVersion, [this] {
         m_world.log.lineAlways("The catalogue was changed by another program; it is read anew instead of saved.");
         askForReload();
     });

@@ -30,7 +30,12 @@ constexpr Seconds patienceAtEnd { 0.45 };
 
 DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery,
     CatalogueLock& lock, LoginItems& loginItems, const DesktopProgramOptions& options)
-    : m_world(world)
+    : m_saveAlert(world.strings)
+    , m_files(world.propertyListFile,
+          { [this](const std::string& path, const std::string& reason) { m_saveAlert.show(path, reason); },
+              [this](const std::string&) { m_saveAlert.withdraw(); } })
+    , m_world { world.mounting, world.resolving, world.preferences, world.notificationCenter, m_files, world.workspace,
+        world.strings, world.log, world.mainThreadQueue }
     , m_lock(lock)
     , m_application([this](const AboutPanelOptions& about) { m_aboutPanel.show(about); })
     , m_environment { m_application, world.strings, world.preferences, world.mainThreadQueue }
@@ -46,7 +51,7 @@ DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryE
     , m_passwordDialog(m_environment)
     , m_windows { m_application, m_window, m_preferences, m_addMountDialog }
     , m_controller(
-          { world, m_passwordDialog, discovery, &m_statusItem, &m_windows, options.helpPage, options.version }) {
+          { m_world, m_passwordDialog, discovery, &m_statusItem, &m_windows, options.helpPage, options.version }) {
     // Even the tray icon counts as a window, so none of the large sizes.
     QApplication::setWindowIcon(m_images.icon({ "quorrel.png", 16 }));
 }

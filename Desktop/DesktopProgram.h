@@ -11,12 +11,14 @@
 #include "Desktop/PreferencesDialog.h"
 #include "Desktop/QtStatusBar.h"
 #include "Desktop/QtTimers.h"
+#include "Desktop/SaveAlert.h"
 #include "Desktop/SingleInstance.h"
 #include "Desktop/TrayHostWatch.h"
 #include "Sources/ControllerWindows.h"
 #include "Sources/LoginItem.h"
 #include "Sources/ProgramEnvironment.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/SaveReport.h"
 #include "Sources/StatusBarEnvironment.h"
 
 #include <string>
@@ -56,6 +58,8 @@ private:
     void adoptMountedVolumes();
     void showWindowWithoutTray();
 
+    SaveAlert m_saveAlert;
+    SaveReport m_files;
     const ProgramEnvironment m_world;
     CatalogueLock& m_lock;
     DesktopApplication m_application;

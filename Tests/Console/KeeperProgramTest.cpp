@@ -225,6 +225,40 @@ TEST_F(KeeperProgramTest, aHangUpEndsItOnATerminal) {
     EXPECT_EQ(beginnings, 0);
 }
 
+TEST_F(KeeperProgramTest, saysOnceThatItCannotSaveAndOnceThatItCanAgain) {
+    const std::string catalogueName = "quorrelctl: the catalogue " + std::string(cataloguePath);
+    const auto failure
+        = catalogueName + " cannot be saved: No space left on device; it is tried again with the next change\n";
+    addHost("127.0.0.2", { "docs" });
+    EXPECT_EQ(watch([&] {
+        files.failWrites("No space left on device");
+        save();
+        save();
+        EXPECT_EQ(errors.text(), failure);
+        EXPECT_EQ(files.writeCount(), 0);
+        files.failWrites(std::nullopt);
+        save();
+        save();
+        EXPECT_EQ(errors.text(), failure + catalogueName + " is saved again\n");
+        EXPECT_EQ(files.writeCount(), 2);
+        terminate();
+    }),
+        0);
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(beginnings, 0);
+}
+
+TEST_F(KeeperProgramTest, whatItDoesNotSaveSinceSomebodyEditedItIsNoFailure) {
+    addHost("127.0.0.2", { "docs" });
+    EXPECT_EQ(watch([&] {
+        catalogueVersion = "2";
+        save();
+    }),
+        1);
+    EXPECT_EQ(beginnings, 1);
+    EXPECT_THAT(errors.text(), Not(HasSubstr("cannot be saved")));
+}
+
 TEST_F(KeeperProgramTest, readsEditedPreferencesAnew) {
     EXPECT_EQ(watch([&] {
         onMainThread([&] {

@@ -18,6 +18,8 @@
 namespace quorrel {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 namespace {
 
@@ -208,6 +210,55 @@ TEST_F(CatalogueOnDiskTest, AFolderThatCannotBeWrittenLogsTheFailureAndKeepsTheF
     EXPECT_THAT(logSink.texts(), ElementsAre("Save Failed hosts."));
     EXPECT_EQ(contentOf(folder + "-moved/Quorrel2.plist"), before);
     EXPECT_EQ(contentOf(folder), "in the way");
+}
+
+TEST_F(CatalogueOnDiskTest, AFolderThatIsRemovedComesBackWithTheNextSave) {
+    addHost("Office", smb, { "Public" });
+    controller->saveHostsArray();
+    const auto before = contentOf(file);
+    std::filesystem::remove_all(home.path() + "/data");
+    controller->saveHostsArray();
+    EXPECT_THAT(logSink.texts(), IsEmpty());
+    EXPECT_EQ(contentOf(file), before);
+    EXPECT_EQ(modeOf(folder), 0700U);
+}
+
+TEST_F(CatalogueOnDiskTest, WhatCouldNotBeSavedIsSavedOnceTheFolderIsBack) {
+    addHost("Office", smb, { "Public" });
+    controller->saveHostsArray();
+    std::filesystem::rename(folder, folder + "-moved");
+    std::ofstream(folder) << "in the way";
+    addHost("New", smb, {});
+    controller->saveHostsArray();
+    addHost("Newer", smb, {});
+    std::filesystem::remove(folder);
+    std::filesystem::rename(folder + "-moved", folder);
+    controller->saveHostsArray();
+    EXPECT_THAT(logSink.texts(), ElementsAre("Save Failed hosts."));
+    controller->loadHostsArray();
+    EXPECT_EQ(controller->hosts.count(), 3U);
+}
+
+TEST_F(CatalogueOnDiskTest, ALinkStaysOneWhereverItLeads) {
+    ASSERT_EQ(controller->applicationSupportFolder(), folder);
+    const auto dotfiles = home.path() + "/dotfiles";
+    std::filesystem::create_symlink("../../dotfiles/quorrel.plist", file);
+    controller->loadHostsArray();
+    addHost("Office", smb, { "Public" });
+    controller->saveHostsArray(); // to a folder that is not there
+    EXPECT_THAT(logSink.texts(), ElementsAre("Save Failed hosts."));
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+    std::filesystem::create_directory(dotfiles);
+    controller->saveHostsArray(); // to a file that is not there
+    EXPECT_THAT(contentOf(dotfiles + "/quorrel.plist"), HasSubstr("Office"));
+    addHost("New", smb, {});
+    controller->saveHostsArray(); // to a file
+    EXPECT_THAT(contentOf(dotfiles + "/quorrel.plist"), HasSubstr("New"));
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+    EXPECT_EQ(modeOf(dotfiles + "/quorrel.plist"), 0600U);
+    EXPECT_EQ(logSink.texts().size(), 1U);
+    controller->loadHostsArray();
+    EXPECT_EQ(controller->hosts.count(), 2U);
 }
 
 TEST_F(CatalogueOnDiskTest, ASaveLeavesNothingBesideTheFile) {

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Desktop/SaveAlert.h"
+
+#include "Desktop/AlertBox.h"
+#include "Tests/Desktop/DesktopFixture.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+
+namespace quorrel {
+
+class SaveAlertTest : public DesktopFixture {
+protected:
+    ~SaveAlertTest() override { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+    static std::vector<AlertBox*> shown() {
+        std::vector<AlertBox*> boxes;
+        for (auto* widget : QApplication::topLevelWidgets())
+            if (auto* box = dynamic_cast<AlertBox*>(widget); box && box->isVisible())
+                boxes.push_back(box);
+        return boxes;
+    }
+
+    SaveAlert alert { strings };
+};
+
+TEST_F(SaveAlertTest, namesTheFileAndTheCauseAndHoldsNobodyUp) {
+    alert.show("/home/ann/.local/share/Quorrel/Quorrel2.plist", "No space left on device");
+    ASSERT_EQ(shown().size(), 1U);
+    const auto& box = *shown().front();
+    EXPECT_EQ(box.text(), "Your shares could not be saved");
+    EXPECT_TRUE(box.informativeText().startsWith(
+        "/home/ann/.local/share/Quorrel/Quorrel2.plist cannot be written: No space left on device.\n\n"));
+    EXPECT_FALSE(box.isModal());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_F(SaveAlertTest, theUserClosesIt) {
+    alert.show("/a", "b");
+    ASSERT_EQ(shown().size(), 1U);
+    named<QPushButton>(*shown().front(), "alertButton").click();
+    EXPECT_EQ(shown().size(), 0U);
+    alert.withdraw();
+    alert.show("/a", "c");
+    ASSERT_EQ(shown().size(), 1U);
+    EXPECT_TRUE(shown().front()->informativeText().startsWith("/a cannot be written: c."));
+}
+
+TEST_F(SaveAlertTest, goesWhenTheSharesAreSavedAfterAll) {
+    alert.show("/a", "b");
+    alert.withdraw();
+    EXPECT_EQ(shown().size(), 0U);
+    alert.withdraw();
+}
+
+TEST_F(SaveAlertTest, aNameCannotForgeLines) {
+    alert.show("/a\x1b[2J\x07", "b");
+    ASSERT_EQ(shown().size(), 1U);
+    EXPECT_FALSE(shown().front()->informativeText().contains(QChar(0x1b)));
+    EXPECT_EQ(shown().front()->textFormat(), Qt::PlainText);
+}
+
+TEST_F(SaveAlertTest, goesWithTheProgram) {
+    QPointer<AlertBox> box;
+    {
+        SaveAlert passing(strings);
+        passing.show("/a", "b");
+        ASSERT_EQ(shown().size(), 1U);
+        box = shown().front();
+    }
+    EXPECT_TRUE(box.isNull());
+}
+
+} // namespace quorrel
