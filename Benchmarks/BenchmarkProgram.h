@@ -55,10 +55,20 @@ public:
     [[nodiscard]] std::unique_ptr<NetServiceBrowser> makeNetServiceBrowser() override { return nullptr; }
 };
 
-class NoVolumeWatch final : public VolumeWatch {
+/// Tells of what the benchmark says; to one observer.
+class ToldVolumeWatch final : public VolumeWatch {
 public:
-    [[nodiscard]] Subscription registerDiskDisappearedCallback(Callback) override { return {}; }
-    [[nodiscard]] Subscription registerDiskAppearedCallback(Callback) override { return {}; }
+    [[nodiscard]] Subscription registerDiskDisappearedCallback(Callback callback) override {
+        disappeared = std::move(callback);
+        return {};
+    }
+    [[nodiscard]] Subscription registerDiskAppearedCallback(Callback callback) override {
+        appeared = std::move(callback);
+        return {};
+    }
+
+    Callback disappeared;
+    Callback appeared;
 };
 
 /// Its host is never heard of.
@@ -162,6 +172,8 @@ public:
     [[nodiscard]] Preferences& preferences() { return m_preferences; }
     [[nodiscard]] MainThreadQueue& mainThreadQueue() { return m_mainThreadQueue; }
 
+    [[nodiscard]] BenchmarkParts::ToldVolumeWatch& volumes() { return m_volumeWatch; }
+
     [[nodiscard]] std::size_t fileSize() {
         return std::filesystem::file_size(controller.applicationSupportFolder() + "/Quorrel2.plist");
     }
@@ -202,7 +214,7 @@ private:
     PlistFile m_plistFile;
     MainThreadQueue m_mainThreadQueue;
     NotificationCenter m_notificationCenter;
-    BenchmarkParts::NoVolumeWatch m_volumeWatch;
+    BenchmarkParts::ToldVolumeWatch m_volumeWatch;
     BenchmarkParts::NoReachability m_reachability;
     BenchmarkParts::NoRunLoop m_runLoop;
     BenchmarkParts::NoDiscovery m_noDiscovery;

@@ -19,19 +19,23 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
-// What a mount costs through the whole engine, from the queue to the record's last field, beside the plainest way to
-// have the same: one share against one bare GIO mount, and twenty at once against twenty runs of the system's tool.
-// Both sides take turns, so that whatever else the machine does hits them alike. README.md says how to run it.
+// What a mount costs through the whole engine, from the queue to the record's last field, beside the plainest ways to
+// have the same: one share of a protocol against one bare GIO mount and one run of the system's tool, and twenty SMB
+// shares at once against twenty runs of that tool. All sides take turns, so that whatever else the machine does hits
+// them alike. README.md says how to run it.
 
 extern char** environ; // NOLINT(readability-redundant-declaration): POSIX leaves it to the program
 
@@ -41,6 +45,10 @@ namespace {
 
 constexpr int mostShares = 20;
 constexpr std::chrono::milliseconds pauseBetween { 50 };
+
+// What ours may take of the others' time.
+constexpr double mostOfBare = 1.03;
+constexpr double mostOfTwenty = 0.45;
 
 class QuietSink final : public LogSink {
 public:
@@ -54,12 +62,47 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-std::string serverURL() {
-    return "smb://" + variable("QTB_SMB_HOST") + ":" + variable("QTB_SMB_PORT") + "/";
-}
-
 std::string shareName(int number) {
     return (number < 10 ? "s0" : "s") + std::to_string(number);
+}
+
+/// One server's shares that a guest may have.
+struct Target final {
+    std::string displayType;
+    std::string scheme;
+    std::string login; ///< with its "@", as URLs of that protocol need it for guests
+    std::string host;
+    int port = 0;
+    std::vector<std::string> shares;
+
+    [[nodiscard]] std::string url(std::size_t index) const {
+        return scheme + "://" + login + host + ":" + std::to_string(port) + "/" + shares[index];
+    }
+};
+
+/// Of the servers that scripts/testbed gives; without a host where it does not.
+Target target(const std::string& protocol) {
+    Target result;
+    const auto at = [&](const std::string& server) {
+        result.host = variable(("QTB_" + server + "_HOST").c_str());
+        result.port = std::atoi(variable(("QTB_" + server + "_PORT").c_str()).c_str());
+    };
+    if (protocol == "smb") {
+        result = { "Server Message Block (smb)", "smb", "", "", 0, {} };
+        for (int number = 1; number <= mostShares; ++number)
+            result.shares.push_back(shareName(number));
+        at("SMB");
+    } else if (protocol == "dav") {
+        result = { "WebDAV (http)", "dav", "", "", 0, { variable("QTB_OPEN_PATH") } };
+        at("OPEN");
+    } else if (protocol == "ftp") {
+        result = { "File Transfer Protocol (ftp)", "ftp", "anonymous@", "", 0, { "" } };
+        at("FTP");
+    } else if (protocol == "afp") {
+        result = { "Apple Filing Protocol (afp)", "afp", "anonymous@", "", 0, { "Public" } };
+        at("AFP");
+    }
+    return result;
 }
 
 [[noreturn]] void fail(const std::string& what) {
@@ -122,17 +165,19 @@ private:
 /// A catalogue of the server's shares, and all that mounts them in the program.
 class Engine final {
 public:
-    Engine() {
+    explicit Engine(const Target& target)
+        : m_host(HostDefinition::initWithName(
+            target.host, std::make_shared<CatalogueContext>(CatalogueContext { m_strings, m_workspace }))) {
         m_host->resolved.set(true);
-        const auto smb = ServiceDefinition::initWithParentHost(m_host);
-        smb->displayType.set(displayType);
-        smb->port.set(std::atoi(variable("QTB_SMB_PORT").c_str()));
-        m_host->services.append(smb);
-        for (int number = 1; number <= mostShares; ++number) {
+        const auto service = ServiceDefinition::initWithParentHost(m_host);
+        service->displayType.set(target.displayType);
+        service->port.set(target.port);
+        m_host->services.append(service);
+        for (const auto& name : target.shares) {
             const auto share = SharePointDefinition::initWithParentHost(m_host);
-            share->setDisplayType(displayType);
-            share->parentService.set(smb);
-            share->sharePoint.set(shareName(number));
+            share->setDisplayType(target.displayType);
+            share->parentService.set(service);
+            share->sharePoint.set(name);
             share->guestLogin.set(true);
             m_host->sharePoints.append(share);
             m_shares.push_back(share);
@@ -183,8 +228,6 @@ public:
     }
 
 private:
-    static constexpr auto displayType = "Server Message Block (smb)";
-
     [[nodiscard]] std::shared_ptr<SharePointDefinition> pointer(int number) const {
         return m_shares[static_cast<std::size_t>(number - 1)];
     }
@@ -206,8 +249,7 @@ private:
     LinuxVolumeService m_volumes { m_log, m_preferences, settings() };
     PosixChildProcess m_childProcess;
     MountEnvironment m_environment { m_volumes, m_childProcess, m_clock, m_log, m_strings };
-    std::shared_ptr<HostDefinition> m_host = HostDefinition::initWithName(
-        variable("QTB_SMB_HOST"), std::make_shared<CatalogueContext>(CatalogueContext { m_strings, m_workspace }));
+    std::shared_ptr<HostDefinition> m_host;
     std::vector<std::shared_ptr<SharePointDefinition>> m_shares;
     OperationQueue m_queue { 4 };
 };
@@ -229,46 +271,86 @@ void rest() {
     std::this_thread::sleep_for(std::chrono::milliseconds(1500));
 }
 
-void print(const char* what, const char* other, std::vector<double> ours, std::vector<double> theirs, double target) {
-    const double mine = median(std::move(ours));
-    const double plain = median(std::move(theirs));
-    std::printf("%-14s %10.1f ms %10.1f ms  %6.3f  %6.2f   %s\n", what, mine, plain, mine / plain, target, other);
+/// One line per comparison; Benchmarks/compare reads it.
+void print(const std::string& what, const std::string& other, const std::vector<double>& ours,
+    const std::vector<double>& theirs, double limit) {
+    const double mine = median(ours);
+    const double plain = median(theirs);
+    std::printf("%-10s %10.1f ms %10.1f ms  %6.3f  %6.2f   %s\n", what.c_str(), mine, plain, mine / plain, limit,
+        other.c_str());
+    std::fflush(stdout);
 }
 
-void compareOne(Engine& engine, int rounds) {
+/// What each of them took, round by round.
+struct Times final {
     std::vector<double> ours;
     std::vector<double> bare;
-    const auto timeOurs = [&](int number) {
-        const auto time = engine.mount(number, number);
-        engine.unmountAll();
-        std::this_thread::sleep_for(pauseBetween);
-        return time;
-    };
-    const auto timeBare = [&](int number) {
-        BareMount other(serverURL() + shareName(number));
-        const auto start = SteadyClock::now();
-        other.mount();
-        const auto time = milliseconds(SteadyClock::now() - start);
-        other.unmount();
-        std::this_thread::sleep_for(pauseBetween);
-        return time;
-    };
-    // Warms up both.
-    timeOurs(mostShares);
-    timeBare(mostShares);
-    for (int round = 0; round < rounds; ++round) {
-        // Who goes first takes turns too.
-        const int number = round % mostShares + 1;
-        if (round % 2 == 0)
-            ours.push_back(timeOurs(number));
-        bare.push_back(timeBare(number));
-        if (round % 2 == 1)
-            ours.push_back(timeOurs(number));
+    std::vector<double> tool;
+};
+
+class OneShare final {
+public:
+    OneShare(Engine& engine, const Target& target)
+        : m_engine(engine)
+        , m_target(target) { }
+
+    Times compare(int rounds) {
+        std::array<std::function<void(int)>, 3> sides { [this](int number) { ours(number); },
+            [this](int number) { bare(number); }, [this](int number) { tool(number); } };
+        const int shares = static_cast<int>(m_target.shares.size());
+        for (const auto& side : sides)
+            side(shares); // warms it up
+        m_times = {};
+        for (int round = 0; round < rounds; ++round) {
+            for (const auto& side : sides)
+                side(round % shares + 1);
+            // Who goes first takes turns too, and who comes behind whom.
+            if (round % 2 == 0)
+                std::swap(sides[0], sides[1]);
+            else
+                std::rotate(sides.begin(), sides.begin() + 1, sides.end());
+        }
+        return m_times;
     }
-    print("one share", "a bare GIO mount", std::move(ours), std::move(bare), 1.05);
+
+private:
+    void ours(int number) {
+        m_times.ours.push_back(m_engine.mount(number, number));
+        m_engine.unmountAll();
+        std::this_thread::sleep_for(pauseBetween);
+    }
+
+    void bare(int number) {
+        BareMount mount(url(number));
+        const auto start = SteadyClock::now();
+        mount.mount();
+        m_times.bare.push_back(milliseconds(SteadyClock::now() - start));
+        mount.unmount();
+        std::this_thread::sleep_for(pauseBetween);
+    }
+
+    void tool(int number) {
+        const auto start = SteadyClock::now();
+        runTool({ "gio", "mount", "-a", url(number) });
+        m_times.tool.push_back(milliseconds(SteadyClock::now() - start));
+        BareMount(url(number)).unmount();
+        std::this_thread::sleep_for(pauseBetween);
+    }
+
+    [[nodiscard]] std::string url(int number) const { return m_target.url(static_cast<std::size_t>(number - 1)); }
+
+    Engine& m_engine;
+    const Target& m_target;
+    Times m_times;
+};
+
+void compareOne(Engine& engine, const std::string& protocol, const Target& target, int rounds) {
+    const auto times = OneShare(engine, target).compare(rounds);
+    print(protocol, "a bare GIO mount", times.ours, times.bare, mostOfBare);
+    print(protocol, "gio mount", times.ours, times.tool, 1);
 }
 
-void compareTwenty(Engine& engine, int rounds) {
+void compareTwenty(Engine& engine, const Target& target, int rounds) {
     std::vector<double> ours;
     std::vector<double> tool;
     for (int round = 0; round < rounds; ++round) {
@@ -277,22 +359,33 @@ void compareTwenty(Engine& engine, int rounds) {
         engine.unmountAll();
         rest();
         const auto start = SteadyClock::now();
-        for (int number = 1; number <= mostShares; ++number)
-            runTool({ "gio", "mount", "-a", serverURL() + shareName(number) });
+        for (std::size_t index = 0; index < mostShares; ++index)
+            runTool({ "gio", "mount", "-a", target.url(index) });
         tool.push_back(milliseconds(SteadyClock::now() - start));
-        for (int number = 1; number <= mostShares; ++number)
-            runTool({ "gio", "mount", "-u", serverURL() + shareName(number) });
+        for (std::size_t index = 0; index < mostShares; ++index)
+            BareMount(target.url(index)).unmount();
     }
-    print("twenty shares", "gio mount, twenty times in a row", std::move(ours), std::move(tool), 0.45);
+    print("twenty", "gio mount, twenty times in a row", ours, tool, mostOfTwenty);
 }
 
-int run(int rounds) {
-    if (variable("QTB_SMB_HOST").empty())
-        fail("to be run as: scripts/testbed run --servers smb -- build/release/mount_benchmark [ROUNDS]");
-    Engine engine;
-    std::printf("medians         our engine         plain   ratio  target   plain is\n");
-    compareOne(engine, rounds);
-    compareTwenty(engine, std::max(3, rounds / 8));
+int run(int rounds, std::vector<std::string> protocols) {
+    const bool isWhole = protocols.empty();
+    if (isWhole)
+        protocols = { "smb", "dav", "ftp", "afp" };
+    std::printf("medians        our engine         plain   ratio  target   plain is\n");
+    bool hasMeasured = false;
+    for (const auto& protocol : protocols) {
+        const auto server = target(protocol);
+        if (server.host.empty())
+            continue;
+        Engine engine(server);
+        compareOne(engine, protocol, server, rounds);
+        if (isWhole && protocol == "smb")
+            compareTwenty(engine, server, std::max(3, rounds / 8));
+        hasMeasured = true;
+    }
+    if (!hasMeasured)
+        fail("to be run as: scripts/testbed run --servers smb -- build/release/mount_benchmark [ROUNDS [PROTOCOL...]]");
     return 0;
 }
 
@@ -302,5 +395,6 @@ int run(int rounds) {
 
 int main(int count, char** arguments) {
     const int rounds = count > 1 ? std::atoi(arguments[1]) : 40;
-    return quorrel::run(std::max(1, rounds));
+    return quorrel::run(
+        std::max(1, rounds), std::vector<std::string>(arguments + std::min(count, 2), arguments + count));
 }
