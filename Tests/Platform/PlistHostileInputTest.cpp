@@ -62,6 +62,33 @@ public:
         m_bytes += '\x09';
     }
 
+    /// A dictionary with those keys, all with one value.
+    void addDictionary(const std::vector<std::uint32_t>& keys, std::uint32_t value) {
+        m_offsets.push_back(static_cast<std::uint32_t>(m_bytes.size()));
+        m_bytes += "\xDF\x12";
+        append(static_cast<std::uint32_t>(keys.size()), 4);
+        for (const auto key : keys)
+            append(key, 4);
+        for (std::size_t index = 0; index < keys.size(); ++index)
+            append(value, 4);
+    }
+
+    void addText(const std::string& text) {
+        m_offsets.push_back(static_cast<std::uint32_t>(m_bytes.size()));
+        m_bytes += "\x5F\x12";
+        append(static_cast<std::uint32_t>(text.size()), 4);
+        m_bytes += text;
+    }
+
+    /// Of sixteen bits each.
+    void addWideText(const std::vector<std::uint16_t>& units) {
+        m_offsets.push_back(static_cast<std::uint32_t>(m_bytes.size()));
+        m_bytes += "\x6F\x12";
+        append(static_cast<std::uint32_t>(units.size()), 4);
+        for (const auto unit : units)
+            append(unit, 2);
+    }
+
     [[nodiscard]] std::string bytes(std::uint32_t root = 0) const {
         BinaryFile copy = *this;
         const auto table = copy.m_bytes.size();
@@ -181,6 +208,37 @@ TEST(PlistHostileInputTest, referencesOutOfTheFileAreRefused) {
     EXPECT_EQ(PlistFile::parse(file.bytes(9)).outcome, Outcome::Malformed);
     EXPECT_EQ(PlistFile::parse("bplist00").outcome, Outcome::Malformed);
     EXPECT_EQ(PlistFile::parse("bplist00" + std::string(32, '\xFF')).outcome, Outcome::Malformed);
+}
+
+TEST(PlistHostileInputTest, aKeyWithANULIsRefused) {
+    for (const auto unit : { std::uint16_t { 0xE4 }, std::uint16_t { 0 } }) {
+        BinaryFile file;
+        file.addDictionary({ 1 }, 2);
+        file.addWideText({ 'r', unit, 's' });
+        file.addTrue();
+        EXPECT_EQ(PlistFile::parse(file.bytes()).outcome, unit == 0 ? Outcome::Malformed : Outcome::Read) << unit;
+    }
+    BinaryFile file;
+    file.addDictionary({ 1 }, 2);
+    file.addText(std::string("r\0s", 3));
+    file.addTrue();
+    EXPECT_EQ(PlistFile::parse(file.bytes()).outcome, Outcome::Malformed);
+}
+
+TEST(PlistHostileInputTest, aKeyThatIsNoTextIsRefused) {
+    BinaryFile file;
+    file.addDictionary({ 1 }, 1);
+    file.addTrue();
+    EXPECT_EQ(PlistFile::parse(file.bytes()).outcome, Outcome::Malformed);
+}
+
+TEST(PlistHostileInputTest, oneLongTextReferredToOverAndOverIsRefused) {
+    for (const std::size_t times : { std::size_t { 2 }, std::size_t { 100'000 } }) {
+        BinaryFile file;
+        file.addArray(std::vector<std::uint32_t>(times, 1));
+        file.addText(std::string(1'000'000, 'x'));
+        EXPECT_EQ(PlistFile::parse(file.bytes()).outcome, times == 2 ? Outcome::Read : Outcome::Malformed) << times;
+    }
 }
 
 TEST(PlistHostileInputTest, whatIsNoPropertyListIsMalformed) {
