@@ -76,9 +76,10 @@ std::string buildURI(const Protocol& protocol, const GvfsLocation& location) {
             uri += percentEncoded(location.domain) + ";";
         uri += percentEncoded(location.user) + "@";
     }
+    // gvfs takes what stands in brackets as it is: the sign in front of an address's zone must not be escaped.
     const bool isLongAddress = location.host.find(':') != std::string::npos;
     if (isLongAddress)
-        uri.append("[").append(location.host).append("]");
+        uri.append("[").append(percentEncoded(location.host, ":%")).append("]");
     else
         uri.append(percentEncoded(location.host));
     if (location.port > 0 && location.port != protocol.port)

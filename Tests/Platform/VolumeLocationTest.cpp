@@ -112,6 +112,12 @@ TEST(GvfsLocationTest, OwnPortsOfTheSchemesAreLeftOut) {
     EXPECT_EQ(locationOf("https://h/").ports(), (std::vector<std::uint16_t> { 443 }));
 }
 
+TEST(GvfsLocationTest, NoControlCharacterGetsIntoAURI) {
+    EXPECT_EQ(locationOf("smb://fe80::1%25eth0/x").uri, "smb://[fe80::1%eth0]/x");
+    EXPECT_EQ(locationOf("smb://a:b:%0A%00c%20/x").uri, "smb://[a:b:%0A%00c%20]/x");
+    EXPECT_EQ(locationOf("smb://a%0Ab/x%0A").uri, "smb://a%0Ab/x%0A");
+}
+
 TEST(GvfsLocationTest, WhatCannotBeMountedSaysWhy) {
     const auto status = [](const std::string& url) { return GvfsLocation::fromRequest({ url, {}, {}, "n" }).status; };
     EXPECT_EQ(status("nfs://h/s"), VolumeStatus::cannotBeMounted);
