@@ -67,17 +67,20 @@ void addNames(const std::string& line, std::vector<std::string>& names) {
 
 void HostFileScanner::main() {
     m_environment.log.line("Scaning local hosts file thread started");
-    if (const auto text = m_hosts ? textOfASCIIFile(m_environment.hostsPath) : std::nullopt) {
-        std::vector<std::string> names;
-        for (const auto& line : Text::paragraphs(*text)) {
-            if (hasNames(line))
-                addNames(line, names);
-            if (names.size() >= namesPerAppend)
-                m_hosts->appendAll(std::exchange(names, {}));
-        }
-        m_hosts->appendAll(std::move(names));
-    }
+    if (const auto text = m_hosts ? textOfASCIIFile(m_environment.hostsPath) : std::nullopt)
+        appendNamesOf(*text);
     m_environment.log.line("Scaning local hosts file thread ended");
+}
+
+void HostFileScanner::appendNamesOf(std::string_view text) {
+    std::vector<std::string> names;
+    for (const auto& line : Text::paragraphs(text)) {
+        if (hasNames(line))
+            addNames(line, names);
+        if (names.size() >= namesPerAppend)
+            m_hosts->appendAll(std::exchange(names, {}));
+    }
+    m_hosts->appendAll(std::move(names));
 }
 
 } // namespace quorrel

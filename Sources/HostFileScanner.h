@@ -3,6 +3,8 @@
 
 #include "Foundation/Operation.h"
 
+#include <string_view>
+
 namespace quorrel {
 
 class TextList;
@@ -20,6 +22,9 @@ public:
     [[nodiscard]] TextList* hosts() const { return m_hosts; }
 
     void main() override;
+
+    /// What a scan does with the text of the file. REQUIRES: a list.
+    void appendNamesOf(std::string_view text);
 
 private:
     const DiscoveryEnvironment& m_environment;

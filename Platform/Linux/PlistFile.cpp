@@ -97,20 +97,24 @@ PropertyListReadResult PlistFile::parse(std::string_view bytes) {
 
 std::optional<std::string> PlistFile::write(const std::string& path, const PropertyValue& root) {
     std::string reason;
+    const auto text = xml(root, reason);
+    return text ? OwnerOnlyFile::replace(path, *text) : reason;
+}
+
+std::optional<std::string> PlistFile::xml(const PropertyValue& root, std::string& reason) {
     const PlainNumbers plainNumbers;
     const auto tree = plistFromValue(root, reason);
     if (!tree)
-        return reason;
+        return std::nullopt;
     char* text = nullptr;
     std::uint32_t length = 0;
     plist_to_xml(tree.get(), &text, &length);
     const std::unique_ptr<char, void (*)(char*)> owner(text, &plist_to_xml_free);
-    if (!text)
-        return "It could not be put into XML";
-    const std::string_view xml(text, length);
-    if (xml.find('\r') != std::string_view::npos)
-        return OwnerOnlyFile::replace(path, withEscapedReturns(xml));
-    return OwnerOnlyFile::replace(path, xml);
+    if (!text) {
+        reason = "It could not be put into XML";
+        return std::nullopt;
+    }
+    return withEscapedReturns({ text, length });
 }
 
 std::optional<std::string> PlistFile::keepDamaged(const std::string& path) {

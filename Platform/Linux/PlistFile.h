@@ -18,6 +18,8 @@ public:
 
     /// What `read` makes of a file's bytes.
     [[nodiscard]] static PropertyListReadResult parse(std::string_view bytes);
+    /// What `write` makes of a value; absent with the reason when it cannot be written.
+    [[nodiscard]] static std::optional<std::string> xml(const PropertyValue& root, std::string& reason);
 };
 
 } // namespace quorrel

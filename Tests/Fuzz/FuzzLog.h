@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Foundation/Log.h"
+#include "Foundation/Preferences.h"
+#include "Foundation/Text.h"
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fuzz/FuzzInput.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace quorrel::fuzz {
+
+/// A log that is on, keeps nothing, and looks at each line.
+class FuzzLog final : private LogSink {
+public:
+    FuzzLog() { m_preferences.set("logToConsole", true); }
+
+    [[nodiscard]] Log& log() { return m_log; }
+    /// What no line may have in it; empty: all is allowed.
+    void setSecret(std::string secret) { m_secret = std::move(secret); }
+
+private:
+    void write(std::string_view line) override {
+        require(line.ends_with('\n'), "a line of the log ends");
+        require(Text::isUTF8(line), "the log is UTF-8");
+        for (const char letter : line)
+            require(static_cast<unsigned char>(letter) >= 0x20 ? letter != '\x7F' : letter == '\n' || letter == '\t',
+                "the log has no control characters");
+        require(m_secret.empty() || !contains(line, m_secret), "the log has no password");
+    }
+    [[nodiscard]] long processIdentifier() const override { return 1; }
+    [[nodiscard]] long threadIdentifier() const override { return 1; }
+
+    Preferences m_preferences;
+    FakeClock m_clock;
+    Log m_log { m_preferences, m_clock, *this };
+    std::string m_secret;
+};
+
+} // namespace quorrel::fuzz
