@@ -2,10 +2,10 @@
 #pragma once
 
 #include "Foundation/MainThreadQueue.h"
+#include "Foundation/Mutex.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 namespace quorrel {
@@ -26,7 +26,7 @@ public:
     template <typename Edit>
     void add(Edit edit) {
         {
-            const std::lock_guard lock(m_state->mutex);
+            const MutexLock lock(m_state->mutex);
             edit(m_state->content);
             if (std::exchange(m_state->isAnnounced, true))
                 return;
@@ -48,7 +48,7 @@ private:
         void deliver() {
             Content taken {};
             {
-                const std::lock_guard lock(mutex);
+                const MutexLock lock(mutex);
                 if (!std::exchange(isAnnounced, false))
                     return;
                 std::swap(taken, content);
@@ -57,9 +57,9 @@ private:
         }
 
         const Listener listener;
-        std::mutex mutex;
-        Content content {};
-        bool isAnnounced = false;
+        Mutex mutex;
+        Content content GUARDED_BY(mutex) {};
+        bool isAnnounced GUARDED_BY(mutex) = false;
     };
 
     MainThreadQueue& m_queue;

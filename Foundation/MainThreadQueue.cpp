@@ -12,7 +12,7 @@ MainThreadQueue::MainThreadQueue()
 void MainThreadQueue::post(Task task) {
     Task waker;
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         if (m_tasks.empty())
             waker = m_waker;
         m_tasks.push_back(std::move(task));
@@ -22,7 +22,7 @@ void MainThreadQueue::post(Task task) {
 }
 
 void MainThreadQueue::setWaker(Task waker) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_waker = std::move(waker);
 }
 
@@ -31,7 +31,7 @@ void MainThreadQueue::runPending() {
         return;
     std::deque<Task> tasks;
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         tasks.swap(m_tasks);
     }
     try {
@@ -56,7 +56,7 @@ MainThreadQueue::Pause::~Pause() {
         return;
     Task waker;
     {
-        const std::lock_guard lock(m_queue.m_mutex);
+        const MutexLock lock(m_queue.m_mutex);
         if (!m_queue.m_tasks.empty())
             waker = m_queue.m_waker;
     }
@@ -67,7 +67,7 @@ MainThreadQueue::Pause::~Pause() {
 void MainThreadQueue::putBack(std::deque<Task> tasks) {
     Task waker;
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         if (m_tasks.empty() && !tasks.empty())
             waker = m_waker;
         m_tasks.insert(m_tasks.begin(), std::make_move_iterator(tasks.begin()), std::make_move_iterator(tasks.end()));

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
+
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 namespace quorrel {
@@ -48,9 +49,9 @@ private:
 
     const std::thread::id m_mainThread;
     int m_pauses = 0; // main thread only
-    std::mutex m_mutex;
-    std::deque<Task> m_tasks;
-    Task m_waker;
+    Mutex m_mutex;
+    std::deque<Task> m_tasks GUARDED_BY(m_mutex);
+    Task m_waker GUARDED_BY(m_mutex);
 };
 
 } // namespace quorrel

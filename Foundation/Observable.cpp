@@ -15,7 +15,7 @@ Subscription Observable::observe(std::string key, Observer observer) {
 Subscription Observable::observeAll(Observer observer) {
     std::shared_ptr<Observers> list;
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         if (!m_observers)
             m_observers = std::make_shared<Observers>();
         list = m_observers;
@@ -24,7 +24,7 @@ Subscription Observable::observeAll(Observer observer) {
 }
 
 std::shared_ptr<Observable::Observers> Observable::observers() const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     return m_observers;
 }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
 #include "Foundation/ObserverList.h"
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -34,7 +34,7 @@ public:
     void didChangeValueForKey(std::string_view key) const { notify(key, Change::Did); }
 
     /// Guards the values of this object's fields: one lock for all of them, since a catalogue holds very many.
-    [[nodiscard]] std::mutex& valueMutex() const { return m_mutex; }
+    [[nodiscard]] Mutex& valueMutex() const RETURN_CAPABILITY(m_mutex) { return m_mutex; }
 
 protected:
     ~Observable() = default;
@@ -45,8 +45,9 @@ private:
     void notify(std::string_view key, Change change) const;
     [[nodiscard]] std::shared_ptr<Observers> observers() const;
 
-    mutable std::mutex m_mutex;
-    std::shared_ptr<Observers> m_observers; // made with the first observer; most records never have one
+    mutable Mutex m_mutex;
+    // Made with the first observer; most records never have one.
+    std::shared_ptr<Observers> m_observers GUARDED_BY(m_mutex);
 };
 
 } // namespace quorrel

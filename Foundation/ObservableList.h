@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -25,12 +24,12 @@ public:
     ObservableList& operator=(const ObservableList&) = delete;
 
     [[nodiscard]] std::vector<T> snapshot() const {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         return m_items;
     }
 
     [[nodiscard]] std::size_t count() const {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         return m_items.size();
     }
 
@@ -58,7 +57,7 @@ public:
 
     /// Puts a new content in place without an announcement, for an owner that announces a larger change itself.
     void replaceUnannounced(std::vector<T> items) {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         std::swap(m_items, items);
     }
 
@@ -67,7 +66,7 @@ private:
     void change(Edit edit) {
         m_object.willChangeValueForKey(m_key);
         {
-            const std::lock_guard lock(m_object.valueMutex());
+            const MutexLock lock(m_object.valueMutex());
             edit(m_items);
         }
         m_object.didChangeValueForKey(m_key);
@@ -75,7 +74,7 @@ private:
 
     const Observable& m_object;
     const char* m_key;
-    std::vector<T> m_items;
+    std::vector<T> m_items GUARDED_BY(m_object.valueMutex());
 };
 
 } // namespace quorrel

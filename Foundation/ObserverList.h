@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
 #include "Foundation/Subscription.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -22,7 +22,7 @@ public:
 
     Subscription add(Callback callback) {
         auto entry = std::make_shared<Entry>(std::move(callback));
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         std::erase_if(m_entries, [](const auto& each) { return each->isClosed(); });
         m_entries.push_back(entry);
         return Subscription(std::move(entry));
@@ -54,12 +54,12 @@ private:
     };
 
     [[nodiscard]] std::vector<std::shared_ptr<Entry>> entries() const {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         return m_entries;
     }
 
-    mutable std::mutex m_mutex;
-    std::vector<std::shared_ptr<Entry>> m_entries;
+    mutable Mutex m_mutex;
+    std::vector<std::shared_ptr<Entry>> m_entries GUARDED_BY(m_mutex);
 };
 
 } // namespace quorrel

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Foundation/OperationQueue.h"
 
+#include "Foundation/ConditionVariable.h"
 #include "Foundation/ObserverList.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <exception>
 #include <functional>
 #include <iterator>
 #include <list>
-#include <mutex>
 #include <system_error>
 #include <thread>
 #include <unordered_map>
@@ -44,24 +43,24 @@ struct OperationQueue::State final : std::enable_shared_from_this<State> {
     ObserverList<> idleObservers;
     ObserverList<> endObservers;
 
-    std::mutex mutex;
-    std::condition_variable ended;
-    std::list<Entry> waiting;
-    std::unordered_map<OperationKey, std::list<Entry>::iterator, KeyHash> keyed; // those of them with a key
-    std::vector<Entry> running;
-    std::size_t threads = 0;
+    Mutex mutex;
+    ConditionVariable ended;
+    std::list<Entry> waiting GUARDED_BY(mutex);
+    // Those of them with a key
+    std::unordered_map<OperationKey, std::list<Entry>::iterator, KeyHash> keyed GUARDED_BY(mutex);
+    std::vector<Entry> running GUARDED_BY(mutex);
+    std::size_t threads GUARDED_BY(mutex) = 0;
 
     void work();
     void run(Operation& operation) const;
 
-    // With the lock held
     /// If one more may run. Why nothing will ever run what waits, if so.
-    [[nodiscard]] std::optional<std::string> startThread();
-    void append(Entry entry);
-    Entry takeOut(std::list<Entry>::iterator place);
+    [[nodiscard]] std::optional<std::string> startThread() REQUIRES(mutex);
+    void append(Entry entry) REQUIRES(mutex);
+    Entry takeOut(std::list<Entry>::iterator place) REQUIRES(mutex);
     /// The first that may run now; absent when there is none.
-    [[nodiscard]] std::optional<Entry> takeNext();
-    [[nodiscard]] bool isBusy(const Entry& entry) const;
+    [[nodiscard]] std::optional<Entry> takeNext() REQUIRES(mutex);
+    [[nodiscard]] bool isBusy(const Entry& entry) const REQUIRES(mutex);
 };
 
 std::optional<std::string> OperationQueue::State::startThread() {
@@ -93,8 +92,9 @@ Entry OperationQueue::State::takeOut(std::list<Entry>::iterator place) {
 
 std::optional<Entry> OperationQueue::State::takeNext() {
     // Few are passed over: those that wait for what runs now, one of each kind.
-    const auto next
-        = std::find_if(waiting.begin(), waiting.end(), [this](const Entry& entry) { return !isBusy(entry); });
+    auto next = waiting.begin();
+    while (next != waiting.end() && isBusy(*next))
+        ++next;
     return next == waiting.end() ? std::nullopt : std::optional(takeOut(next));
 }
 
@@ -120,11 +120,11 @@ void OperationQueue::State::work() {
     for (;;) {
         std::shared_ptr<Operation> operation;
         {
-            const std::lock_guard lock(mutex);
+            const MutexLock lock(mutex);
             auto next = takeNext();
             if (!next) { // the worker whose end is waited for goes on with what waits for it
                 --threads;
-                ended.notify_all();
+                ended.notifyAll();
                 return;
             }
             operation = next->operation;
@@ -134,7 +134,7 @@ void OperationQueue::State::work() {
             run(*operation);
         bool idle = false;
         {
-            const std::lock_guard lock(mutex);
+            const MutexLock lock(mutex);
             // It may run twice at once.
             running.erase(std::find_if(
                 running.begin(), running.end(), [&](const Entry& each) { return each.operation == operation; }));
@@ -152,8 +152,9 @@ OperationQueue::OperationQueue(std::size_t maxConcurrentOperationCount, std::fun
 
 OperationQueue::~OperationQueue() {
     cancelAllOperations();
-    std::unique_lock lock(m_state->mutex);
-    m_state->ended.wait(lock, [this] { return m_state->threads == 0; });
+    MutexLock lock(m_state->mutex);
+    while (m_state->threads > 0)
+        m_state->ended.wait(lock);
 }
 
 void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
@@ -168,7 +169,7 @@ void OperationQueue::add(std::shared_ptr<Operation> operation, const std::option
     std::shared_ptr<Operation> replaced;
     std::optional<std::string> failure;
     {
-        const std::lock_guard lock(m_state->mutex);
+        const MutexLock lock(m_state->mutex);
         if (const auto found = key ? m_state->keyed.find(*key) : m_state->keyed.end(); found != m_state->keyed.end())
             replaced = m_state->takeOut(found->second).operation;
         if (replaced && replaced != operation)
@@ -192,7 +193,7 @@ void OperationQueue::cancelAllOperations() {
     std::list<Entry> dropped;
     bool idle = false;
     {
-        const std::lock_guard lock(m_state->mutex);
+        const MutexLock lock(m_state->mutex);
         dropped.swap(m_state->waiting);
         m_state->keyed.clear();
         for (const auto& each : dropped)
@@ -208,7 +209,7 @@ void OperationQueue::cancelAllOperations() {
 }
 
 std::size_t OperationQueue::operationCount() const {
-    const std::lock_guard lock(m_state->mutex);
+    const MutexLock lock(m_state->mutex);
     return m_state->waiting.size() + m_state->running.size();
 }
 

@@ -23,7 +23,7 @@ Preferences::Preferences(std::shared_ptr<PreferencesStore> store)
 }
 
 std::optional<PreferenceValue> Preferences::value(std::string_view key) const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     const auto found = m_values.find(key);
     return found == m_values.end() ? std::nullopt : std::optional(found->second);
 }
@@ -43,10 +43,10 @@ std::vector<std::string> Preferences::texts(std::string_view key) const {
 bool Preferences::set(const std::string& key, std::optional<PreferenceValue> value) {
     bool saved = true;
     {
-        const std::lock_guard storeLock(m_storeMutex);
+        const MutexLock storeLock(m_storeMutex);
         PreferenceValues all;
         {
-            const std::lock_guard lock(m_mutex);
+            const MutexLock lock(m_mutex);
             if (value)
                 m_values[key] = *value;
             else
@@ -64,9 +64,9 @@ void Preferences::reload() {
         return;
     std::set<std::string> changed;
     {
-        const std::lock_guard storeLock(m_storeMutex);
+        const MutexLock storeLock(m_storeMutex);
         auto fresh = m_store->load();
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         for (const auto& [key, value] : fresh)
             if (const auto old = m_values.find(key); old == m_values.end() || old->second != value)
                 changed.insert(key);

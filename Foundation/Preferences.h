@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
 #include "Foundation/ObserverList.h"
 #include "Foundation/PreferencesStore.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,9 +44,9 @@ public:
 
 private:
     const std::shared_ptr<PreferencesStore> m_store;
-    std::mutex m_storeMutex; ///< held from a change of the values until the store has it: saves must not overtake
-    mutable std::mutex m_mutex;
-    PreferenceValues m_values;
+    Mutex m_storeMutex; ///< held from a change of the values until the store has it: saves must not overtake
+    mutable Mutex m_mutex;
+    PreferenceValues m_values GUARDED_BY(m_mutex);
     ObserverList<const std::string&, const std::optional<PreferenceValue>&> m_observers;
 };
 

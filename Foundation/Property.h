@@ -26,7 +26,7 @@ public:
     Property& operator=(const Property&) = delete;
 
     [[nodiscard]] T get() const {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         return m_value;
     }
 
@@ -39,7 +39,7 @@ private:
         m_object.willChangeValueForKey(m_key);
         {
             // Swapped, so that the old value is destroyed after the lock is gone.
-            const std::lock_guard lock(m_object.valueMutex());
+            const MutexLock lock(m_object.valueMutex());
             std::swap(m_value, value);
         }
         m_object.didChangeValueForKey(m_key);
@@ -47,7 +47,7 @@ private:
 
     const Observable& m_object;
     const char* m_key;
-    T m_value;
+    T m_value GUARDED_BY(m_object.valueMutex());
 };
 
 using OptionalText = std::optional<std::string>;

@@ -7,7 +7,7 @@
 namespace quorrel {
 
 bool CallbackGate::enter() {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (m_closed)
         return false;
     m_inside.push_back(std::this_thread::get_id());
@@ -17,10 +17,10 @@ bool CallbackGate::enter() {
 void CallbackGate::leave() {
     bool last = false;
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         m_inside.erase(std::find(m_inside.begin(), m_inside.end(), std::this_thread::get_id()));
         last = m_closed && m_inside.empty() && !std::exchange(m_discarded, true);
-        m_left.notify_all();
+        m_left.notifyAll();
     }
     if (last)
         discard();
@@ -28,11 +28,11 @@ void CallbackGate::leave() {
 
 void CallbackGate::close() {
     {
-        std::unique_lock lock(m_mutex);
+        MutexLock lock(m_mutex);
         m_closed = true;
-        const auto self = std::this_thread::get_id();
-        m_left.wait(
-            lock, [&] { return std::all_of(m_inside.begin(), m_inside.end(), [&](auto id) { return id == self; }); });
+        const auto isAnother = [self = std::this_thread::get_id()](auto id) { return id != self; };
+        while (std::any_of(m_inside.begin(), m_inside.end(), isAnother))
+            m_left.wait(lock);
         if (!m_inside.empty() || std::exchange(m_discarded, true))
             return;
     }
@@ -40,7 +40,7 @@ void CallbackGate::close() {
 }
 
 bool CallbackGate::isClosed() const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     return m_closed;
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <condition_variable>
+#include "Foundation/ConditionVariable.h"
+
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -27,11 +27,11 @@ protected:
     virtual void discard() = 0;
 
 private:
-    mutable std::mutex m_mutex;
-    std::condition_variable m_left;
-    std::vector<std::thread::id> m_inside;
-    bool m_closed = false;
-    bool m_discarded = false;
+    mutable Mutex m_mutex;
+    ConditionVariable m_left;
+    std::vector<std::thread::id> m_inside GUARDED_BY(m_mutex);
+    bool m_closed GUARDED_BY(m_mutex) = false;
+    bool m_discarded GUARDED_BY(m_mutex) = false;
 };
 
 /// The owner of one observer's registration: unregisters in its destructor, waiting for a call that runs on another

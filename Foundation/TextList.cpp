@@ -2,7 +2,6 @@
 #include "Foundation/TextList.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 namespace quorrel {
@@ -14,7 +13,7 @@ TextList::TextList(const Observable& object, const char* key)
 void TextList::append(std::string text) {
     m_object.willChangeValueForKey(m_key);
     {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         m_list.append(std::move(text));
     }
     m_object.didChangeValueForKey(m_key);
@@ -25,7 +24,7 @@ void TextList::appendAll(std::vector<std::string> texts) {
         return;
     m_object.willChangeValueForKey(m_key);
     {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         for (auto& text : texts)
             m_list.append(std::move(text));
     }
@@ -45,7 +44,7 @@ bool TextList::appendUnlessPrinted(std::string text, std::string_view probe) {
     m_object.willChangeValueForKey(m_key);
     bool appended = false;
     {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         if (!m_list.printedFormContains(probe)) {
             m_list.append(std::move(text));
             appended = true;
@@ -61,7 +60,7 @@ bool TextList::removeFirst(std::string_view text) {
     m_object.willChangeValueForKey(m_key);
     bool removed = false;
     {
-        const std::lock_guard lock(m_object.valueMutex());
+        const MutexLock lock(m_object.valueMutex());
         removed = m_list.removeFirst(text);
     }
     m_object.didChangeValueForKey(m_key);
@@ -69,23 +68,23 @@ bool TextList::removeFirst(std::string_view text) {
 }
 
 std::vector<std::string> TextList::snapshot() const {
-    const std::lock_guard lock(m_object.valueMutex());
+    const MutexLock lock(m_object.valueMutex());
     return m_list.items();
 }
 
 std::size_t TextList::count() const {
-    const std::lock_guard lock(m_object.valueMutex());
+    const MutexLock lock(m_object.valueMutex());
     return m_list.items().size();
 }
 
 bool TextList::contains(std::string_view text) const {
-    const std::lock_guard lock(m_object.valueMutex());
+    const MutexLock lock(m_object.valueMutex());
     const auto& items = m_list.items();
     return std::find(items.begin(), items.end(), text) != items.end();
 }
 
 bool TextList::printedFormContains(std::string_view text) const {
-    const std::lock_guard lock(m_object.valueMutex());
+    const MutexLock lock(m_object.valueMutex());
     return m_list.printedFormContains(text);
 }
 

@@ -38,7 +38,7 @@ public:
 private:
     const Observable& m_object;
     const char* m_key;
-    PrintedList m_list;
+    PrintedList m_list GUARDED_BY(m_object.valueMutex());
 };
 
 } // namespace quorrel

@@ -4,24 +4,28 @@
 namespace quorrel {
 
 void WakeSignal::signal() {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_isSignalled = true;
-    m_signalled.notify_all();
+    m_signalled.notifyAll();
 }
 
 void WakeSignal::reset() {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_isSignalled = false;
 }
 
 bool WakeSignal::isSignalled() const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     return m_isSignalled;
 }
 
 bool WakeSignal::waitFor(std::chrono::duration<double> duration) {
-    std::unique_lock lock(m_mutex);
-    return m_signalled.wait_for(lock, duration, [this] { return m_isSignalled; });
+    const auto end
+        = std::chrono::steady_clock::now() + std::chrono::ceil<std::chrono::steady_clock::duration>(duration);
+    MutexLock lock(m_mutex);
+    while (!m_isSignalled && std::chrono::steady_clock::now() < end)
+        m_signalled.waitUntil(lock, end);
+    return m_isSignalled;
 }
 
 } // namespace quorrel

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/ConditionVariable.h"
+
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 
 namespace quorrel {
 
@@ -17,9 +17,9 @@ public:
     bool waitFor(std::chrono::duration<double> duration);
 
 private:
-    mutable std::mutex m_mutex;
-    std::condition_variable m_signalled;
-    bool m_isSignalled = false;
+    mutable Mutex m_mutex;
+    ConditionVariable m_signalled;
+    bool m_isSignalled GUARDED_BY(m_mutex) = false;
 };
 
 } // namespace quorrel
