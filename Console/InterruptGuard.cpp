@@ -10,26 +10,29 @@ InterruptGuard::InterruptGuard(VolumeService& volumes)
     : m_volumes(volumes) { }
 
 void InterruptGuard::guard(OperationQueue& queue) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_queue = &queue;
 }
 
 std::optional<int> InterruptGuard::release() {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, 2 * signalPatience, [&] { return !m_isAtWork; });
+    const auto end = std::chrono::steady_clock::now()
+        + std::chrono::duration_cast<std::chrono::steady_clock::duration>(2 * signalPatience);
+    MutexLock lock(m_mutex);
+    while (m_isAtWork && std::chrono::steady_clock::now() < end)
+        m_changed.waitUntil(lock, end);
     m_queue = nullptr;
     return m_signal;
 }
 
 bool InterruptGuard::isInterrupted() const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     return m_signal.has_value();
 }
 
 bool InterruptGuard::interrupt(int signal) {
     OperationQueue* queue = nullptr;
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         m_signal = signal;
         queue = m_queue;
         m_isAtWork = queue != nullptr;
@@ -38,10 +41,10 @@ bool InterruptGuard::interrupt(int signal) {
     // What is asked for outside of the queue, and from now on.
     m_volumes.interrupt();
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         m_isAtWork = false;
     }
-    m_changed.notify_all();
+    m_changed.notifyAll();
     return isIdle;
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include "Foundation/ConditionVariable.h"
+
 #include <optional>
 
 namespace quorrel {
@@ -29,11 +29,11 @@ public:
 
 private:
     VolumeService& m_volumes;
-    mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
-    OperationQueue* m_queue = nullptr;
-    std::optional<int> m_signal;
-    bool m_isAtWork = false;
+    mutable Mutex m_mutex;
+    ConditionVariable m_changed;
+    OperationQueue* m_queue GUARDED_BY(m_mutex) = nullptr;
+    std::optional<int> m_signal GUARDED_BY(m_mutex);
+    bool m_isAtWork GUARDED_BY(m_mutex) = false;
 };
 
 } // namespace quorrel

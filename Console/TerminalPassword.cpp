@@ -92,7 +92,7 @@ PasswordPrompt::Answer TerminalPassword::ask(const std::string& prompt) {
 }
 
 bool TerminalPassword::hideTyping(int terminal) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (tcgetattr(terminal, &m_before) != 0)
         return false;
     auto hidden = m_before;
@@ -106,7 +106,7 @@ bool TerminalPassword::hideTyping(int terminal) {
 }
 
 void TerminalPassword::restore() {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (m_terminal >= 0)
         tcsetattr(m_terminal, TCSANOW, &m_before);
     m_terminal = -1;

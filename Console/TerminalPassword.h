@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Console/PasswordPrompt.h"
+#include "Foundation/Mutex.h"
 
-#include <mutex>
 #include <optional>
 
 #include <termios.h>
@@ -25,9 +25,9 @@ private:
     [[nodiscard]] bool hideTyping(int terminal);
 
     const std::string m_terminalPath;
-    std::mutex m_mutex;
-    int m_terminal = -1; // guarded: the one whose typing is hidden now
-    termios m_before {}; // guarded
+    Mutex m_mutex;
+    int m_terminal GUARDED_BY(m_mutex) = -1; // the one whose typing is hidden now
+    termios m_before GUARDED_BY(m_mutex) {};
 };
 
 } // namespace quorrel

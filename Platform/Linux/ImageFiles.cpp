@@ -16,12 +16,12 @@ constexpr std::size_t keptAnswers = 256;
 
 bool ImageFiles::contain(const std::string& path) const {
     {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         if (const auto known = m_known.find(path); known != m_known.end())
             return known->second;
     }
     const bool isPNG = OwnerOnlyFile::read(path, largestImage).bytes.starts_with("\x89PNG\r\n\x1a\n");
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (m_known.size() >= keptAnswers)
         m_known.clear();
     m_known.emplace(path, isPNG);

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
+
 #include <functional>
 #include <map>
-#include <mutex>
 #include <string>
 
 namespace quorrel {
@@ -16,8 +17,8 @@ public:
     [[nodiscard]] bool contain(const std::string& path) const;
 
 private:
-    mutable std::mutex m_mutex;
-    mutable std::map<std::string, bool, std::less<>> m_known; ///< guarded
+    mutable Mutex m_mutex;
+    mutable std::map<std::string, bool, std::less<>> m_known GUARDED_BY(m_mutex);
 };
 
 } // namespace quorrel

@@ -125,7 +125,7 @@ KeyFilePreferencesStore::KeyFilePreferencesStore(std::string path)
     : m_path(std::move(path)) { }
 
 PreferenceValues KeyFilePreferencesStore::load() {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     const auto content = OwnerOnlyFile::read(m_path, largestFile);
     const auto file = parsed(content.bytes);
     if (file && content.outcome == OwnerOnlyFile::Content::Outcome::Read)
@@ -134,7 +134,7 @@ PreferenceValues KeyFilePreferencesStore::load() {
 }
 
 bool KeyFilePreferencesStore::save(const PreferenceValues& values) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (!std::all_of(values.begin(), values.end(), [](const auto& entry) { return isUsableKey(entry.first); }))
         return false;
     using Outcome = OwnerOnlyFile::Content::Outcome;

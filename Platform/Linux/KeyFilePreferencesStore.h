@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
 #include "Foundation/PreferencesStore.h"
 
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -26,8 +26,9 @@ public:
 
 private:
     const std::string m_path;
-    std::mutex m_mutex;
-    PreferenceValues m_known; ///< as last read or written; what differs from it is this program's own change
+    Mutex m_mutex;
+    PreferenceValues m_known GUARDED_BY(
+        m_mutex); ///< as last read or written; what differs from it is this program's own change
 };
 
 } // namespace quorrel

@@ -6,7 +6,7 @@
 namespace quorrel {
 
 GlibPointer<GMainContext> MainContextPool::take() {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (m_idle.empty())
         return GlibPointer<GMainContext>(g_main_context_new());
     auto context = std::move(m_idle.back());
@@ -15,7 +15,7 @@ GlibPointer<GMainContext> MainContextPool::take() {
 }
 
 void MainContextPool::giveBack(GlibPointer<GMainContext> context) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_idle.push_back(std::move(context));
 }
 

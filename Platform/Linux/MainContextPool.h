@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
 #include "Platform/Linux/GlibPointers.h"
 
-#include <mutex>
 #include <vector>
 
 namespace quorrel {
@@ -19,8 +19,8 @@ public:
     void giveBack(GlibPointer<GMainContext> context);
 
 private:
-    std::mutex m_mutex;
-    std::vector<GlibPointer<GMainContext>> m_idle;
+    Mutex m_mutex;
+    std::vector<GlibPointer<GMainContext>> m_idle GUARDED_BY(m_mutex);
 };
 
 } // namespace quorrel

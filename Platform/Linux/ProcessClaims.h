@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
 #include "Platform/Linux/ProcessTable.h"
 
 #include <cstdint>
-#include <mutex>
 #include <set>
 #include <utility>
 
@@ -15,13 +15,13 @@ class ProcessClaims final {
 public:
     /// False when another call was first.
     [[nodiscard]] bool claim(const ProcessEntry& process) {
-        const std::lock_guard lock(m_mutex);
+        const MutexLock lock(m_mutex);
         return m_claimed.emplace(process.identifier, process.startTicks).second;
     }
 
 private:
-    std::mutex m_mutex;
-    std::set<std::pair<pid_t, std::uint64_t>> m_claimed;
+    Mutex m_mutex;
+    std::set<std::pair<pid_t, std::uint64_t>> m_claimed GUARDED_BY(m_mutex);
 };
 
 } // namespace quorrel

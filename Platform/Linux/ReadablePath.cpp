@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/ReadablePath.h"
 
+#include "Foundation/ConditionVariable.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,9 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -25,9 +25,9 @@ constexpr std::chrono::milliseconds lookAgain { 2 };
 constexpr std::chrono::milliseconds glance { 20 };
 
 struct Look final {
-    std::mutex mutex;
-    std::condition_variable ended;
-    std::optional<Files> files;
+    Mutex mutex;
+    ConditionVariable ended;
+    std::optional<Files> files GUARDED_BY(mutex);
 };
 
 Files isReachable(const std::string& path) {
@@ -61,17 +61,17 @@ Files repeat(Files (*look)(const std::string&), const std::string& path) {
 }
 
 void tell(Look& state, Files files) {
-    const std::lock_guard lock(state.mutex);
+    const MutexLock lock(state.mutex);
     state.files = files;
-    state.ended.notify_all();
+    state.ended.notifyAll();
 }
 
 Files wait(BoundedLoop& loop, Look& state) {
     const auto end = std::chrono::steady_clock::now()
         + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
-    std::unique_lock lock(state.mutex);
+    MutexLock lock(state.mutex);
     while (!state.files && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
-        state.ended.wait_for(lock, glance);
+        state.ended.waitUntil(lock, std::chrono::steady_clock::now() + glance);
     return state.files.value_or(Files::Slow);
 }
 

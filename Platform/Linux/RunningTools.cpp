@@ -17,19 +17,19 @@ void end(pid_t child) {
 } // namespace
 
 void RunningTools::began(pid_t child) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_children.insert(child);
     if (m_isEnding)
         end(child);
 }
 
 void RunningTools::ended(pid_t child) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_children.erase(child);
 }
 
 void RunningTools::endAll() {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_isEnding = true;
     for (const auto child : m_children)
         end(child);

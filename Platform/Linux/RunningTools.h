@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <mutex>
+#include "Foundation/Mutex.h"
+
 #include <set>
 
 #include <sys/types.h>
@@ -24,9 +25,9 @@ public:
     void endAll();
 
 private:
-    std::mutex m_mutex;
-    std::set<pid_t> m_children;
-    bool m_isEnding = false;
+    Mutex m_mutex;
+    std::set<pid_t> m_children GUARDED_BY(m_mutex);
+    bool m_isEnding GUARDED_BY(m_mutex) = false;
 };
 
 } // namespace quorrel

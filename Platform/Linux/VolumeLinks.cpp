@@ -72,7 +72,7 @@ std::vector<VolumeLinks::Link> VolumeLinks::links() const {
 }
 
 std::string VolumeLinks::add(const std::string& name, const std::string& target, std::string& reason) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (!isOurs(target)) {
         reason = "it is not below " + m_mountFolder;
         return {};
@@ -106,7 +106,7 @@ std::string VolumeLinks::add(const std::string& name, const std::string& target,
 }
 
 void VolumeLinks::removeLinksTo(const std::string& target) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     for (const auto& link : links())
         if (link.target == target)
             remove(link.name);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <mutex>
+#include "Foundation/Mutex.h"
+
 #include <string>
 #include <vector>
 
@@ -39,11 +40,11 @@ public:
 
 private:
     [[nodiscard]] bool isOurs(const std::string& target) const;
-    void remove(const std::string& name);
+    void remove(const std::string& name) REQUIRES(m_mutex);
 
     const std::string m_folder;
     const std::string m_mountFolder;
-    std::mutex m_mutex; ///< one change at a time, so that two volumes cannot get one link
+    Mutex m_mutex; ///< one change at a time, so that two volumes cannot get one link
 };
 
 } // namespace quorrel

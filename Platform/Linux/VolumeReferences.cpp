@@ -9,7 +9,7 @@ namespace quorrel {
 
 std::optional<std::int16_t> VolumeReferences::enter(
     const std::string& identity, const std::string& mountIdentity, MountedVolume description) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (m_leaving.contains(mountIdentity))
         return std::nullopt;
     for (auto& entry : m_entries)
@@ -29,7 +29,7 @@ std::optional<std::int16_t> VolumeReferences::enter(
 }
 
 std::optional<VolumeReferences::Entry> VolumeReferences::find(std::int16_t volumeReference) const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     for (const auto& entry : m_entries)
         if (entry.description.volumeReference == volumeReference)
             return entry;
@@ -37,7 +37,7 @@ std::optional<VolumeReferences::Entry> VolumeReferences::find(std::int16_t volum
 }
 
 std::optional<VolumeReferences::Entry> VolumeReferences::find(const std::string& identity) const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     for (const auto& entry : m_entries)
         if (entry.identity == identity)
             return entry;
@@ -45,17 +45,17 @@ std::optional<VolumeReferences::Entry> VolumeReferences::find(const std::string&
 }
 
 std::vector<VolumeReferences::Entry> VolumeReferences::entries() const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     return m_entries;
 }
 
 void VolumeReferences::forget(std::int16_t volumeReference) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     std::erase_if(m_entries, [&](const Entry& entry) { return entry.description.volumeReference == volumeReference; });
 }
 
 bool VolumeReferences::beginRemoval(std::int16_t volumeReference, const std::string& mountIdentity) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     const auto sharesIt = [&](const Entry& entry) {
         return entry.description.volumeReference != volumeReference
             && (entry.identity == mountIdentity || entry.identity.starts_with(mountIdentity + "/"));
@@ -67,7 +67,7 @@ bool VolumeReferences::beginRemoval(std::int16_t volumeReference, const std::str
 }
 
 void VolumeReferences::endRemoval(const std::string& mountIdentity) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_leaving.erase(mountIdentity);
 }
 

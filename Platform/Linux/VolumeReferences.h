@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Mutex.h"
 #include "Platform/VolumeService.h"
 
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -34,12 +34,12 @@ public:
     void endRemoval(const std::string& mountIdentity);
 
 private:
-    [[nodiscard]] bool isInUse(std::int16_t volumeReference) const;
+    [[nodiscard]] bool isInUse(std::int16_t volumeReference) const REQUIRES(m_mutex);
 
-    mutable std::mutex m_mutex;
-    std::vector<Entry> m_entries;
-    std::set<std::string> m_leaving;
-    std::int16_t m_last = 0;
+    mutable Mutex m_mutex;
+    std::vector<Entry> m_entries GUARDED_BY(m_mutex);
+    std::set<std::string> m_leaving GUARDED_BY(m_mutex);
+    std::int16_t m_last GUARDED_BY(m_mutex) = 0;
 };
 
 } // namespace quorrel
