@@ -37,6 +37,9 @@ SUBSYSTEMS = {
 # The environment is read where the program starts, and nowhere else.
 MAY_READ_ENVIRONMENT = {"Platform/Linux/StandardPaths.cpp", "Console/main.cpp", "main.cpp"}
 
+# The standard library's locks tell clang nothing of what they guard.
+MAY_USE_STANDARD_LOCKS = {"Foundation/Mutex.h", "Foundation/ConditionVariable.h"}
+
 STANDARD_HEADERS = set(
     """
     algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes climits
@@ -53,6 +56,7 @@ STANDARD_HEADERS = set(
 INCLUDE = re.compile(r"^\s*#\s*(?:include|import|include_next)\b\s*(.*)$")
 QUOTED = re.compile(r'"([^"]+)"')
 ANGLED = re.compile(r"<([^>]+)>")
+STANDARD_LOCK = re.compile(r"\bstd::(\w*mutex|\w*_lock|lock_guard|condition_variable\w*)\b")
 QT_HEADER = re.compile(r"^(Q[A-Z]\w*|Qt\w+(/.*)?|q\w+\.h)$")
 
 
@@ -155,6 +159,8 @@ def check_source(root, path, owner):
         yield f"{path}: Sources/CMakeLists.txt gives it to no subsystem"
     if room not in ("Tests", "Benchmarks") and path not in MAY_READ_ENVIRONMENT and "getenv" in text:
         yield f"{path}: reads the environment, which only {', '.join(sorted(MAY_READ_ENVIRONMENT))} may"
+    if room not in ("Tests", "Benchmarks") and path not in MAY_USE_STANDARD_LOCKS and STANDARD_LOCK.search(text):
+        yield f"{path}: locks are Foundation/Mutex.h's and Foundation/ConditionVariable.h's"
     for number, operand in includes(text):
         quoted, angled = QUOTED.match(operand), ANGLED.match(operand)
         if quoted:

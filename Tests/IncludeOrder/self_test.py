@@ -169,6 +169,12 @@ class RulesTest(unittest.TestCase):
         self.put("Foundation/Text.h", LICENCE + "// #pragma once\n")
         self.assert_one_problem("Foundation/Text.h", "pragma once")
 
+    def test_locks_are_those_that_the_compiler_can_follow(self):
+        for lock in ("std::mutex m;", "std::unique_lock l(m);", "std::condition_variable c;", "std::shared_mutex m;"):
+            self.forbidden("Sources/Host.h", lock, "locks are")
+        self.put("Foundation/Mutex.h", LICENCE + "#pragma once\nstd::mutex m;\n")
+        self.assertEqual(rules.check(self.root), [])
+
     def test_the_environment_is_read_at_the_start_only(self):
         for path in ("Foundation/Text.cpp", "Console/Tool.h", "Platform/Linux/LinuxClock.h"):
             self.forbidden(path, 'inline auto x = std::getenv("HOME");', "environment")
