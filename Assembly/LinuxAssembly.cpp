@@ -17,7 +17,12 @@ LinuxAssembly::LinuxAssembly(
     , m_workspace({ paths.data, paths.temporary, iconsFolder, paths.systemBus })
     , m_volumes(m_log, m_preferences, { paths.home, paths.runtime.value_or(std::string()) })
     , m_mounting { m_volumes, m_childProcess, m_clock, m_log, m_strings }
-    , m_resolving { m_discovery, m_tools, m_log } { }
+    , m_lookupAhead(m_tools, m_mainThreadQueue)
+    , m_resolving { .discovery = m_discovery, .childProcess = m_tools, .log = m_log, .ahead = &m_lookupAhead } { }
+
+LinuxAssembly::~LinuxAssembly() {
+    endTools(); // nothing below is to wait for them
+}
 
 ProgramEnvironment LinuxAssembly::environment() {
     return { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_propertyListFile, m_workspace, m_strings,

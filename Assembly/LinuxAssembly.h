@@ -20,6 +20,7 @@
 #include "Platform/Linux/StandardPaths.h"
 #include "Sources/BonjourResolver.h"
 #include "Sources/DiscoveryEnvironment.h"
+#include "Sources/LookupAhead.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/ProgramEnvironment.h"
 
@@ -35,6 +36,9 @@ class LinuxAssembly final {
 public:
     /// The folders hold the translations and the icons.
     LinuxAssembly(const StandardPaths& paths, const std::string& localeFolder, const std::string& iconsFolder);
+    LinuxAssembly(const LinuxAssembly&) = delete;
+    LinuxAssembly& operator=(const LinuxAssembly&) = delete;
+    ~LinuxAssembly();
 
     [[nodiscard]] ProgramEnvironment environment();
     /// For programs that watch network and volumes. Made on first use: it listens to the session bus from then on, and
@@ -67,6 +71,7 @@ private:
     LinuxVolumeService m_volumes;
     AvahiServiceDiscovery m_discovery;
     MountEnvironment m_mounting;
+    LookupAhead m_lookupAhead;
     ResolverEnvironment m_resolving;
     LinuxNetworkReachability m_reachability { m_runningTools };
     std::optional<LinuxVolumeWatch> m_volumeWatch;

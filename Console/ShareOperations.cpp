@@ -47,6 +47,7 @@ void ShareOperations::run(Kind kind, const SharePoints& sharePoints, Output* pro
         m_view->refresh();
     });
     const auto idle = m_controller.opQueue().observeIdle([this] { post(&ShareOperations::endIfDone); });
+    const auto emptied = m_controller.workLine().observeEmptied([this] { post(&ShareOperations::endIfDone); });
     if (m_view)
         m_view->refresh();
     post(&ShareOperations::startNext);
@@ -74,8 +75,8 @@ void ShareOperations::post(void (ShareOperations::*step)()) {
 }
 
 void ShareOperations::startNext() {
-    // One at a time, since a start may look up a name and so block this thread: what happened to the shares before is
-    // shown in between.
+    // One at a time, since a start may ask for a password and so block this thread: what happened to the shares before
+    // is shown in between.
     if (m_started < m_sharePoints.size() && !m_guard.isInterrupted()) {
         const auto sharePoint = m_sharePoints[m_started++];
         start(sharePoint);
@@ -96,7 +97,8 @@ void ShareOperations::start(const std::shared_ptr<SharePointDefinition>& sharePo
 }
 
 void ShareOperations::endIfDone() {
-    if (m_started == m_sharePoints.size() && m_controller.opQueue().operationCount() == 0)
+    if (m_started == m_sharePoints.size() && m_controller.workLine().isEmpty()
+        && m_controller.opQueue().operationCount() == 0)
         m_runLoop.quit();
 }
 

@@ -4,13 +4,16 @@
 #include "Foundation/PrintedList.h"
 #include "Sources/Globals.h"
 #include "Sources/HostDefinition.h"
+#include "Sources/LookupAhead.h"
 #include "Sources/NSLookUp.h"
+#include "Sources/Rehearsal.h"
 #include "Sources/ServiceDefinition.h"
 #include "Sources/SMBLookup.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace quorrel {
 
@@ -61,9 +64,28 @@ std::optional<std::string> dottedDecimal(const SocketAddress& address) {
 BonjourResolver::BonjourResolver(ResolverEnvironment& environment)
     : m_environment(environment) { }
 
+ChildProcess& ResolverEnvironment::tools() const {
+    return ahead ? *ahead : childProcess;
+}
+
 BonjourResolver::~BonjourResolver() {
+    // A host must not stay "resolving"; this delegate is told of a stop, too.
     if (m_bonjourService)
-        m_bonjourService->stop(); // told to this delegate too: a host must not stay "resolving"
+        m_bonjourService->stop();
+    if (const auto unresolved = m_rehearsal ? host() : nullptr)
+        unresolved->resolving.set(false);
+}
+
+std::optional<NameLookup> BonjourResolver::lookupFor(
+    const ServiceDefinition& service, const ResolverEnvironment& environment) {
+    const auto displayType = service.displayType.get();
+    const bool isNetBIOS = isOneOf(namesOfNetBIOSProtocols, displayType);
+    const auto host = service.parentHost.get().lock();
+    if ((!isNetBIOS && !isOneOf(namesOfDNSProtocols, displayType)) || !host || host->resolving.get()
+        || host->isNameIP())
+        return std::nullopt;
+    return NameLookup { textOf(host->displayName.get()), environment.nslookupPath,
+        isNetBIOS ? environment.nmblookupPath : std::string() };
 }
 
 void BonjourResolver::resolve(
@@ -105,19 +127,23 @@ void BonjourResolver::startBonjour(HostDefinition& host, ServiceDefinition& serv
 }
 
 bool BonjourResolver::lookUpInDNS(HostDefinition& host) {
-    NSLookUp tool(m_environment.childProcess, m_environment.log, m_environment.nslookupPath);
+    NSLookUp tool(m_environment.tools(), m_environment.log, m_environment.nslookupPath);
     return takeAddress(host, tool);
 }
 
 bool BonjourResolver::lookUpInNetBIOS(HostDefinition& host) {
-    SMBLookup tool(m_environment.childProcess, m_environment.log, m_environment.nmblookupPath);
+    SMBLookup tool(m_environment.tools(), m_environment.log, m_environment.nmblookupPath);
     return takeAddress(host, tool);
 }
 
 bool BonjourResolver::isAwaited() const {
+    const auto awaiting = host();
+    return awaiting && awaiting->resolving.get();
+}
+
+std::shared_ptr<HostDefinition> BonjourResolver::host() const {
     const auto service = m_serviceRef.lock();
-    const auto host = service ? service->parentHost.get().lock() : nullptr;
-    return host && host->resolving.get();
+    return service ? service->parentHost.get().lock() : nullptr;
 }
 
 std::optional<std::vector<std::string>> BonjourResolver::getIPV4FromService(const NetService& service) {
@@ -137,14 +163,33 @@ std::optional<std::vector<std::string>> BonjourResolver::getIPV4FromService(cons
 }
 
 void BonjourResolver::netServiceDidNotResolve(NetService& netService, const std::string&) {
-    const auto service = m_serviceRef.lock();
-    if (!service)
+    if (!m_serviceRef.lock())
         return;
     m_environment.log.line("Service Did NOT Resolve with Bonjour for: [%@]", { netService.name() });
-    if (const auto host = service->parentHost.get().lock()) {
-        lookUpInDNS(*host);
-        host->resolving.set(false);
+    if (m_environment.ahead) {
+        m_rehearsal = std::make_unique<Rehearsal>(*m_environment.ahead);
+        m_lookupEnds = m_environment.ahead->observeEnds([this] {
+            // What was called off meanwhile, as by a network that went, is not to come back.
+            if (m_rehearsal && isAwaited())
+                fallBack();
+        });
     }
+    fallBack();
+}
+
+void BonjourResolver::fallBack() {
+    const auto unresolved = host();
+    if (!unresolved)
+        return;
+    if (m_rehearsal
+        && !m_rehearsal->covers({ { textOf(unresolved->displayName.get()), m_environment.nslookupPath, {} } }))
+        return;
+    const auto rehearsal = std::exchange(m_rehearsal, nullptr);
+    {
+        const LookupAhead::Performance performance(m_environment.ahead, rehearsal.get());
+        lookUpInDNS(*unresolved);
+    }
+    unresolved->resolving.set(false);
 }
 
 void BonjourResolver::netServiceDidStop(NetService&) {

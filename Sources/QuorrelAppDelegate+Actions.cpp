@@ -138,7 +138,8 @@ struct QuorrelAppDelegate::Actions final {
 
     /// It also calls off what is queued, the mounts above all.
     [[nodiscard]] static Hindrance toUnmountingAll(const Controller& controller) {
-        return controller.m_opQueue->operationCount() > 0 ? nothing : onAllHosts<toUnmounting>(controller);
+        const bool isBusy = controller.m_opQueue->operationCount() > 0 || !controller.m_workLine.isEmpty();
+        return isBusy ? nothing : onAllHosts<toUnmounting>(controller);
     }
 };
 

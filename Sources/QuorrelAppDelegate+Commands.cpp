@@ -5,15 +5,58 @@
 #include "Sources/HostDefinition.h"
 #include "Sources/MenuLayout.h"
 #include "Sources/MountOperation.h"
+#include "Sources/NameLookup.h"
 #include "Sources/ServiceDefinition.h"
 #include "Sources/SharePointDefinition.h"
 #include "Sources/UnmountOperation.h"
 
+#include <cstdint>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace quorrel {
 
+namespace {
+
+std::string keyFor(std::string_view kind, const SharePointDefinition* sharePoint) {
+    return std::string(kind) + ' ' + std::to_string(reinterpret_cast<std::uintptr_t>(sharePoint)); // NOLINT
+}
+
+} // namespace
+
 void QuorrelAppDelegate::mount(const SharePointPointer& sharePoint) {
+    mountInTurn(sharePoint, Manner::AsMarked);
+}
+
+void QuorrelAppDelegate::mountSharePoint(const SharePointPointer& sharePoint) {
+    mount(sharePoint);
+}
+
+void QuorrelAppDelegate::mountInTurn(const SharePointPointer& sharePoint, Manner manner) {
+    const auto* address = sharePoint.get();
+    m_workLine.add({
+        .key = keyFor(manner == Manner::Manually ? "mount manually" : "mount", address),
+        .perform =
+            [this, weakSharePoint = std::weak_ptr(sharePoint), isNull = !sharePoint, manner] {
+                const auto same = weakSharePoint.lock();
+                if (same || isNull)
+                    mountNow(same, manner);
+            },
+        .lookups =
+            [this, weakSharePoint = std::weak_ptr(sharePoint)] {
+                const auto same = weakSharePoint.lock();
+                return same ? lookupsFor(same->parentHost.get().lock(), same->parentService.get().lock())
+                            : std::vector<NameLookup>();
+            },
+        .concerns = [address](const SharePointDefinition& other) { return &other == address; },
+        .isMount = true,
+    });
+}
+
+void QuorrelAppDelegate::mountNow(const SharePointPointer& sharePoint, Manner manner) {
+    if (sharePoint && manner == Manner::Manually)
+        sharePoint->manualMount.set(true);
     getHostPassword(sharePoint);
     if (m_isTerminating)
         return; // rather than give an answer, the user ended the program
@@ -24,11 +67,21 @@ void QuorrelAppDelegate::mount(const SharePointPointer& sharePoint) {
         queueMount(sharePoint);
 }
 
-void QuorrelAppDelegate::mountSharePoint(const SharePointPointer& sharePoint) {
-    mount(sharePoint);
+void QuorrelAppDelegate::unmount(const SharePointPointer& sharePoint) {
+    // One that nothing that waits will mount is not kept waiting for others' names.
+    if (!sharePoint || !m_workLine.concerns(*sharePoint)) {
+        unmountNow(sharePoint);
+        return;
+    }
+    const auto* address = sharePoint.get();
+    m_workLine.add({
+        .key = keyFor("unmount", address),
+        .perform = [this, weakSharePoint = std::weak_ptr(sharePoint)] { unmountNow(weakSharePoint.lock()); },
+        .concerns = [address](const SharePointDefinition& other) { return &other == address; },
+    });
 }
 
-void QuorrelAppDelegate::unmount(const SharePointPointer& sharePoint) {
+void QuorrelAppDelegate::unmountNow(const SharePointPointer& sharePoint) {
     if (sharePoint && sharePoint->referenceNumber.get())
         queueUnmount(sharePoint);
 }
@@ -41,15 +94,20 @@ void QuorrelAppDelegate::mountAll() {
 }
 
 void QuorrelAppDelegate::mountAllListItem() {
-    cancelQueueIfBusy();
+    m_workLine.callOffMounts();
+    m_workLine.add({ .key = "cancel", .perform = [this] { cancelQueueIfBusy(); } });
     for (const auto& host : hosts.snapshot())
         mountManually(host);
 }
 
 void QuorrelAppDelegate::unmountAllListItem() {
-    cancelQueueIfBusy();
-    for (const auto& host : hosts.snapshot())
-        unmountAllOf(host);
+    m_workLine.callOffMounts();
+    m_workLine.add({ .key = "unmount all", .perform = [this] {
+                        cancelQueueIfBusy();
+                        for (const auto& host : hosts.snapshot())
+                            for (const auto& sharePoint : host->sharePoints.snapshot())
+                                unmountNow(sharePoint);
+                    } });
 }
 
 void QuorrelAppDelegate::mountMenuItem(const MenuItem& item) {
@@ -110,6 +168,14 @@ void QuorrelAppDelegate::mountFavroiteItem(const MenuItem& item) {
         mountManually(sharePoint);
 }
 
+std::vector<NameLookup> QuorrelAppDelegate::lookupsFor(
+    const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service) const {
+    if (!service || (host && (host->resolving.get() || host->resolved.get())))
+        return {};
+    const auto lookup = BonjourResolver::lookupFor(*service, m_environment.resolving);
+    return lookup ? std::vector { *lookup } : std::vector<NameLookup>();
+}
+
 void QuorrelAppDelegate::resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service) {
     if (host && (host->resolving.get() || host->resolved.get()))
         return;
@@ -138,12 +204,6 @@ void QuorrelAppDelegate::queueOperation(
         m_opQueue->addOperation(std::move(operation), { kind, sharePoint.get() });
     else
         m_opQueue->addOperation(std::move(operation));
-}
-
-void QuorrelAppDelegate::mountManually(const SharePointPointer& sharePoint) {
-    if (sharePoint)
-        sharePoint->manualMount.set(true);
-    mountSharePoint(sharePoint);
 }
 
 void QuorrelAppDelegate::mountManually(const HostPointer& host) {

@@ -30,10 +30,29 @@ void QuorrelAppDelegate::bonjourServiceNotigficationUpdate(const Notification& n
     const auto name = notification.userInfo->text("name");
     if (!name)
         return;
-    if (action == serviceAppearedAction)
-        serviceAppeared(*name, notification.userInfo->text("type"));
-    else if (action == serviceLeftAction)
-        serviceLeft(*name);
+    const auto isOfServer = [name](const SharePointDefinition& sharePoint) {
+        const auto host = sharePoint.parentHost.get().lock();
+        return host && host->displayName.get() == name;
+    };
+    if (action == serviceAppearedAction) {
+        const auto type = notification.userInfo->text("type");
+        m_workLine.add({
+            .key = "appeared " + *name + '\n' + textOf(type),
+            .perform = [this, name, type] { serviceAppeared(*name, type); },
+            .lookups =
+                [this, name, type] {
+                    const auto host = firstHostNamed(*name);
+                    return host ? lookupsFor(host, host->serviceForFullType(type)) : std::vector<NameLookup>();
+                },
+            .concerns = isOfServer,
+        });
+    } else if (action == serviceLeftAction) {
+        m_workLine.add({
+            .key = "left " + *name,
+            .perform = [this, name] { serviceLeft(*name); },
+            .concerns = isOfServer,
+        });
+    }
 }
 
 void QuorrelAppDelegate::serviceAppeared(const std::string& name, const OptionalText& type) {
@@ -85,7 +104,13 @@ void QuorrelAppDelegate::diskNotigficationUpdate(const Notification& notificatio
 }
 
 void QuorrelAppDelegate::networkReachabilityChanged(const Notification&) {
-    if (remoteHostStatus() != 0) {
+    const int status = remoteHostStatus();
+    m_workLine.add(
+        { .key = status != 0 ? "network" : "no network", .perform = [this, status] { networkBecame(status); } });
+}
+
+void QuorrelAppDelegate::networkBecame(int status) {
+    if (status != 0) {
         m_environment.log.line("Network Reachable.");
         if (!m_reachable) {
             m_environment.log.line("Mounting all automatic SharePoints");

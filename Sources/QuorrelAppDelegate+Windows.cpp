@@ -37,6 +37,7 @@ void QuorrelAppDelegate::bindLists() {
         windows->window.bindHostsList(&hostsArrayController);
         windows->application.setDelegate(this);
         m_endsSubscription = m_opQueue->observeEnds([this] { validateActionsSoon(); });
+        m_lineSubscription = m_workLine.observeEmptied([this] { validateActionsSoon(); });
     }
 }
 
@@ -45,6 +46,7 @@ void QuorrelAppDelegate::unbindLists() {
     m_selectionSubscription.cancel();
     m_sharePointsSubscription.cancel();
     m_endsSubscription.cancel();
+    m_lineSubscription.cancel();
     m_namesSubscription.cancel();
     if (auto* windows = m_environment.windows) {
         windows->application.setDelegate(nullptr);

@@ -49,6 +49,7 @@ QuorrelAppDelegate::QuorrelAppDelegate(const ControllerEnvironment& environment)
     , m_environment(environment)
     , m_context(
           std::make_shared<const CatalogueContext>(CatalogueContext { environment.strings, environment.workspace }))
+    , m_workLine(environment.resolving.ahead)
     , m_self(std::make_shared<QuorrelAppDelegate*>(this)) {
     m_opQueue.emplace(operationsAtOnce, [&log = environment.log](const std::string& what) {
         log.line("An operation ended with an exception: %@", { what });
@@ -62,6 +63,7 @@ QuorrelAppDelegate::~QuorrelAppDelegate() {
     m_preferenceSubscriptions.clear();
     m_notificationSubscriptions.clear();
     unbindLists();
+    m_workLine.clear();
     m_self.reset();
     m_AFP_Scanner.reset();
     m_SMB_Scanner.reset();
@@ -106,6 +108,7 @@ void QuorrelAppDelegate::applicationDidFinishLaunching() {
 
 void QuorrelAppDelegate::applicationWillTerminate() {
     m_environment.log.line("Clearing thread queue.");
+    m_workLine.clear();
     m_opQueue->cancelAllOperations();
     for (const auto* browser : { &m_AFP_Scanner, &m_SMB_Scanner, &m_FTP_Scanner, &m_HTTP_Scanner })
         if (*browser)

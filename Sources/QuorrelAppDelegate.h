@@ -12,6 +12,7 @@
 #include "Sources/CatalogueContext.h"
 #include "Sources/CatalogueLists.h"
 #include "Sources/ControllerEnvironment.h"
+#include "Sources/WorkLine.h"
 
 #include <atomic>
 #include <functional>
@@ -121,6 +122,8 @@ public:
     void toggleFavroite();
 
     [[nodiscard]] OperationQueue& opQueue() { return *m_opQueue; }
+    /// What waits for names; it comes to the queue from there.
+    [[nodiscard]] WorkLine& workLine() { return m_workLine; }
 
     ObservableList<HostPointer> hosts { *this, "hosts" };
     TextList bonjourServices { *this, "bonjourServices" }; ///< names of servers seen
@@ -139,6 +142,7 @@ private:
     void setReachabilityTarget();
     /// 0 also where the system cannot watch the host.
     [[nodiscard]] int remoteHostStatus();
+    void networkBecame(int status);
     void bindLists();
     void unbindLists();
     /// At once on the main thread; from another one later, and not at all once the controller is gone. What comes on
@@ -175,11 +179,20 @@ private:
 
     /// A host that nobody knows counts as unresolved.
     void resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service);
+    /// What that would have the main thread wait for.
+    [[nodiscard]] std::vector<NameLookup> lookupsFor(
+        const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service) const;
+    enum class Manner { AsMarked, Manually };
+    /// What concerns share points or hosts is done in turn: see `WorkLine`. A share point that is deleted before its
+    /// turn comes is left alone.
+    void mountInTurn(const SharePointPointer& sharePoint, Manner manner);
+    void mountNow(const SharePointPointer& sharePoint, Manner manner);
+    void unmountNow(const SharePointPointer& sharePoint);
     void queueMount(const SharePointPointer& sharePoint);
     void queueUnmount(const SharePointPointer& sharePoint);
     void queueOperation(
         std::string_view kind, const SharePointPointer& sharePoint, std::shared_ptr<Operation> operation);
-    void mountManually(const SharePointPointer& sharePoint);
+    void mountManually(const SharePointPointer& sharePoint) { mountInTurn(sharePoint, Manner::Manually); }
     void mountManually(const HostPointer& host);
     void unmountAllOf(const HostPointer& host);
     void cancelQueueIfBusy();
@@ -225,6 +238,7 @@ private:
     std::shared_ptr<HostFileScanner> m_hostFileScanner;
     std::vector<std::unique_ptr<BonjourResolver>> m_resolverArray; // those whose hosts are being resolved, and the last
     std::vector<std::unique_ptr<BonjourMonitor>> m_monitorsArray;
+    WorkLine m_workLine;
     std::optional<OperationQueue> m_opQueue;
     std::unique_ptr<DiskMonitor> m_diskMonitor;
     std::unique_ptr<StatusBarItem> m_statusBarItem;
@@ -242,6 +256,7 @@ private:
     Subscription m_selectionSubscription;
     Subscription m_sharePointsSubscription;
     Subscription m_endsSubscription;
+    Subscription m_lineSubscription;
     Subscription m_namesSubscription;
     HostPointer m_hostOnShow; // whose share points are listed
     bool m_isMountListShown = false; // has been, in this run

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Sources/WorkLine.h"
+
+#include "Sources/LookupAhead.h"
+#include "Sources/Rehearsal.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace quorrel {
+
+WorkLine::WorkLine(LookupAhead* ahead)
+    : m_ahead(ahead) {
+    if (m_ahead)
+        m_ends = m_ahead->observeEnds([this] {
+            if (!m_line.empty())
+                goOn();
+        });
+}
+
+WorkLine::~WorkLine() = default;
+
+Subscription WorkLine::observeEmptied(std::function<void()> callback) {
+    return m_emptied.add(std::move(callback));
+}
+
+void WorkLine::add(Work work) {
+    Waiting waiting { std::move(work), nullptr };
+    // All that waits has its names looked up at the same time.
+    if (isReady(waiting) && isEmpty()) {
+        perform(waiting);
+        goOn();
+        return;
+    }
+    if (const auto known = m_keyed.find(waiting.work.key); known != m_keyed.end())
+        drop(known->second);
+    const auto place = m_line.insert(m_isPerforming ? m_behind : m_line.end(), std::move(waiting));
+    m_keyed[place->work.key] = place;
+}
+
+void WorkLine::clear() {
+    m_keyed.clear();
+    m_line.clear();
+    m_behind = m_line.end();
+}
+
+void WorkLine::callOffMounts() {
+    const auto before = m_line.size();
+    for (auto place = m_line.begin(); place != m_line.end();)
+        place = place->work.isMount ? drop(place) : std::next(place);
+    if (m_line.size() < before)
+        goOn();
+}
+
+bool WorkLine::concerns(const SharePointDefinition& sharePoint) const {
+    return std::any_of(m_line.begin(), m_line.end(),
+        [&](const Waiting& each) { return !each.work.concerns || each.work.concerns(sharePoint); });
+}
+
+bool WorkLine::isReady(Waiting& waiting) const {
+    if (!m_ahead || !waiting.work.lookups)
+        return true;
+    const auto lookups = waiting.work.lookups();
+    if (lookups.empty())
+        return true;
+    if (!waiting.rehearsal)
+        waiting.rehearsal = std::make_unique<Rehearsal>(*m_ahead);
+    return waiting.rehearsal->covers(lookups);
+}
+
+void WorkLine::goOn() {
+    if (m_isPerforming)
+        return;
+    while (!m_line.empty() && isReady(m_line.front())) {
+        const auto waiting = std::move(m_line.front());
+        m_keyed.erase(waiting.work.key);
+        m_line.pop_front();
+        perform(waiting);
+    }
+    if (m_line.empty())
+        m_emptied.notify();
+}
+
+void WorkLine::perform(const Waiting& waiting) {
+    struct Performing final {
+        explicit Performing(WorkLine& performer)
+            : line(performer) {
+            line.m_isPerforming = true;
+            line.m_behind = line.m_line.begin();
+        }
+        ~Performing() { line.m_isPerforming = false; }
+        Performing(const Performing&) = delete;
+        Performing& operator=(const Performing&) = delete;
+        WorkLine& line;
+    };
+    const Performing performing(*this);
+    const LookupAhead::Performance performance(m_ahead, waiting.rehearsal.get());
+    waiting.work.perform();
+}
+
+WorkLine::Line::iterator WorkLine::drop(Line::iterator place) {
+    m_keyed.erase(place->work.key);
+    if (m_behind == place)
+        ++m_behind;
+    return m_line.erase(place);
+}
+
+} // namespace quorrel
