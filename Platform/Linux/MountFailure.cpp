@@ -37,7 +37,7 @@ std::int32_t statusOfText(const std::string& message) {
     for (const int number : { EACCES, EPERM })
         if (endsWithTextOf(message, number))
             return VolumeStatus::permissionDenied;
-    for (const int number : { ECONNRESET, EPIPE, ESHUTDOWN, ECONNABORTED })
+    for (const int number : { ECONNRESET, EPIPE, ESHUTDOWN, ECONNABORTED, ENETRESET })
         if (endsWithTextOf(message, number))
             return VolumeStatus::shuttingDown;
     if (isText(message, "Not a WebDAV enabled share"))
@@ -46,6 +46,11 @@ std::int32_t statusOfText(const std::string& message) {
         return VolumeStatus::authenticationMethodUnknown;
     if (isText(message, "support AFP version 3.0 or later."))
         return VolumeStatus::serverVersionUnknown;
+    // The back ends' ways to say that the server has hung up.
+    for (const char* text : { "Got unexpected end of stream", "Connection unexpectedly went down",
+             "Host closed connection", "Unexpected end of stream" })
+        if (isText(message, text))
+            return VolumeStatus::shuttingDown;
     return VolumeStatus::success;
 }
 

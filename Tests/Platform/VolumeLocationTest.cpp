@@ -182,6 +182,19 @@ TEST(MountFailureTest, CausesHaveTheirStatuses) {
     EXPECT_LT(failure(G_IO_ERROR, G_IO_ERROR_FAILED, "whatever").status(), -10000);
 }
 
+TEST(MountFailureTest, ServerThatHangsUpIsShuttingDown) {
+    EXPECT_EQ(failure(G_IO_ERROR, G_IO_ERROR_CONNECTION_CLOSED, "x").status(), VolumeStatus::shuttingDown);
+    for (const std::string message : { "Failed to mount Windows share: Connection reset by peer",
+             "Failed to mount Windows share: Network dropped connection on reset",
+             "Failed to mount Windows share: Software caused connection abort", "Got unexpected end of stream",
+             "Connection unexpectedly went down" }) {
+        auto reset = failure(G_IO_ERROR, G_IO_ERROR_FAILED, message);
+        EXPECT_EQ(reset.status(), VolumeStatus::shuttingDown) << message;
+        reset.verdict = PortProbe::Verdict::NotResponding;
+        EXPECT_EQ(reset.status(), VolumeStatus::notResponding) << message;
+    }
+}
+
 TEST(MountFailureTest, ProbeExplainsAnErrorThatSaysNothing) {
     auto silent = failure(G_IO_ERROR, G_IO_ERROR_FAILED, "Failed: Invalid argument");
     EXPECT_TRUE(silent.wantsProbe());
