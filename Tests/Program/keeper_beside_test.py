@@ -27,17 +27,10 @@ def holder():
         return int(file.read() or 0)
 
 
-def scan_for_nothing():
-    """A scan's tool, which nobody waits for, may outlive the program."""
-    path = os.path.join(os.environ["XDG_CONFIG_HOME"], "Quorrel", "Quorrel.conf")
-    os.makedirs(os.path.dirname(path), 0o700)
-    with open(path, "w", encoding="utf-8") as file:
-        file.write("[Flags]\nBrowseForServices=false\nlogToConsole=true\n")
-
-
 class Neighbours:
     def __init__(self, program):
-        scan_for_nothing()
+        # A scan's tool, which nobody waits for, may outlive the program.
+        running.write_preferences(logToConsole=True)
         self.program = program
         self.console = os.path.join(os.path.dirname(program), "quorrelctl")
         self.keeper = None

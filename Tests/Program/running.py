@@ -37,6 +37,15 @@ def catalogue_state():
         return status.st_ino, status.st_mtime_ns, file.read(), sorted(os.listdir(os.path.dirname(catalogue_file())))
 
 
+def write_preferences(**flags):
+    """Before the program starts. What it would do by itself is off unless asked for."""
+    path = os.path.join(os.environ["XDG_CONFIG_HOME"], "Quorrel", "Quorrel.conf")
+    os.makedirs(os.path.dirname(path), 0o700, exist_ok=True)
+    with open(path, "w", encoding="utf-8") as file:
+        file.write("[Flags]\n" + "".join(f"{key}={str(value).lower()}\n" for key, value in
+                                         {"BrowseForServices": False, **flags}.items()))
+
+
 def owns_name():
     bus = Gio.bus_get_sync(Gio.BusType.SESSION)
     return bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
