@@ -9,7 +9,7 @@ must mount meanwhile, and the next mount must work; all along the window must an
 
 Without --all: what ends soon, for all protocols side by side, while three other servers
 stay silent until the program's own deadline. With it: also all that has to wait for that
-deadline each time, which takes nine minutes. --only: just the misfortunes whose
+deadline each time, which takes eight minutes. --only: just the misfortunes whose
 name holds that text, and no silence beside them. --limit: how long the window may take beyond what the machine does.
 --log: with the program's log on and printed; each server that fails is then tried by address, too.
 """
