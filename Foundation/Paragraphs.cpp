@@ -21,7 +21,9 @@ std::size_t endLength(std::string_view text) {
 std::vector<std::string> paragraphs(std::string_view text) {
     std::vector<std::string> result;
     std::size_t start = 0;
-    for (std::size_t index = 0; index < text.size();) {
+    constexpr std::string_view firstBytesOfEnds = "\n\r\xE2";
+    for (auto index = text.find_first_of(firstBytesOfEnds); index < text.size();
+         index = text.find_first_of(firstBytesOfEnds, index)) {
         const auto length = endLength(text.substr(index));
         if (length == 0) {
             ++index;
