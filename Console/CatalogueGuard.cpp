@@ -16,12 +16,23 @@ PropertyListReadResult CatalogueGuard::read(const std::string& path) {
     return m_files.read(path);
 }
 
-std::optional<std::string> CatalogueGuard::write(const std::string& path, const PropertyValue& root) {
+std::optional<std::string> CatalogueGuard::write(
+    const std::string& path, const PropertyValue& root, const LastLook& lastLook) {
     if (auto reason = refusal(path))
         return reason;
-    auto failure = m_files.write(path, root);
-    if (!failure)
-        m_known[path] = m_version(path);
+    std::optional<std::string> written;
+    auto failure = m_files.write(path, root, [&](const std::string& newFile) -> std::optional<std::string> {
+        if (auto reason = refusal(path)) // while it was being written
+            return reason;
+        if (auto reason = lastLook ? lastLook(newFile) : std::nullopt)
+            return reason;
+        // Asked in its own place, later, it could be another's that has replaced it at once.
+        written = m_version(newFile);
+        return std::nullopt;
+    });
+    // Some failures come when it is in its place already.
+    if (written && (!failure || m_version(path) == *written))
+        m_known[path] = *written;
     return failure;
 }
 

@@ -20,7 +20,9 @@ public:
     CatalogueGuard(PropertyListFile& files, Version version, std::function<void()> refused);
 
     [[nodiscard]] PropertyListReadResult read(const std::string& path) override;
-    [[nodiscard]] std::optional<std::string> write(const std::string& path, const PropertyValue& root) override;
+    using PropertyListFile::write;
+    [[nodiscard]] std::optional<std::string> write(
+        const std::string& path, const PropertyValue& root, const LastLook& lastLook) override;
     [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path) override;
 
 private:

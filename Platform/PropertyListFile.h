@@ -3,6 +3,7 @@
 
 #include "Foundation/Dictionary.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -25,12 +26,21 @@ class PropertyListFile {
 public:
     virtual ~PropertyListFile() = default;
 
+    /// A look at the new file, by its path, when it is whole and about to take the old one's place. A reason that it
+    /// returns keeps it from that.
+    using LastLook = std::function<std::optional<std::string>(const std::string& newFile)>;
+
     /// Reads either form, XML or binary.
     [[nodiscard]] virtual PropertyListReadResult read(const std::string& path) = 0;
 
     /// Writes the XML form, for the owner alone from the first byte on: beside the old file, flushed to disk, then put
     /// in its place. Returns why it failed, if it did; the old file is then whole.
-    [[nodiscard]] virtual std::optional<std::string> write(const std::string& path, const PropertyValue& root) = 0;
+    [[nodiscard]] virtual std::optional<std::string> write(
+        const std::string& path, const PropertyValue& root, const LastLook& lastLook)
+        = 0;
+    [[nodiscard]] std::optional<std::string> write(const std::string& path, const PropertyValue& root) {
+        return write(path, root, nullptr);
+    }
 
     /// Keeps the file at that path under a free name beside it: the path with ".damaged", then ".damaged-2" and so on
     /// behind it. Returns why it failed, if it did; a path with nothing there succeeds.

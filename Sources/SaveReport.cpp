@@ -13,8 +13,16 @@ PropertyListReadResult SaveReport::read(const std::string& path) {
     return m_files.read(path);
 }
 
-std::optional<std::string> SaveReport::write(const std::string& path, const PropertyValue& root) {
-    auto failure = m_files.write(path, root);
+std::optional<std::string> SaveReport::write(
+    const std::string& path, const PropertyValue& root, const LastLook& lastLook) {
+    bool isRefused = false;
+    auto failure = m_files.write(path, root, [&](const std::string& newFile) {
+        auto reason = lastLook ? lastLook(newFile) : std::nullopt;
+        isRefused = reason.has_value();
+        return reason;
+    });
+    if (isRefused)
+        return failure;
     if (failure)
         tellFailure(path, *failure);
     else if (std::exchange(m_isFailing, false))

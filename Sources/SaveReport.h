@@ -22,7 +22,10 @@ public:
     SaveReport(PropertyListFile& files, Handlers handlers);
 
     [[nodiscard]] PropertyListReadResult read(const std::string& path) override;
-    [[nodiscard]] std::optional<std::string> write(const std::string& path, const PropertyValue& root) override;
+    using PropertyListFile::write;
+    /// What the look keeps from being written is no failure.
+    [[nodiscard]] std::optional<std::string> write(
+        const std::string& path, const PropertyValue& root, const LastLook& lastLook) override;
     [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path) override;
 
 private:

@@ -96,13 +96,15 @@ Content read(const std::string& path, std::size_t largest) {
     }
 }
 
-std::optional<std::string> replace(const std::string& path, std::string_view bytes) {
+std::optional<std::string> replace(const std::string& path, std::string_view bytes, const LastLook& lastLook) {
     const auto target = behindLinks(path);
     if (!target)
         return systemErrorText(ELOOP);
     UnfinishedFile file(*target);
     if (const int error = file.write(bytes))
         return systemErrorText(error);
+    if (auto reason = lastLook ? lastLook(file.name()) : std::nullopt)
+        return reason;
     if (::rename(file.name().c_str(), target->c_str()) != 0)
         return systemErrorText(errno);
     file.wasRenamed();

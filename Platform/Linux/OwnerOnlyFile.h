@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,10 +21,14 @@ struct Content final {
 /// Reads a regular file of at most so many bytes; anything else is unreadable.
 [[nodiscard]] Content read(const std::string& path, std::size_t largest);
 
+/// A look at the new file by its path; a reason that it returns keeps it from taking the old one's place.
+using LastLook = std::function<std::optional<std::string>(const std::string& newFile)>;
+
 /// Writes beside the old file, readable by the owner alone from the first byte on and whatever the umask, flushes to
 /// disk, and puts the new file in place, behind a symbolic link if there is one. After a failure the old file is whole
 /// and nothing is left beside it; what a program left that was killed in the middle goes with the next replacement.
-[[nodiscard]] std::optional<std::string> replace(const std::string& path, std::string_view bytes);
+[[nodiscard]] std::optional<std::string> replace(
+    const std::string& path, std::string_view bytes, const LastLook& lastLook = nullptr);
 
 /// Writes a new file, as `replace` does, under the first free name of STEM + ENDING, STEM-1 + ENDING and so on; what is
 /// there stays. The file's path, or absent after a failure.

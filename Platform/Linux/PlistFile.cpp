@@ -95,10 +95,11 @@ PropertyListReadResult PlistFile::parse(std::string_view bytes) {
     return { Outcome::Read, std::move(value), {} };
 }
 
-std::optional<std::string> PlistFile::write(const std::string& path, const PropertyValue& root) {
+std::optional<std::string> PlistFile::write(
+    const std::string& path, const PropertyValue& root, const LastLook& lastLook) {
     std::string reason;
     const auto text = xml(root, reason);
-    return text ? OwnerOnlyFile::replace(path, *text) : reason;
+    return text ? OwnerOnlyFile::replace(path, *text, lastLook) : reason;
 }
 
 std::optional<std::string> PlistFile::xml(const PropertyValue& root, std::string& reason) {

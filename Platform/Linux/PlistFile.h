@@ -13,7 +13,9 @@ namespace quorrel {
 class PlistFile final : public PropertyListFile {
 public:
     [[nodiscard]] PropertyListReadResult read(const std::string& path) override;
-    [[nodiscard]] std::optional<std::string> write(const std::string& path, const PropertyValue& root) override;
+    using PropertyListFile::write;
+    [[nodiscard]] std::optional<std::string> write(
+        const std::string& path, const PropertyValue& root, const LastLook& lastLook) override;
     [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path) override;
 
     /// What `read` makes of a file's bytes.

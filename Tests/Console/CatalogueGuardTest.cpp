@@ -44,6 +44,74 @@ TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramReplaced) {
     EXPECT_EQ(guard.write(path, list("mine again")), std::nullopt);
 }
 
+/// Somebody else who acts while a file is being written: before it takes its place, or right after.
+class HastyEditor final : public PropertyListFile {
+public:
+    HastyEditor(PropertyListFile& files, bool isBefore)
+        : m_files(files)
+        , m_isBefore(isBefore) { }
+
+    [[nodiscard]] PropertyListReadResult read(const std::string& path) override { return m_files.read(path); }
+    using PropertyListFile::write;
+    [[nodiscard]] std::optional<std::string> write(
+        const std::string& path, const PropertyValue& root, const LastLook& lastLook) override {
+        if (m_isBefore)
+            edit(path);
+        auto failure = m_files.write(path, root, lastLook);
+        if (!m_isBefore)
+            edit(path);
+        return failure;
+    }
+    [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path) override {
+        return m_files.keepDamaged(path);
+    }
+
+    std::optional<PropertyValue> edition;
+
+private:
+    void edit(const std::string& path) {
+        if (edition) {
+            EXPECT_EQ(m_files.write(path, *edition), std::nullopt);
+        }
+    }
+
+    PropertyListFile& m_files;
+    const bool m_isBefore;
+};
+
+TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramReplacedRightAfterTheLastWrite) {
+    HastyEditor editor(files, false);
+    CatalogueGuard hurried(editor, fileVersion, [this] { ++refusals; });
+    editor.edition = list("his");
+    ASSERT_EQ(hurried.write(path, list("mine")), std::nullopt);
+    editor.edition.reset();
+    EXPECT_NE(hurried.write(path, list("mine again")), std::nullopt);
+    EXPECT_EQ(files.read(path).root, list("his"));
+    EXPECT_EQ(refusals, 1);
+}
+
+TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramReplacedMeanwhile) {
+    HastyEditor editor(files, true);
+    CatalogueGuard hurried(editor, fileVersion, [this] { ++refusals; });
+    ASSERT_EQ(hurried.write(path, list("mine")), std::nullopt);
+    editor.edition = list("his");
+    EXPECT_NE(hurried.write(path, list("mine again")), std::nullopt);
+    EXPECT_EQ(files.read(path).root, list("his"));
+    EXPECT_EQ(refusals, 1);
+    editor.edition.reset();
+    EXPECT_NE(hurried.write(path, list("mine again")), std::nullopt);
+    EXPECT_EQ(hurried.read(path).root, list("his"));
+    EXPECT_EQ(hurried.write(path, list("mine again")), std::nullopt);
+}
+
+TEST_F(CatalogueGuardTest, aWriteThatFailedLeavesItKnowingWhatIsThere) {
+    ASSERT_EQ(guard.write(path, list("mine")), std::nullopt);
+    EXPECT_NE(guard.write(folder.path("nowhere/Quorrel2.plist"), list("mine")), std::nullopt);
+    EXPECT_EQ(guard.write(path, list("and mine"), [](const std::string&) { return "no"; }), "no");
+    EXPECT_EQ(guard.write(path, list("mine again")), std::nullopt);
+    EXPECT_EQ(refusals, 0);
+}
+
 TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramWroteInPlace) {
     ASSERT_EQ(guard.write(path, list("mine")), std::nullopt);
     auto text = folder.contentOf("Quorrel2.plist");

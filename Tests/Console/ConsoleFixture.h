@@ -72,8 +72,10 @@ protected:
     ConsoleEnvironment environment() {
         const ProgramEnvironment surroundings { mounting, resolving, preferences, notificationCenter, files, workspace,
             strings, log, mainThreadQueue };
-        const auto version
-            = [this](const std::string&) { return catalogueVersion + std::to_string(files.writeCount()); };
+        // A new file has the version that it will have in its place.
+        const auto version = [this](const std::string& path) {
+            return catalogueVersion + std::to_string(files.writeCount() + (path.ends_with(".new") ? 1 : 0));
+        };
         const auto beginAnew = [this] {
             ++beginnings;
             return std::string("there is no process");

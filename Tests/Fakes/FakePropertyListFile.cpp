@@ -18,10 +18,16 @@ PropertyListReadResult FakePropertyListFile::read(const std::string& path) {
     return { Outcome::Read, found->second.root, {} };
 }
 
-std::optional<std::string> FakePropertyListFile::write(const std::string& path, const PropertyValue& root) {
+std::optional<std::string> FakePropertyListFile::write(
+    const std::string& path, const PropertyValue& root, const LastLook& lastLook) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_writeFailure)
+            return m_writeFailure;
+    }
+    if (auto reason = lastLook ? lastLook(path + ".new") : std::nullopt)
+        return reason;
     const std::lock_guard lock(m_mutex);
-    if (m_writeFailure)
-        return m_writeFailure;
     m_files[path] = { root, {} };
     ++m_writes;
     return std::nullopt;

@@ -14,7 +14,9 @@ namespace quorrel {
 class FakePropertyListFile final : public PropertyListFile {
 public:
     [[nodiscard]] PropertyListReadResult read(const std::string& path) override;
-    [[nodiscard]] std::optional<std::string> write(const std::string& path, const PropertyValue& root) override;
+    using PropertyListFile::write;
+    [[nodiscard]] std::optional<std::string> write(
+        const std::string& path, const PropertyValue& root, const LastLook& lastLook) override;
     [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path) override;
 
     /// Puts a file there without counting it as written.

@@ -56,6 +56,14 @@ TEST_F(SaveReportTest, tellsTheFirstFailureOfManyWithFileAndCause) {
     EXPECT_THAT(told, IsEmpty());
 }
 
+TEST_F(SaveReportTest, whatALastLookKeepsFromBeingWrittenIsNoFailure) {
+    const auto root = PropertyValue(PropertyValue::Array());
+    EXPECT_EQ(report.write(file, root, [](const std::string&) { return "another's"; }), "another's");
+    EXPECT_FALSE(files.exists(file));
+    EXPECT_EQ(report.write(file, root), std::nullopt);
+    EXPECT_THAT(told, IsEmpty());
+}
+
 TEST_F(SaveReportTest, theNextChangeSavesWhatCouldNotBeSaved) {
     change("a");
     files.failWrites("No space left on device");
