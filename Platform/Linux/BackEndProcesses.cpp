@@ -39,17 +39,18 @@ std::optional<ProcessEntry> BackEndProcesses::choose(const Trace& trace, std::ve
 
 std::vector<ProcessEntry> BackEndProcesses::pendingProcesses(const std::string& name) {
     const auto daemon = m_tracker.daemonProcess();
-    const auto mounts = m_tracker.mounts();
     std::vector<ProcessEntry> result;
-    if (!daemon || !mounts)
+    if (!daemon)
         return result;
     for (const pid_t identifier : ProcessTable::identifiers()) {
         const auto process = ProcessTable::entry(identifier);
         if (process && process->parent == *daemon && process->name == name)
             result.push_back(*process);
     }
-    if (result.empty())
-        return result;
+    // Asked after the processes: one that mounts just now is not taken for one that waits.
+    const auto mounts = result.empty() ? std::nullopt : m_tracker.mounts();
+    if (!mounts)
+        return {};
     std::set<pid_t> mounted;
     for (const auto& mount : *mounts) {
         const auto owner = m_tracker.processOf(mount.busName);

@@ -141,6 +141,11 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& aske
         if (const auto reply = enter(*place, location, volumeName)) {
             if (!waitForFiles(loop, tracker, *place))
                 m_log.line("The files of %@ are slow to show", { location.printable });
+            // AFP's program crashes in some accesses on a busy machine, and this was the first.
+            if (location.scheme == "afp" && !loop.isOver() && isGone(tracker, reply->volumeReference)) {
+                m_log.line("Mounting %@ again: gvfs has lost it", { location.printable });
+                continue;
+            }
             return *reply;
         }
         loop.pause(lookAgain); // another call of ours takes the mount away just now
@@ -392,6 +397,17 @@ std::int32_t LinuxVolumeService::unmountWhole(BoundedLoop& loop, MountTracker& t
         loop.grantForCleanup(loop.isInterrupted() ? hastyCleanupTime : cleanupTime);
     return BackEndProcesses(loop, tracker, m_claims).endMounted(mount) ? VolumeStatus::success
                                                                        : VolumeStatus::notResponding;
+}
+
+bool LinuxVolumeService::isGone(MountTracker& tracker, std::int16_t volumeReference) {
+    const auto entry = m_references.find(volumeReference);
+    const auto mounts = tracker.mounts();
+    if (!entry || !mounts || std::any_of(mounts->begin(), mounts->end(), [&](const GvfsMount& mount) {
+            return mount.covers(entry->identity) || FoundVolume::isDescribedBy(entry->description, mount);
+        }))
+        return false;
+    drop(*entry);
+    return true;
 }
 
 bool LinuxVolumeService::sharesMount(const VolumeReferences::Entry& entry, const GvfsMount& mount) const {

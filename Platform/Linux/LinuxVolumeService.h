@@ -75,6 +75,8 @@ private:
     [[nodiscard]] std::int32_t unmountWhole(BoundedLoop& loop, MountTracker& tracker, const GvfsMount& mount);
     [[nodiscard]] std::int32_t unmountEntry(
         BoundedLoop& loop, MountTracker& tracker, const VolumeReferences::Entry& entry);
+    /// Whether no mount has the volume any more; it is then dropped.
+    [[nodiscard]] bool isGone(MountTracker& tracker, std::int16_t volumeReference);
     [[nodiscard]] bool sharesMount(const VolumeReferences::Entry& entry, const GvfsMount& mount) const;
     void drop(const VolumeReferences::Entry& entry);
     /// Removes the links of volumes that are gone.
