@@ -2,6 +2,7 @@
 #include "Assembly/LinuxAssembly.h"
 #include "Desktop/DesktopProgram.h"
 #include "Platform/Linux/AutostartLoginItems.h"
+#include "Platform/Linux/CoreFiles.h"
 #include "Platform/Linux/FlockCatalogueLock.h"
 #include "Platform/Linux/HelpPage.h"
 #include "Platform/Linux/LogFile.h"
@@ -82,6 +83,7 @@ int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly,
 
 int main(int argumentCount, char** arguments) {
     StandardStreams::fillClosedOnes();
+    CoreFiles::forbid();
     std::setlocale(LC_ALL, "");
     if (answeredWithoutDisplay(argumentCount, arguments))
         return EXIT_SUCCESS;

@@ -2,6 +2,7 @@
 #include "Console/ConsoleProgram.h"
 #include "Console/LinuxConsole.h"
 #include "Foundation/WakeSignal.h"
+#include "Platform/Linux/CoreFiles.h"
 #include "Platform/Linux/LogFile.h"
 #include "Platform/Linux/SignalWatch.h"
 #include "Platform/Linux/SpawnedProcess.h"
@@ -46,6 +47,7 @@ std::string beginAnew(std::optional<SignalWatch>& signals, int errors, char** ar
 
 int main(int argumentCount, char** arguments) {
     StandardStreams::fillClosedOnes();
+    CoreFiles::forbid();
     std::setlocale(LC_ALL, "");
     // Whoever reads our output may go; what was begun is ended all the same.
     std::signal(SIGPIPE, SIG_IGN);
