@@ -33,6 +33,7 @@ endforeach()
 
 if(TARGET quorrelctl AND TARGET quorrel)
   add_test(NAME demo COMMAND ${CMAKE_SOURCE_DIR}/scripts/demo --quorrelctl $<TARGET_FILE:quorrelctl>
-           --quorrel $<TARGET_FILE:quorrel> --pictures ${CMAKE_BINARY_DIR}/demo)
+           --quorrel $<TARGET_FILE:quorrel> --pictures ${CMAKE_BINARY_DIR}/demo
+           --under ${CMAKE_SOURCE_DIR}/Tests/Program/secrets_test.py)
   set_tests_properties(demo PROPERTIES LABELS integration TIMEOUT 600 RUN_SERIAL TRUE)
 endif()
