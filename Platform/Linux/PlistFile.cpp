@@ -83,6 +83,9 @@ PropertyListReadResult PlistFile::parse(std::string_view bytes) {
         = isBinaryPlist(bytes) ? binaryPlistRefusal(bytes, deepestPlist) : xmlPlistRefusal(bytes, deepestPlist);
     if (refusal)
         return malformed(*refusal);
+    const auto divided = isBinaryPlist(bytes) ? std::nullopt : xmlPlistWithDividedTexts(bytes);
+    if (divided)
+        bytes = *divided;
     const PlainNumbers plainNumbers;
     plist_t root = nullptr;
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);

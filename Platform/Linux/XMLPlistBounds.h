@@ -15,4 +15,8 @@ namespace quorrel {
 /// two ways, so that counting elements would say nothing. Does not tell whether the rest is well formed.
 [[nodiscard]] std::optional<std::string> xmlPlistRefusal(std::string_view bytes, std::size_t deepest);
 
+/// The same property list with every text that has very many escapes divided by empty literal texts: the parser moves
+/// the rest of a text for each escape, which takes minutes for a megabyte. Absent when there is no such text.
+[[nodiscard]] std::optional<std::string> xmlPlistWithDividedTexts(std::string_view bytes);
+
 } // namespace quorrel

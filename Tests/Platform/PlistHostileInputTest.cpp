@@ -210,6 +210,14 @@ TEST(PlistHostileInputTest, referencesOutOfTheFileAreRefused) {
     EXPECT_EQ(PlistFile::parse("bplist00" + std::string(32, '\xFF')).outcome, Outcome::Malformed);
 }
 
+TEST(PlistHostileInputTest, aTextOfEscapesAloneIsReadWhole) {
+    constexpr int count = 1'000'000; // minutes, if the time grew with the square
+    const auto xml = "<plist><array><string>" + repeated("&#65;", count) + "</string><string>a&amp;b<![CDATA["
+        + repeated("&", 5000) + "]]><!--" + repeated("&", 5000) + "--></string></array></plist>";
+    EXPECT_EQ(PlistFile::parse(xml).root,
+        PropertyValue(PropertyValue::Array { std::string(count, 'A'), "a&b" + repeated("&", 5000) }));
+}
+
 TEST(PlistHostileInputTest, aKeyWithANULIsRefused) {
     for (const auto unit : { std::uint16_t { 0xE4 }, std::uint16_t { 0 } }) {
         BinaryFile file;
