@@ -5,8 +5,8 @@
 
 namespace quorrel {
 
-// To be no longer "dumpable" would bind crash handlers, too. But such a process cannot be looked at in /proc by others of
-// the same user either, and desktops refuse it what they offer to programs that they can look at.
+// To be no longer "dumpable" would bind crash handlers, too. But such a process cannot be looked at in /proc by others
+// of the same user either, and desktops refuse it what they offer to programs that they can look at.
 void CoreFiles::forbid() {
     rlimit limit {};
     if (getrlimit(RLIMIT_CORE, &limit) != 0)
