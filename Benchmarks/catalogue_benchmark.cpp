@@ -27,6 +27,15 @@ void load(benchmark::State& state) {
     describe(state, program);
 }
 
+/// The file's part of loading, which can be done off the main thread.
+void read(benchmark::State& state) {
+    BenchmarkProgram program(state.range(0));
+    PlistFile files;
+    for ([[maybe_unused]] const auto& iteration : state)
+        benchmark::DoNotOptimize(files.read(program.controller.applicationSupportFolder() + "/Quorrel2.plist"));
+    describe(state, program);
+}
+
 void save(benchmark::State& state) {
     BenchmarkProgram program(state.range(0));
     for ([[maybe_unused]] const auto& iteration : state)
@@ -37,6 +46,7 @@ void save(benchmark::State& state) {
 } // namespace
 
 BENCHMARK(load)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+BENCHMARK(read)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 BENCHMARK(save)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 
 } // namespace quorrel
