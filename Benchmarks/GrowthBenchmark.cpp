@@ -89,8 +89,13 @@ private:
         QMenu menu;
         return timeOf([&] {
             const MenuRenderer renderer(menu, controller().popMenu, MenuLabel::Drawer::Qt, actions, images);
-            for (int turns = 0; turns < 3; ++turns)
+            const auto isDrawn = [&] {
+                const auto* last = menu.actions().at(1)->menu()->actions().back()->menu();
+                return last && !last->actions().empty();
+            };
+            do
                 QCoreApplication::processEvents();
+            while (!isDrawn());
         });
     }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Desktop/MenuLabel.h"
+#include "Desktop/RenderedMenu.h"
 #include "Foundation/Menu.h"
 #include "Foundation/Subscription.h"
 
@@ -15,10 +16,10 @@ namespace quorrel {
 
 class ActionTarget;
 class ImageLoader;
-class RenderedMenu;
 
 /// Keeps a Qt menu like a menu of the model: once per turn of the event loop, however often that was changed, and
-/// touching only rows that differ, since the menu may be open or on its way over the bus. Main thread.
+/// touching only rows that differ, since the menu may be open or on its way over the bus. Thousands of rows take more
+/// than one turn, from the top downwards, so that nothing else has to wait for them. Main thread.
 ///
 /// What the user triggers is performed in the next turn, when Qt and the bus are done with the click. Its sender is a
 /// copy, whose menu has the title that it had when the row was made.
@@ -34,11 +35,15 @@ public:
 
 private:
     void renderSoon();
+    void render();
+    void goOn();
 
     QObject m_turn; // what waits for the next turn dies with it
     const std::shared_ptr<Menu> m_model;
+    MenusToShow m_below;
     const std::unique_ptr<RenderedMenu> m_rendered;
     bool m_isPending = false;
+    bool m_isGoingOn = false;
     Subscription m_subscription;
 };
 

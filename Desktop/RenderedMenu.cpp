@@ -46,7 +46,7 @@ RenderedMenu::~RenderedMenu() {
     removeRows(0, m_rows.size());
 }
 
-void RenderedMenu::show(const Menu::Items& items) {
+std::size_t RenderedMenu::show(const Menu::Items& items) {
     const auto fits = [](const Row& row, const MenuItem& item) { return row.fits(item); };
     const auto head = static_cast<std::size_t>(
         std::mismatch(m_rows.begin(), m_rows.end(), items.begin(), items.end(), fits).first - m_rows.begin());
@@ -58,6 +58,8 @@ void RenderedMenu::show(const Menu::Items& items) {
     removeRows(head, m_rows.size() - tail);
     auto* before = head < m_rows.size() ? m_rows[head].action : nullptr;
     std::vector<Row> added;
+    const auto count = items.size() - tail - head;
+    added.reserve(count);
     for (auto index = head; index < items.size() - tail; ++index)
         added.push_back(madeRow(items[index], before));
     m_rows.insert(
@@ -65,7 +67,8 @@ void RenderedMenu::show(const Menu::Items& items) {
 
     for (std::size_t index = 0; index < items.size(); ++index)
         if (items[index].submenu)
-            m_rows[index].renderedSubmenu->show(items[index].submenu->items());
+            m_rendering.below.emplace_back(m_rows[index].renderedSubmenu.get(), items[index].submenu);
+    return count;
 }
 
 void RenderedMenu::removeRows(std::size_t first, std::size_t last) {

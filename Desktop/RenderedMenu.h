@@ -5,8 +5,10 @@
 #include "Foundation/Menu.h"
 
 #include <cstddef>
+#include <deque>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 class QAction;
@@ -18,15 +20,21 @@ namespace quorrel {
 class ActionTarget;
 class ImageLoader;
 
+class RenderedMenu;
+
+/// Menus that are still to be shown, with what they are to show. Whoever shows a menu puts those below it here.
+using MenusToShow = std::deque<std::pair<RenderedMenu*, std::shared_ptr<const Menu>>>;
+
 /// What rows are made with; all of it must outlive them.
 struct MenuRendering final {
     MenuLabel::Drawer drawer;
     ActionTarget& actions;
     const ImageLoader& images;
+    MenusToShow& below;
     QObject& turn; ///< what the user triggered waits with it for the next turn, and dies with it
 };
 
-/// The rows of one Qt menu and of those below it, with the items that they were made from. Main thread.
+/// The rows of one Qt menu, with the items that they were made from, and its submenus. Main thread.
 class RenderedMenu final {
 public:
     /// REQUIRES: the menu is empty, outlives the object, and is changed by nobody else.
@@ -35,8 +43,9 @@ public:
     RenderedMenu& operator=(const RenderedMenu&) = delete;
     ~RenderedMenu();
 
-    /// Makes the rows show the items, with new actions for those only that differ.
-    void show(const Menu::Items& items);
+    /// Makes the rows show the items, with new actions for those only that differ. What is below them comes later, in
+    /// the order of MenuRendering::below. How many rows were made.
+    std::size_t show(const Menu::Items& items);
 
 private:
     struct Row;

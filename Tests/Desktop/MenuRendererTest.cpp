@@ -13,6 +13,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -313,6 +314,46 @@ TEST_F(MenuRendererTest, LeavesNothingBehindInAThousandRebuilds) {
     turn();
     EXPECT_EQ(menu.findChildren<QMenu*>().size(), 0);
     EXPECT_THAT(texts(menu), IsEmpty());
+}
+
+TEST_F(MenuRendererTest, LetsOtherEventsPassBetweenThousandsOfRows) {
+    constexpr int hosts = 200;
+    const std::vector<std::string> shares(10, "share");
+    Menu::Items items;
+    for (int number = 0; number < hosts; ++number)
+        items.push_back(hostItem("host " + std::to_string(number), shares));
+    model->replaceItems(0, 0, std::move(items));
+    render();
+    const auto drawnHosts = [&] {
+        const auto actions = menu.actions();
+        return std::count_if(
+            actions.begin(), actions.end(), [](const QAction* each) { return !each->menu()->actions().empty(); });
+    };
+    EXPECT_EQ(menu.actions().size(), hosts);
+    EXPECT_GT(drawnHosts(), 0);
+    EXPECT_LT(drawnHosts(), hosts);
+    int turns = 0;
+    for (auto drawn = drawnHosts(); drawn < hosts && turns < hosts; ++turns) {
+        turn();
+        const auto more = drawnHosts();
+        ASSERT_GT(more, drawn);
+        drawn = more;
+    }
+    EXPECT_GT(turns, 1);
+    EXPECT_EQ(texts(*menu.actions().back()->menu()).size(), shares.size() + 2);
+}
+
+TEST_F(MenuRendererTest, DropsWhatIsLeftToDrawOfAMenuThatIsReplaced) {
+    Menu::Items items;
+    for (int number = 0; number < 200; ++number)
+        items.push_back(hostItem("host", std::vector<std::string>(10, "share")));
+    model->replaceItems(0, 0, std::move(items));
+    render();
+    model->replaceItems(0, model->items().size(), { hostItem("earth", { "books" }) });
+    turn();
+    turn();
+    EXPECT_THAT(texts(menu), ElementsAre("earth"));
+    EXPECT_THAT(texts(*menu.actions().front()->menu()), ElementsAre("Server", "-", "books"));
 }
 
 TEST_F(MenuRendererTest, RendersNoMoreOnceItIsGone) {
