@@ -11,6 +11,7 @@
 #include "Sources/AdoptionOperation.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/OperationsEnd.h"
+#include "Sources/StatusBarItem.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -18,6 +19,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace quorrel {
 
@@ -31,7 +33,8 @@ constexpr Seconds patienceAtEnd { 0.45 };
 DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery,
     CatalogueLock& lock, LoginItems& loginItems, const DesktopProgramOptions& options)
     : m_saveAlert(world.strings)
-    , m_files(world.propertyListFile,
+    , m_ahead(world.propertyListFile)
+    , m_files(m_ahead,
           { [this](const std::string& path, const std::string& reason) { m_saveAlert.show(path, reason); },
               [this](const std::string&) { m_saveAlert.withdraw(); } })
     , m_world { world.mounting, world.resolving, world.preferences, world.notificationCenter, m_files, world.workspace,
@@ -61,19 +64,39 @@ int DesktopProgram::run() {
         return 0;
     if (!takeLock())
         return QApplication::exec();
-    QObject::connect(&m_instance, &SingleInstance::activated, [this] { m_application.perform("showMountList", {}); });
+    QObject::connect(&m_instance, &SingleInstance::activated,
+        [this] { whenLaunched([this] { m_application.perform("showMountList", {}); }); });
     // A prompt that is open comes first.
     QObject::connect(&m_trayHosts, &TrayHostWatch::noneFound,
-        [this] { m_world.mainThreadQueue.post([this] { showWindowWithoutTray(); }); });
-    m_controller.awakeFromNib();
-    m_controller.applicationDidFinishLaunching();
+        [this] { whenLaunched([this] { m_world.mainThreadQueue.post([this] { showWindowWithoutTray(); }); }); });
+    // The icon does not wait for a large catalogue.
     m_trayHosts.start();
-    adoptMountedVolumes();
+    m_statusBar.prepareItem(StatusBarItem::image());
+    m_ahead.begin(m_controller.catalogueFile(), [this] {
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [this] { launch(); }, Qt::QueuedConnection);
+    });
     const int status = QApplication::exec();
     m_controller.applicationWillTerminate();
     // Whether anything is left does not matter: the process ends without it.
     static_cast<void>(endOperations(m_controller.opQueue(), m_world.mounting.volumes, patienceAtEnd));
     return status;
+}
+
+void DesktopProgram::launch() {
+    m_controller.awakeFromNib();
+    m_controller.applicationDidFinishLaunching();
+    adoptMountedVolumes();
+    m_isLaunched = true;
+    for (const auto& task : std::exchange(m_afterLaunch, {}))
+        task();
+}
+
+void DesktopProgram::whenLaunched(std::function<void()> task) {
+    if (m_isLaunched)
+        task();
+    else
+        m_afterLaunch.push_back(std::move(task));
 }
 
 bool DesktopProgram::takeLock() {
@@ -108,7 +131,14 @@ void DesktopProgram::adoptMountedVolumes() {
 void DesktopProgram::quit() {
     // Not through the main-thread queue, which rests while a prompt is open.
     QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [this] { m_application.perform("terminate", {}); }, Qt::QueuedConnection);
+        QCoreApplication::instance(),
+        [this] {
+            if (m_isLaunched)
+                m_application.perform("terminate", {});
+            else
+                m_application.terminate();
+        },
+        Qt::QueuedConnection);
 }
 
 void DesktopProgram::showWindowWithoutTray() {

@@ -17,11 +17,14 @@
 #include "Sources/ControllerWindows.h"
 #include "Sources/LoginItem.h"
 #include "Sources/ProgramEnvironment.h"
+#include "Sources/PropertyListAhead.h"
 #include "Sources/QuorrelAppDelegate.h"
 #include "Sources/SaveReport.h"
 #include "Sources/StatusBarEnvironment.h"
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace quorrel {
 
@@ -54,11 +57,16 @@ public:
 private:
     /// Whether the catalogue is ours to keep; the user reads why not.
     [[nodiscard]] bool takeLock();
+    /// The rest of the start, as soon as the catalogue's file has been read.
+    void launch();
+    /// Now, or when that has happened.
+    void whenLaunched(std::function<void()> task);
     /// What an earlier run left mounted shows as such.
     void adoptMountedVolumes();
     void showWindowWithoutTray();
 
     SaveAlert m_saveAlert;
+    PropertyListAhead m_ahead;
     SaveReport m_files;
     const ProgramEnvironment m_world;
     CatalogueLock& m_lock;
@@ -78,6 +86,8 @@ private:
     PasswordDialog m_passwordDialog;
     ControllerWindows m_windows;
     QuorrelAppDelegate m_controller;
+    bool m_isLaunched = false;
+    std::vector<std::function<void()>> m_afterLaunch;
 };
 
 } // namespace quorrel

@@ -18,10 +18,15 @@ public:
     /// Trays decide themselves how much room an item gets, so the length has no effect.
     [[nodiscard]] std::unique_ptr<StatusItem> statusItemWithLength(double length) override;
 
+    /// Makes the next item now, with that image and an empty menu: some trays never ask again for a menu that comes
+    /// later.
+    void prepareItem(const Image& image);
+
 private:
     TrayHostWatch& m_hosts;
     ActionTarget& m_actions;
     const ImageLoader& m_images;
+    std::unique_ptr<StatusItem> m_prepared;
 };
 
 } // namespace quorrel

@@ -62,6 +62,7 @@ public:
     // The catalogue file
     /// The folder's path, whether or not it could be created.
     [[nodiscard]] std::string applicationSupportFolder();
+    [[nodiscard]] std::string catalogueFile();
     void loadHostsArray();
     void saveHostsArray();
 
@@ -149,7 +150,6 @@ private:
     /// the main thread while the user is asked for a password waits for the answer, and all that comes after it too.
     void onMainThread(const std::function<void()>& task);
 
-    [[nodiscard]] std::string catalogueFile();
     PropertyListReadResult readCatalogueFile();
     [[nodiscard]] bool writeCatalogueFile(const PropertyValue& root);
     void watchModel(const HostPointer& host);

@@ -53,7 +53,11 @@ void StatusBarItem::stopAnimation() {
 }
 
 void StatusBarItem::showIcon() {
-    m_statusItem->setImage({ "menubarIcon.png" });
+    m_statusItem->setImage(image());
+}
+
+Image StatusBarItem::image() {
+    return { "menubarIcon.png" };
 }
 
 } // namespace quorrel

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Image.h"
 #include "Foundation/Menu.h"
 
 #include <memory>
@@ -20,6 +21,8 @@ public:
     ~StatusBarItem();
     StatusBarItem(const StatusBarItem&) = delete;
     StatusBarItem& operator=(const StatusBarItem&) = delete;
+
+    [[nodiscard]] static Image image();
 
     void setMenu(std::shared_ptr<Menu> menu);
 
