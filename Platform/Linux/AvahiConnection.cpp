@@ -1,102 +1,116 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/AvahiConnection.h"
 
-#include <avahi-client/client.h>
-#include <avahi-common/error.h>
-#include <avahi-glib/glib-watch.h>
+#include "Platform/Linux/AvahiDaemonLife.h"
+#include "Platform/Linux/AvahiObject.h"
 
-#include <glib.h>
-
-#include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace quorrel {
 
 namespace {
 
-constexpr Seconds shortestPause { 5 };
-constexpr Seconds retryAfterFailure { 0.2 }; // a client must not be freed from its own callback
+constexpr auto daemonName = "org.freedesktop.Avahi";
+
+std::string systemBusAddress() {
+    const GlibPointer<gchar> address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    return address ? address.get() : std::string();
+}
 
 } // namespace
 
 struct AvahiConnection::Callbacks final {
-    static void clientChanged(AvahiClient*, AvahiClientState state, void* connection) noexcept {
-        static_cast<AvahiConnection*>(connection)->stateChanged(state);
+    static void appeared(GDBusConnection*, const gchar*, const gchar* owner, gpointer connection) noexcept {
+        static_cast<AvahiConnection*>(connection)->daemonAppeared(owner);
+    }
+
+    static void vanished(GDBusConnection*, const gchar*, gpointer connection) noexcept {
+        static_cast<AvahiConnection*>(connection)->daemonVanished();
+    }
+
+    static void told(GDBusConnection*, const gchar*, const gchar* path, const gchar*, const gchar* signal,
+        GVariant* parameters, gpointer connection) noexcept {
+        const auto daemon = static_cast<AvahiConnection*>(connection)->m_daemon;
+        if (!daemon)
+            return;
+        if (const auto object = daemon->objects.find(path); object != daemon->objects.end())
+            object->second->tell(signal, parameters);
+        else if (daemon->unanswered > 0) // a signal may overtake the answer that it belongs to
+            daemon->early.emplace(
+                path, AvahiDaemonLife::Signal { signal, GlibPointer<GVariant>(g_variant_ref(parameters)) });
     }
 };
 
-void AvahiConnection::Deleter::operator()(AvahiClient* client) const {
-    avahi_client_free(client);
+AvahiConnection::AvahiConnection() = default;
+
+AvahiConnection::~AvahiConnection() {
+    endDaemon();
+    unwatch();
 }
 
-void AvahiConnection::Deleter::operator()(AvahiGLibPoll* poll) const {
-    avahi_glib_poll_free(poll);
+AvahiConnection::State AvahiConnection::state() {
+    if (!m_link)
+        m_link.emplace(systemBusAddress(), [this](GDBusConnection* connection) { busChanged(connection); });
+    return m_state;
 }
 
-AvahiConnection::AvahiConnection()
-    : m_poll(avahi_glib_poll_new(nullptr, G_PRIORITY_DEFAULT)) { }
-
-AvahiConnection::~AvahiConnection() = default;
-
-AvahiClient* AvahiConnection::client() {
-    if (!m_client && !m_isMakingClient)
-        connect();
-    return m_isConnected ? m_client.get() : nullptr;
+std::string AvahiConnection::failure() const {
+    return m_bus ? "Avahi does not run" : "There is no system bus";
 }
 
 Subscription AvahiConnection::observe(Observer observer) {
     return m_observers.add(std::move(observer));
 }
 
-Seconds AvahiConnection::pauseAfter(Seconds took) {
-    return std::max(shortestPause, took * 10);
+int AvahiConnection::unanswered() const {
+    return m_daemon ? m_daemon->unanswered : 0;
 }
 
-void AvahiConnection::connect() {
-    m_retry.stop();
-    int error = 0;
-    const auto start = std::chrono::steady_clock::now();
-    m_isMakingClient = true; // its first states are told before there is a client to go with them
-    m_client.reset(avahi_client_new(
-        avahi_glib_poll_get(m_poll.get()), AVAHI_CLIENT_NO_FAIL, &Callbacks::clientChanged, this, &error));
-    m_isMakingClient = false;
-    if (m_client) {
-        stateChanged(avahi_client_get_state(m_client.get()));
-    } else {
-        m_failure = avahi_strerror(error);
-        m_retry.start(pauseAfter(std::chrono::steady_clock::now() - start), [this] { connect(); });
-    }
+void AvahiConnection::busChanged(GDBusConnection* connection) {
+    unwatch();
+    m_bus = connection;
+    if (connection)
+        // The bus starts a daemon that is installed and not running, once.
+        m_nameWatch = g_bus_watch_name_on_connection(connection, daemonName, G_BUS_NAME_WATCHER_FLAGS_AUTO_START,
+            &Callbacks::appeared, &Callbacks::vanished, this, nullptr);
+    else
+        daemonVanished();
 }
 
-void AvahiConnection::stateChanged(int state) {
-    if (m_isMakingClient)
+void AvahiConnection::unwatch() {
+    if (const auto watch = std::exchange(m_nameWatch, 0))
+        g_bus_unwatch_name(watch);
+}
+
+void AvahiConnection::daemonAppeared(const std::string& owner) {
+    endDaemon();
+    m_daemon = std::make_shared<AvahiDaemonLife>();
+    m_daemon->bus.reset(G_DBUS_CONNECTION(g_object_ref(m_bus)));
+    m_daemon->owner = owner;
+    m_daemon->answered = m_answered;
+    // The daemon addresses its signals to us, so that no rule at the bus is needed.
+    m_signals = g_dbus_connection_signal_subscribe(m_bus, owner.c_str(), nullptr, nullptr, nullptr, nullptr,
+        G_DBUS_SIGNAL_FLAGS_NO_MATCH_RULE, &Callbacks::told, this, nullptr);
+    become(State::Running);
+}
+
+void AvahiConnection::daemonVanished() {
+    endDaemon();
+    become(State::Absent);
+}
+
+void AvahiConnection::endDaemon() {
+    if (!m_daemon)
         return;
-    switch (state) {
-    case AVAHI_CLIENT_S_REGISTERING:
-    case AVAHI_CLIENT_S_RUNNING:
-    case AVAHI_CLIENT_S_COLLISION:
-        if (!std::exchange(m_isConnected, true))
-            m_observers.notify(m_client.get());
-        break;
-    case AVAHI_CLIENT_CONNECTING:
-        lose(avahi_strerror(AVAHI_ERR_NO_DAEMON));
-        break;
-    case AVAHI_CLIENT_FAILURE:
-    default:
-        m_retry.start(retryAfterFailure, [this] {
-            m_client.reset();
-            connect();
-        });
-        lose(avahi_strerror(avahi_client_errno(m_client.get())));
-        break;
-    }
+    g_dbus_connection_signal_unsubscribe(m_daemon->bus.get(), m_signals);
+    m_daemon->isOver = true;
+    m_daemon->early.clear();
+    m_daemon.reset();
 }
 
-void AvahiConnection::lose(const std::string& reason) {
-    m_failure = reason;
-    if (std::exchange(m_isConnected, false))
-        m_observers.notify(nullptr);
+void AvahiConnection::become(State state) {
+    if (std::exchange(m_state, state) != state)
+        m_observers.notify(state);
 }
 
 } // namespace quorrel

@@ -2,60 +2,71 @@
 #pragma once
 
 #include "Foundation/ObserverList.h"
-#include "Platform/Linux/MainLoopTimer.h"
+#include "Platform/Linux/MessageBus.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
-
-struct AvahiClient;
-struct AvahiGLibPoll;
 
 namespace quorrel {
 
-/// The program's link to the Avahi daemon, on the main GLib context, shared by all that resolves, browses and watches.
+struct AvahiDaemonLife;
+
+/// The program's link to the Avahi daemon over the system bus, on the main GLib context, shared by all that resolves,
+/// browses and watches. Nothing here waits, so that a daemon that hangs holds up nobody.
 ///
-/// Main thread only; nothing may destroy it from a callback of Avahi's. A daemon or a bus that goes is waited for and
-/// taken up again. What was made with a client is lost with it and must be freed when its end is announced.
+/// Main thread only; nothing may destroy it from a callback of its own. A daemon or a bus that goes is waited for and
+/// taken up again, without a wake-up in between. What was made at a daemon is lost with it and must be dropped when its
+/// end is announced.
 class AvahiConnection final {
 public:
-    using Observer = std::function<void(AvahiClient* client)>;
+    enum class State {
+        Unknown, ///< until the first look is over
+        Absent,
+        Running,
+    };
+    using Observer = std::function<void(State state)>;
 
     AvahiConnection();
     AvahiConnection(const AvahiConnection&) = delete;
     AvahiConnection& operator=(const AvahiConnection&) = delete;
     ~AvahiConnection();
 
-    /// The client of a running daemon, or null while there is none. Makes the link if there was none to wait for.
-    [[nodiscard]] AvahiClient* client();
-    /// Why there is no client.
-    [[nodiscard]] const std::string& failure() const { return m_failure; }
+    /// Makes the link if nobody has asked before.
+    [[nodiscard]] State state();
+    /// Why there is no daemon.
+    [[nodiscard]] std::string failure() const;
 
-    /// How long to leave alone a daemon or a bus that took so long to fail. libavahi waits for each answer, and the
-    /// main loop with it; one that hangs must not take up all of its time.
-    [[nodiscard]] static Seconds pauseAfter(Seconds took);
-
-    /// Tells of each daemon that is found, and with null of each that is lost, while its client still stands.
+    /// Tells of each change.
     Subscription observe(Observer observer);
+
+    /// Objects that were asked for and not answered yet.
+    [[nodiscard]] int unanswered() const;
+    /// Called after each of these answers. It must not throw.
+    void setAnswered(std::function<void()> answered) { m_answered = std::move(answered); }
+
+    /// The one that runs.
+    [[nodiscard]] const std::shared_ptr<AvahiDaemonLife>& daemon() const { return m_daemon; }
 
 private:
     struct Callbacks;
-    struct Deleter final {
-        void operator()(AvahiClient* client) const;
-        void operator()(AvahiGLibPoll* poll) const;
-    };
 
-    void connect();
-    void stateChanged(int state);
-    void lose(const std::string& reason);
+    void busChanged(_GDBusConnection* connection);
+    void daemonAppeared(const std::string& owner);
+    void daemonVanished();
+    void unwatch();
+    void endDaemon();
+    void become(State state);
 
-    const std::unique_ptr<AvahiGLibPoll, Deleter> m_poll;
-    std::unique_ptr<AvahiClient, Deleter> m_client; // there, but not of use while the daemon is away
-    bool m_isMakingClient = false;
-    bool m_isConnected = false;
-    std::string m_failure;
-    MainLoopTimer m_retry;
-    ObserverList<AvahiClient*> m_observers;
+    State m_state = State::Unknown;
+    _GDBusConnection* m_bus = nullptr; ///< the link's
+    unsigned m_nameWatch = 0;
+    unsigned m_signals = 0;
+    std::shared_ptr<AvahiDaemonLife> m_daemon;
+    std::function<void()> m_answered;
+    ObserverList<State> m_observers;
+    std::optional<MessageBus> m_link;
 };
 
 } // namespace quorrel

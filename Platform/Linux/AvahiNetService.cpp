@@ -3,9 +3,9 @@
 
 #include "Platform/Linux/AvahiNames.h"
 
-#include <avahi-client/client.h>
-#include <avahi-client/lookup.h>
-#include <avahi-common/error.h>
+#include "Platform/Linux/GlibPointers.h"
+
+#include <arpa/inet.h>
 
 #include <cstdint>
 #include <cstring>
@@ -15,42 +15,21 @@ namespace quorrel {
 
 namespace {
 
-SocketAddress socketAddress(const AvahiAddress& address, std::uint16_t port) {
+constexpr int anywhere = -1;
+constexpr int inet = 0;
+
+SocketAddress socketAddress(const in_addr& address, std::uint16_t port) {
     constexpr std::size_t length = 16;
     SocketAddress result(length);
     result[0] = length;
     result[1] = 2;
     result[2] = static_cast<std::uint8_t>(port >> 8);
     result[3] = static_cast<std::uint8_t>(port & 0xFF);
-    std::memcpy(&result[4], &address.data.ipv4.address, sizeof address.data.ipv4.address); // in network order already
+    std::memcpy(&result[4], &address.s_addr, sizeof address.s_addr); // in network order already
     return result;
 }
 
 } // namespace
-
-struct AvahiNetService::Callbacks final {
-    static void resolved(AvahiServiceResolver* resolver, AvahiIfIndex, AvahiProtocol, AvahiResolverEvent event,
-        const char*, const char*, const char*, const char* hostName, const AvahiAddress* address, std::uint16_t port,
-        AvahiStringList*, AvahiLookupResultFlags, void* data) noexcept {
-        auto& service = *static_cast<AvahiNetService*>(data);
-        if (event == AVAHI_RESOLVER_FAILURE) {
-            service.fail(avahi_strerror(avahi_client_errno(avahi_service_resolver_get_client(resolver))));
-            return;
-        }
-        service.m_addresses.emplace();
-        if (address && address->proto == AVAHI_PROTO_INET)
-            service.m_addresses->push_back(socketAddress(*address, port));
-        service.m_hostName = hostName ? hostName : "";
-        service.m_port = port;
-        service.end();
-        if (service.m_delegate)
-            service.m_delegate->netServiceDidResolveAddress(service); // may destroy it
-    }
-};
-
-void AvahiNetService::Deleter::operator()(AvahiServiceResolver* resolver) const {
-    avahi_service_resolver_free(resolver);
-}
 
 AvahiNetService::AvahiNetService(
     AvahiConnection& connection, AvahiRecordWatches& watches, std::string domain, std::string type, std::string name)
@@ -65,30 +44,67 @@ AvahiNetService::~AvahiNetService() = default;
 void AvahiNetService::resolveWithTimeout(Seconds timeout) {
     end();
     m_isUnderWay = true;
-    if (const auto error = startResolver())
-        m_timer.start(Seconds(0), [this, reason = *error] { fail(reason); });
-    else
-        m_timer.start(timeout, [this] { fail(avahi_strerror(AVAHI_ERR_TIMEOUT)); });
+    if (!hasFitName()) {
+        m_timer.start(Seconds(0), [this] { fail("Invalid service name"); });
+    } else {
+        m_connectionChanges = m_connection.observe([this](AvahiConnection::State state) { connectionChanged(state); });
+        m_timer.start(timeout, [this] { fail("Timeout reached"); });
+        const auto state = m_connection.state();
+        if (state == AvahiConnection::State::Absent)
+            m_timer.start(Seconds(0), [this] { fail(m_connection.failure()); });
+        else if (state == AvahiConnection::State::Running)
+            startResolver();
+    }
     if (m_delegate)
         m_delegate->netServiceWillResolve(*this); // may destroy it
 }
 
-std::optional<std::string> AvahiNetService::startResolver() {
+bool AvahiNetService::hasFitName() const {
     // Without a name the daemon would resolve the type itself.
-    if (m_name.empty() || !isFitForBus(m_name) || !isFitForBus(m_type) || !isFitForBus(m_domain))
-        return avahi_strerror(AVAHI_ERR_INVALID_SERVICE_NAME);
-    auto* client = m_connection.client();
-    if (!client)
-        return m_connection.failure();
-    m_resolver.reset(avahi_service_resolver_new(client, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, m_name.c_str(),
-        m_type.c_str(), m_domain.c_str(), AVAHI_PROTO_INET, AvahiLookupFlags {}, &Callbacks::resolved, this));
-    if (!m_resolver)
-        return avahi_strerror(avahi_client_errno(client));
-    m_connectionChanges = m_connection.observe([this](AvahiClient* now) {
-        if (!now)
-            fail(m_connection.failure());
-    });
-    return std::nullopt;
+    return !m_name.empty() && isFitForBus(m_name) && isFitForBus(m_type) && isFitForBus(m_domain);
+}
+
+void AvahiNetService::startResolver() {
+    m_resolver = std::make_unique<AvahiObject>(m_connection, "ServiceResolver",
+        g_variant_new("(iisssiu)", anywhere, anywhere, m_name.c_str(), m_type.c_str(), m_domain.c_str(), inet, 0U),
+        AvahiObject::Hearer {
+            [this](const std::string& signal, GVariant* parameters) { told(signal, parameters); },
+            [this](AvahiObject::Refusal, const std::string& reason) { fail(reason); },
+        });
+}
+
+void AvahiNetService::connectionChanged(AvahiConnection::State state) {
+    if (state == AvahiConnection::State::Absent)
+        fail(m_connection.failure());
+    else if (!m_resolver)
+        startResolver();
+}
+
+void AvahiNetService::told(const std::string& signal, GVariant* parameters) {
+    if (signal == "Failure" && g_variant_is_of_type(parameters, G_VARIANT_TYPE("(s)"))) {
+        const gchar* reason = nullptr;
+        g_variant_get(parameters, "(&s)", &reason);
+        fail(reason);
+        return;
+    }
+    if (signal != "Found" || !g_variant_is_of_type(parameters, G_VARIANT_TYPE("(iissssisqaayu)")))
+        return;
+    const gchar* hostName = nullptr;
+    const gchar* address = nullptr;
+    guint16 port = 0;
+    gint32 kind = 0;
+    g_variant_get_child(parameters, 5, "&s", &hostName);
+    g_variant_get_child(parameters, 6, "i", &kind);
+    g_variant_get_child(parameters, 7, "&s", &address);
+    g_variant_get_child(parameters, 8, "q", &port);
+    m_addresses.emplace();
+    if (in_addr number {}; kind == inet && inet_pton(AF_INET, address, &number) == 1)
+        m_addresses->push_back(socketAddress(number, port));
+    m_hostName = hostName;
+    m_port = port;
+    end();
+    if (m_delegate)
+        m_delegate->netServiceDidResolveAddress(*this); // may destroy it
 }
 
 void AvahiNetService::stop() {

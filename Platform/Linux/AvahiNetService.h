@@ -3,6 +3,7 @@
 
 #include "Platform/DNSServiceDiscovery.h"
 #include "Platform/Linux/AvahiConnection.h"
+#include "Platform/Linux/AvahiObject.h"
 #include "Platform/Linux/AvahiRecordWatches.h"
 #include "Platform/Linux/AvahiTXTRecordMonitor.h"
 #include "Platform/Linux/MainLoopTimer.h"
@@ -11,8 +12,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-struct AvahiServiceResolver;
 
 namespace quorrel {
 
@@ -40,13 +39,10 @@ public:
     [[nodiscard]] int port() const override { return m_port; }
 
 private:
-    struct Callbacks;
-    struct Deleter final {
-        void operator()(AvahiServiceResolver* resolver) const;
-    };
-
-    /// Returns why it could not be started, if it could not.
-    [[nodiscard]] std::optional<std::string> startResolver();
+    [[nodiscard]] bool hasFitName() const;
+    void startResolver();
+    void connectionChanged(AvahiConnection::State state);
+    void told(const std::string& signal, GVariant* parameters);
     /// Whether a resolution was under way.
     bool end();
     void fail(const std::string& error);
@@ -60,7 +56,7 @@ private:
 
     bool m_isUnderWay = false;
     Subscription m_connectionChanges;
-    std::unique_ptr<AvahiServiceResolver, Deleter> m_resolver;
+    std::unique_ptr<AvahiObject> m_resolver; ///< from when there is a daemon
     MainLoopTimer m_timer; // for the time-out, or for a failure that is known already
 
     std::unique_ptr<AvahiTXTRecordMonitor> m_monitor;

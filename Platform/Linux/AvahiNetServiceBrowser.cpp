@@ -3,45 +3,22 @@
 
 #include "Platform/Linux/AvahiNames.h"
 
-#include <avahi-client/client.h>
-#include <avahi-client/lookup.h>
+#include "Platform/Linux/GlibPointers.h"
+
 #include <avahi-common/domain.h>
 #include <avahi-common/error.h>
 
-#include <chrono>
 #include <utility>
 #include <vector>
 
 namespace quorrel {
 
-struct AvahiNetServiceBrowser::Callbacks final {
-    // The browser may be gone after each event.
-    static void sawService(AvahiServiceBrowser* source, AvahiIfIndex interface, AvahiProtocol protocol,
-        AvahiBrowserEvent event, const char* name, const char* type, const char* domain, AvahiLookupResultFlags,
-        void* data) noexcept {
-        auto& browser = *static_cast<AvahiNetServiceBrowser*>(data);
-        if (event == AVAHI_BROWSER_FAILURE)
-            browser.fail(avahi_strerror(avahi_client_errno(avahi_service_browser_get_client(source))));
-        else if (name && type && domain)
-            browser.saw(event, { name, withFinalDot(type), withFinalDot(domain) }, { interface, protocol });
-    }
-    static void sawDomain(AvahiDomainBrowser* source, AvahiIfIndex interface, AvahiProtocol protocol,
-        AvahiBrowserEvent event, const char* domain, AvahiLookupResultFlags, void* data) noexcept {
-        auto& browser = *static_cast<AvahiNetServiceBrowser*>(data);
-        if (event == AVAHI_BROWSER_FAILURE)
-            browser.fail(avahi_strerror(avahi_client_errno(avahi_domain_browser_get_client(source))));
-        else if (domain)
-            browser.saw(event, { {}, {}, withFinalDot(domain) }, { interface, protocol });
-    }
-};
+namespace {
 
-void AvahiNetServiceBrowser::Deleter::operator()(AvahiServiceBrowser* browser) const {
-    avahi_service_browser_free(browser);
-}
+constexpr int anywhere = -1;
+constexpr int domainsToBrowse = 0;
 
-void AvahiNetServiceBrowser::Deleter::operator()(AvahiDomainBrowser* browser) const {
-    avahi_domain_browser_free(browser);
-}
+} // namespace
 
 AvahiNetServiceBrowser::AvahiNetServiceBrowser(AvahiConnection& connection)
     : m_connection(connection) { }
@@ -64,10 +41,10 @@ void AvahiNetServiceBrowser::begin(Search search) {
         if (const auto reason = obstacle()) {
             failLater(*reason);
         } else {
-            auto* client = m_connection.client();
-            m_connectionChanges = m_connection.observe([this](AvahiClient* now) { connectionChanged(now); });
-            if (client)
-                startBrowser(client);
+            m_connectionChanges
+                = m_connection.observe([this](AvahiConnection::State state) { connectionChanged(state); });
+            if (m_connection.state() == AvahiConnection::State::Running)
+                startBrowser();
         }
     }
     if (m_delegate)
@@ -83,49 +60,62 @@ std::optional<std::string> AvahiNetServiceBrowser::obstacle() const {
     return std::nullopt;
 }
 
-void AvahiNetServiceBrowser::startBrowser(AvahiClient* client) {
-    m_timer.stop();
-    const auto start = std::chrono::steady_clock::now();
+void AvahiNetServiceBrowser::startBrowser() {
     const auto& [type, domain] = *m_search;
-    const auto* place = domain.empty() ? nullptr : domain.c_str();
-    if (type)
-        m_serviceBrowser.reset(avahi_service_browser_new(client, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, type->c_str(),
-            place, AvahiLookupFlags {}, &Callbacks::sawService, this));
-    else
-        m_domainBrowser.reset(avahi_domain_browser_new(client, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, place,
-            AVAHI_DOMAIN_BROWSER_BROWSE, AvahiLookupFlags {}, &Callbacks::sawDomain, this));
-    if (m_serviceBrowser || m_domainBrowser)
-        return;
-    const int error = avahi_client_errno(client);
-    if (error != AVAHI_ERR_DISCONNECTED && error != AVAHI_ERR_NO_DAEMON && error != AVAHI_ERR_DBUS_ERROR) {
-        failLater(avahi_strerror(error));
+    auto* parameters = type ? g_variant_new("(iissu)", anywhere, anywhere, type->c_str(), domain.c_str(), 0U)
+                            : g_variant_new("(iisiu)", anywhere, anywhere, domain.c_str(), domainsToBrowse, 0U);
+    m_browser = std::make_unique<AvahiObject>(m_connection, type ? "ServiceBrowser" : "DomainBrowser", parameters,
+        AvahiObject::Hearer {
+            [this](const std::string& signal, GVariant* told) { this->told(signal, told); },
+            [this](AvahiObject::Refusal refusal, const std::string& reason) {
+                if (refusal != AvahiObject::Refusal::Lost) // the search goes on with the next daemon
+                    fail(reason);
+            },
+        });
+}
+
+void AvahiNetServiceBrowser::connectionChanged(AvahiConnection::State state) {
+    if (state == AvahiConnection::State::Absent)
+        static_cast<void>(removeAll());
+    else if (!m_browser)
+        startBrowser();
+}
+
+// This may be gone after each event.
+void AvahiNetServiceBrowser::told(const std::string& signal, GVariant* parameters) {
+    if (signal == "Failure" && g_variant_is_of_type(parameters, G_VARIANT_TYPE("(s)"))) {
+        const gchar* reason = nullptr;
+        g_variant_get(parameters, "(&s)", &reason);
+        fail(reason);
         return;
     }
-    // As if a daemon went this very moment: it is about to be announced as lost, and the search goes on with the next.
-    m_timer.start(AvahiConnection::pauseAfter(std::chrono::steady_clock::now() - start), [this] {
-        if (auto* same = m_connection.client())
-            startBrowser(same);
-    });
+    const bool isNew = signal == "ItemNew";
+    if (!isNew && signal != "ItemRemove")
+        return;
+    gint32 interface = 0;
+    gint32 protocol = 0;
+    const gchar* name = "";
+    const gchar* type = "";
+    const gchar* domain = nullptr;
+    if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(iisssu)"))) {
+        g_variant_get(parameters, "(ii&s&s&su)", &interface, &protocol, &name, &type, &domain, nullptr);
+        saw(isNew, { name, withFinalDot(type), withFinalDot(domain) }, { interface, protocol });
+    } else if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(iisu)"))) {
+        g_variant_get(parameters, "(ii&su)", &interface, &protocol, &domain, nullptr);
+        saw(isNew, { {}, {}, withFinalDot(domain) }, { interface, protocol });
+    }
 }
 
-void AvahiNetServiceBrowser::connectionChanged(AvahiClient* client) {
-    if (client)
-        startBrowser(client);
-    else
-        static_cast<void>(removeAll());
-}
-
-void AvahiNetServiceBrowser::saw(int event, const NetServiceInstance& instance, AvahiSightings::Place place) {
-    if (event == AVAHI_BROWSER_NEW && m_sightings.add(instance, place))
+void AvahiNetServiceBrowser::saw(bool isNew, const NetServiceInstance& instance, AvahiSightings::Place place) {
+    if (isNew && m_sightings.add(instance, place))
         tellFind(instance);
-    else if (event == AVAHI_BROWSER_REMOVE && m_sightings.remove(instance, place))
+    else if (!isNew && m_sightings.remove(instance, place))
         tellRemoval(instance, false);
 }
 
 bool AvahiNetServiceBrowser::removeAll() {
     m_timer.stop();
-    m_serviceBrowser.reset();
-    m_domainBrowser.reset();
+    m_browser.reset();
     const std::weak_ptr search = m_search;
     auto left = m_sightings.takeAll();
     while (!left.empty() && !search.expired()) {
@@ -165,8 +155,7 @@ void AvahiNetServiceBrowser::stop() {
 void AvahiNetServiceBrowser::end() {
     m_timer.stop();
     m_connectionChanges.cancel();
-    m_serviceBrowser.reset();
-    m_domainBrowser.reset();
+    m_browser.reset();
     m_sightings = {};
     m_search.reset();
 }

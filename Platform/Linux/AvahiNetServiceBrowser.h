@@ -3,6 +3,7 @@
 
 #include "Platform/DNSServiceDiscovery.h"
 #include "Platform/Linux/AvahiConnection.h"
+#include "Platform/Linux/AvahiObject.h"
 #include "Platform/Linux/AvahiSightings.h"
 #include "Platform/Linux/MainLoopTimer.h"
 
@@ -10,15 +11,12 @@
 #include <optional>
 #include <string>
 
-struct AvahiDomainBrowser;
-struct AvahiServiceBrowser;
-
 namespace quorrel {
 
 /// A search that the Avahi daemon does. Main thread only; the connection must outlive it.
 ///
-/// Starting one costs a round trip to the daemon. From then on its events are told in the turn of the main loop in
-/// which they arrive. Of one that is found nobody can say whether more are coming.
+/// Its events are told in the turn of the main loop in which they arrive. Of one that is found nobody can say whether
+/// more are coming.
 class AvahiNetServiceBrowser final : public NetServiceBrowser {
 public:
     explicit AvahiNetServiceBrowser(AvahiConnection& connection);
@@ -32,11 +30,6 @@ public:
     void stop() override;
 
 private:
-    struct Callbacks;
-    struct Deleter final {
-        void operator()(AvahiServiceBrowser* browser) const;
-        void operator()(AvahiDomainBrowser* browser) const;
-    };
     /// Without dots at the end. Domains are searched for without a type; an empty domain is the daemon's own.
     struct Search final {
         std::optional<std::string> type;
@@ -50,9 +43,10 @@ private:
     void end();
     /// Why nobody could search for it, if so.
     [[nodiscard]] std::optional<std::string> obstacle() const;
-    void startBrowser(AvahiClient* client);
-    void connectionChanged(AvahiClient* client);
-    void saw(int event, const NetServiceInstance& instance, AvahiSightings::Place place);
+    void startBrowser();
+    void connectionChanged(AvahiConnection::State state);
+    void told(const std::string& signal, GVariant* parameters);
+    void saw(bool isNew, const NetServiceInstance& instance, AvahiSightings::Place place);
     /// False when a delegate ended the search meanwhile, or destroyed this.
     [[nodiscard]] bool removeAll();
     void tellFind(const NetServiceInstance& instance);
@@ -64,10 +58,9 @@ private:
     NetServiceBrowserDelegate* m_delegate = nullptr;
     std::shared_ptr<const Search> m_search; ///< another one for each search
     Subscription m_connectionChanges;
-    std::unique_ptr<AvahiServiceBrowser, Deleter> m_serviceBrowser;
-    std::unique_ptr<AvahiDomainBrowser, Deleter> m_domainBrowser;
+    std::unique_ptr<AvahiObject> m_browser; ///< from when there is a daemon
     AvahiSightings m_sightings; ///< of domains too: instances with nothing but a domain
-    MainLoopTimer m_timer; ///< for a failure that is known already, or for another attempt
+    MainLoopTimer m_timer; ///< for a failure that is known already
 };
 
 } // namespace quorrel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Linux/AvahiConnection.h"
+#include "Platform/Linux/AvahiObject.h"
 #include "Platform/Linux/MainLoopTimer.h"
 
 #include <cstdint>
@@ -9,8 +10,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-struct AvahiRecordBrowser;
 
 namespace quorrel {
 
@@ -36,9 +35,9 @@ public:
 
 /// Watches TXT records: there may be as many as there are hosts in the catalogue. Main thread only.
 ///
-/// To start or to end a watch costs the daemon's answer, which libavahi waits for; so they are started and ended in
-/// short spells, between which the main loop goes on. The daemon allows each client but so many objects, 1024 if nobody
-/// changed that. Therefore they have clients of their own, and a further one when the last is full, up to a limit.
+/// The bus allows each client but so many unanswered questions; so the watches are started a few at a time. The daemon
+/// allows each client but so many objects, 1024 if nobody changed that. Therefore they have clients of their own, and a
+/// further one when the last is full, up to a limit.
 class AvahiRecordWatches final {
     struct Entry;
 
@@ -55,26 +54,22 @@ public:
     void remove(Watch watch);
 
 private:
-    struct Callbacks;
     struct Link;
 
     void work();
-    /// Each does a little of the work, which one call of the daemon is; false when there is none to do.
-    [[nodiscard]] bool endOne();
+    /// False when there is none to start, or nowhere to start it now.
     [[nodiscard]] bool startOne();
     [[nodiscard]] Link* linkWithRoom();
-    /// Whether to go on with others.
-    [[nodiscard]] bool refused(Link& link, Watch watch, int error, Seconds took);
-    void connectionChanged(Link& link, AvahiClient* client);
+    void refused(Watch watch, AvahiObject::Refusal refusal, const std::string& reason, int endedBefore);
+    void connectionChanged(Link& link, AvahiConnection::State state);
     void move(Watch watch, std::list<Entry>& home);
-    void free(Entry& entry);
     void wake();
 
     std::vector<std::unique_ptr<Link>> m_links;
     std::list<Entry> m_waiting; ///< for the daemon, or for room
     std::list<Entry> m_running;
     std::list<Entry> m_refused; ///< until there is another connection
-    std::list<Entry> m_ending; ///< that nobody wants any more
+    std::uint64_t m_added = 0;
     bool m_toldOfRefusal = false;
     MainLoopTimer m_timer;
 };

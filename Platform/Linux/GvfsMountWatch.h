@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Linux/GvfsMount.h"
-#include "Platform/Linux/SessionBus.h"
+#include "Platform/Linux/MessageBus.h"
 
 #include <functional>
 #include <memory>
@@ -46,7 +46,7 @@ private:
     unsigned m_nameWatch = 0;
     unsigned m_signals = 0;
     std::shared_ptr<Daemon> m_daemon; ///< gvfs's, while it runs
-    SessionBus m_bus;
+    MessageBus m_bus;
 };
 
 } // namespace quorrel

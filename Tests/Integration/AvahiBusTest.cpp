@@ -5,6 +5,7 @@
 #include "Tests/Platform/GlibTurns.h"
 #include "Tests/Platform/RecordingNetServiceBrowserDelegate.h"
 #include "Tests/Platform/RecordingNetServiceDelegate.h"
+#include "Tests/Platform/WakeUps.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -71,6 +72,15 @@ TEST_F(AvahiBusTest, aBusThatIsNotThereIsWaitedFor) {
     EXPECT_TRUE(runUntilHeard("found Attic"));
     EXPECT_TRUE(runMainContextUntil([&] { return !monitoring.heard.empty(); }, Seconds(20)));
     EXPECT_THAT(monitoring.heard, ElementsAre("record: model=RackMac"));
+}
+
+TEST_F(AvahiBusTest, nothingWakesUpWithoutABus) {
+    search();
+    // It is tried a few times, since a socket is there a moment before somebody listens.
+    EXPECT_TRUE(runMainContextUntil([] { return false; }, Seconds(4)) || nextWakeUp() < Seconds(0));
+    ASSERT_TRUE(bus->start());
+    ASSERT_TRUE(daemon.start());
+    EXPECT_TRUE(runUntilHeard("found Attic"));
 }
 
 TEST_F(AvahiBusTest, aBusThatIsKilledRemovesAllAndFindsAllWhenItIsBack) {

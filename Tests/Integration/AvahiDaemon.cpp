@@ -68,6 +68,11 @@ void AvahiDaemon::freeze() const {
         ::kill(pid, SIGSTOP);
 }
 
+void AvahiDaemon::thaw() const {
+    if (const auto pid = runningDaemon(); pid > 0)
+        ::kill(pid, SIGCONT);
+}
+
 void AvahiDaemon::reap() {
     if (m_child > 0)
         waitpid(m_child, nullptr, 0);

@@ -21,8 +21,9 @@ public:
     [[nodiscard]] bool start();
     /// Without leaving it the time to say goodbye to anybody.
     void kill();
-    /// It is there and silent, until it is killed.
+    /// It is there and silent, until it is killed or goes on.
     void freeze() const;
+    void thaw() const;
 
     /// For the next start: lines for the section "server" in place of the test bed's, or with none, those.
     void setServerOptions(const std::string& lines);

@@ -3,56 +3,98 @@
 
 #include "Tests/Platform/GlibTurns.h"
 
-#include <avahi-client/client.h>
-#include <avahi-client/publish.h>
-#include <avahi-common/error.h>
-#include <avahi-common/strlst.h>
-
 #include <gtest/gtest.h>
 
 namespace quorrel {
 
-void AvahiPublisher::Deleter::operator()(AvahiEntryGroup* group) const {
-    avahi_entry_group_free(group);
+namespace {
+
+constexpr int patience = 20000; // milliseconds
+constexpr int anywhere = -1;
+
+} // namespace
+
+AvahiPublisher::AvahiPublisher() = default;
+
+AvahiPublisher::~AvahiPublisher() {
+    // What was published goes with its client.
+    if (m_bus)
+        g_dbus_connection_close_sync(m_bus.get(), nullptr, nullptr);
 }
 
-AvahiPublisher::AvahiPublisher()
-    : m_connectionChanges(m_connection.observe([this](AvahiClient* client) {
-        if (!client)
-            m_groups.clear();
-    })) { }
+bool AvahiPublisher::findDaemon() {
+    if (!m_bus || g_dbus_connection_is_closed(m_bus.get())) {
+        constexpr auto flags = static_cast<GDBusConnectionFlags>(
+            G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        const GlibPointer<gchar> address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+        m_bus.reset(g_dbus_connection_new_for_address_sync(address.get(), flags, nullptr, nullptr, nullptr));
+    }
+    const GlibPointer<GVariant> reply(!m_bus
+            ? nullptr
+            : g_dbus_connection_call_sync(m_bus.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus",
+                "GetNameOwner", g_variant_new("(s)", "org.freedesktop.Avahi"), nullptr, G_DBUS_CALL_FLAGS_NONE,
+                patience, nullptr, nullptr));
+    if (!reply)
+        return false;
+    const gchar* owner = nullptr;
+    g_variant_get(reply.get(), "(&s)", &owner);
+    if (m_owner != owner)
+        m_groups.clear();
+    m_owner = owner;
+    return true;
+}
 
-AvahiPublisher::~AvahiPublisher() = default;
+GlibPointer<GVariant> AvahiPublisher::call(
+    const std::string& path, const std::string& interface, const std::string& method, GVariant* parameters) {
+    GError* error = nullptr;
+    GlibPointer<GVariant> reply(g_dbus_connection_call_sync(m_bus.get(), m_owner.c_str(), path.c_str(),
+        ("org.freedesktop.Avahi." + interface).c_str(), method.c_str(), parameters, nullptr, G_DBUS_CALL_FLAGS_NONE,
+        patience, nullptr, &error));
+    const GlibPointer<GError> owned(error);
+    EXPECT_TRUE(reply) << method << ": " << error->message;
+    return reply;
+}
 
 void AvahiPublisher::publish(
     const std::string& name, const std::string& type, const std::vector<std::string>& strings, int interface) {
     // A daemon that was just started is not on the bus at once.
-    ASSERT_TRUE(runMainContextUntil([this] { return m_connection.client() != nullptr; }, Seconds(10)))
-        << m_connection.failure();
-    auto* client = m_connection.client();
-    AvahiStringList* list = nullptr;
-    for (const auto& each : strings)
-        list = avahi_string_list_add(list, each.c_str());
+    ASSERT_TRUE(runMainContextUntil([this] { return findDaemon(); }, Seconds(10)));
     auto& group = m_groups[{ name, type, interface }];
-    int error = AVAHI_OK;
-    if (group) {
-        error = avahi_entry_group_update_service_txt_strlst(group.get(), interface, AVAHI_PROTO_UNSPEC,
-            AvahiPublishFlags {}, name.c_str(), type.c_str(), nullptr, list);
-    } else {
-        group.reset(avahi_entry_group_new(
-            client, [](AvahiEntryGroup*, AvahiEntryGroupState, void*) {}, nullptr));
-        ASSERT_TRUE(group) << avahi_strerror(avahi_client_errno(client));
-        error = avahi_entry_group_add_service_strlst(group.get(), interface, AVAHI_PROTO_UNSPEC, AvahiPublishFlags {},
-            name.c_str(), type.c_str(), nullptr, nullptr, 548, list);
-        if (error == AVAHI_OK)
-            error = avahi_entry_group_commit(group.get());
+    const bool isNew = group.empty();
+    if (isNew) {
+        const auto reply = call("/", "Server", "EntryGroupNew", nullptr);
+        ASSERT_TRUE(reply);
+        const gchar* path = nullptr;
+        g_variant_get(reply.get(), "(&o)", &path);
+        group = path;
     }
-    avahi_string_list_free(list);
-    EXPECT_EQ(error, AVAHI_OK) << name << ": " << avahi_strerror(error);
+    GVariantBuilder texts;
+    g_variant_builder_init(&texts, G_VARIANT_TYPE("aay"));
+    for (const auto& each : strings)
+        g_variant_builder_add_value(
+            &texts, g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, each.data(), each.size(), 1));
+    if (!isNew) {
+        call(group, "EntryGroup", "UpdateServiceTxt",
+            g_variant_new("(iiusssaay)", interface, anywhere, 0U, name.c_str(), type.c_str(), "", &texts));
+        return;
+    }
+    call(group, "EntryGroup", "AddService",
+        g_variant_new(
+            "(iiussssqaay)", interface, anywhere, 0U, name.c_str(), type.c_str(), "", "", guint16 { 548 }, &texts));
+    call(group, "EntryGroup", "Commit", nullptr);
 }
 
 void AvahiPublisher::withdraw(const std::string& name, const std::string& type, int interface) {
-    EXPECT_EQ(m_groups.erase({ name, type, interface }), 1U);
+    const auto group = m_groups.extract({ name, type, interface });
+    ASSERT_TRUE(group);
+    if (findDaemon())
+        call(group.mapped(), "EntryGroup", "Free", nullptr);
+}
+
+void AvahiPublisher::withdrawAll() {
+    for (const auto& [key, group] : m_groups)
+        call(group, "EntryGroup", "Free", nullptr);
+    m_groups.clear();
 }
 
 } // namespace quorrel

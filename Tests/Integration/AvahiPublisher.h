@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/Linux/AvahiConnection.h"
+#include "Platform/Linux/GlibPointers.h"
 
 #include <map>
 #include <memory>
 #include <string>
 #include <tuple>
 #include <vector>
-
-struct AvahiEntryGroup;
 
 namespace quorrel {
 
@@ -29,16 +27,20 @@ public:
     void publish(const std::string& name, const std::string& type, const std::vector<std::string>& strings = {},
         int interface = everyInterface);
     void withdraw(const std::string& name, const std::string& type, int interface = everyInterface);
-    void withdrawAll() { m_groups.clear(); }
+    void withdrawAll();
 
 private:
-    struct Deleter final {
-        void operator()(AvahiEntryGroup* group) const;
-    };
+    using Key = std::tuple<std::string, std::string, int>;
 
-    AvahiConnection m_connection;
-    std::map<std::tuple<std::string, std::string, int>, std::unique_ptr<AvahiEntryGroup, Deleter>> m_groups;
-    Subscription m_connectionChanges;
+    /// Whether there is a daemon; forgets what another one had.
+    [[nodiscard]] bool findDaemon();
+    /// Empty after a failure, which is a test's.
+    GlibPointer<GVariant> call(
+        const std::string& path, const std::string& interface, const std::string& method, GVariant* parameters);
+
+    GObjectPointer<GDBusConnection> m_bus;
+    std::string m_owner;
+    std::map<Key, std::string> m_groups; ///< their paths
 };
 
 } // namespace quorrel

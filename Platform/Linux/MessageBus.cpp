@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Platform/Linux/SessionBus.h"
+#include "Platform/Linux/MessageBus.h"
 
 #include "Foundation/Text.h"
 #include "Platform/Linux/GlibPointers.h"
@@ -28,14 +28,14 @@ std::string socketOf(std::string_view address) {
 } // namespace
 
 /// What callbacks hold on to, since GLib may call them when all else is gone.
-struct SessionBus::Link final {
-    SessionBus* bus;
+struct MessageBus::Link final {
+    MessageBus* bus;
     GObjectPointer<GCancellable> cancellable { g_cancellable_new() };
     GObjectPointer<GDBusConnection> connection;
     gulong closedHandler = 0;
 };
 
-struct SessionBus::Callbacks final {
+struct MessageBus::Callbacks final {
     using WeakLink = std::weak_ptr<Link>;
 
     static void made(GObject*, GAsyncResult* result, gpointer data) noexcept {
@@ -48,22 +48,22 @@ struct SessionBus::Callbacks final {
     }
 
     static void closed(GDBusConnection*, gboolean, GError*, gpointer bus) noexcept {
-        static_cast<SessionBus*>(bus)->lost();
+        static_cast<MessageBus*>(bus)->lost();
     }
 };
 
-SessionBus::SessionBus(std::string address, Observer observer)
+MessageBus::MessageBus(std::string address, Observer observer)
     : m_address(std::move(address))
     , m_observer(std::move(observer)) {
     if (!m_address.empty())
         connect();
 }
 
-SessionBus::~SessionBus() {
+MessageBus::~MessageBus() {
     release();
 }
 
-void SessionBus::connect() {
+void MessageBus::connect() {
     m_link = std::make_shared<Link>();
     m_link->bus = this;
     constexpr auto flags = static_cast<GDBusConnectionFlags>(
@@ -72,11 +72,13 @@ void SessionBus::connect() {
         std::make_unique<Callbacks::WeakLink>(m_link).release());
 }
 
-void SessionBus::connected(GDBusConnection* connection) {
+void MessageBus::connected(GDBusConnection* connection) {
     m_link->connection.reset(connection);
     if (!connection || g_dbus_connection_is_closed(connection)) {
         release();
         await();
+        const auto observer = m_observer; // outlives this
+        observer(nullptr);
         return;
     }
     m_folder.reset();
@@ -86,7 +88,7 @@ void SessionBus::connected(GDBusConnection* connection) {
     observer(connection);
 }
 
-void SessionBus::lost() {
+void MessageBus::lost() {
     const auto kept = m_link; // until the observer let go of its connection
     release();
     await();
@@ -94,7 +96,7 @@ void SessionBus::lost() {
     observer(nullptr);
 }
 
-void SessionBus::release() {
+void MessageBus::release() {
     const auto link = std::exchange(m_link, nullptr);
     if (!link)
         return;
@@ -108,21 +110,31 @@ void SessionBus::release() {
         g_dbus_connection_close(link->connection.get(), nullptr, nullptr, nullptr);
 }
 
-void SessionBus::await() {
+void MessageBus::await() {
     if (const auto socket = socketOf(m_address); !socket.empty() && (!m_folder || !m_folder->isWatching())) {
-        const auto slash = socket.rfind('/');
-        m_folder.emplace(socket.substr(0, slash) + "/.", socket.substr(slash + 1), [this] {
-            m_delay = Seconds(0);
-            if (!m_link)
-                tryLater();
-        });
+        watchFor(socket);
         if (m_folder->isWatching())
             m_delay = Seconds(0); // the socket may have come just before
     }
     tryLater();
 }
 
-void SessionBus::tryLater() {
+void MessageBus::watchFor(const std::string& socket) {
+    auto path = socket;
+    do {
+        const auto slash = path.rfind('/');
+        const auto name = path.substr(slash + 1);
+        path.resize(slash);
+        m_folder.emplace(path + "/.", name, [this] {
+            m_folder.reset(); // what came may be a folder on the way
+            m_delay = Seconds(0);
+            if (!m_link)
+                tryLater();
+        });
+    } while (!m_folder->isWatching() && !path.empty());
+}
+
+void MessageBus::tryLater() {
     const bool isWatched = m_folder && m_folder->isWatching();
     m_delay = m_delay == Seconds(0) ? firstDelay : m_delay * 2;
     if (isWatched && m_delay > longestDelayWithFolder)

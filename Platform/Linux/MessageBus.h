@@ -18,18 +18,19 @@ namespace quorrel {
 /// context; nothing here waits.
 ///
 /// The connection that GIO shares within a process is not of use: once its bus is lost, it never comes back. A bus that
-/// is not there is waited for at the folder of its socket, where it has one; else it is tried in growing intervals.
-class SessionBus final {
+/// is not there is waited for at the folder of its socket, or where that folder is to come; one that has no socket is
+/// tried in growing intervals.
+class MessageBus final {
 public:
-    /// Told of each connection that is made, and with null of each that is lost. It must not throw; it may destroy
-    /// this.
+    /// Told of each connection that is made, and with null of each that is lost or cannot be made. It must not throw;
+    /// it may destroy this.
     using Observer = std::function<void(_GDBusConnection* connection)>;
 
-    /// An empty address stands for a session without a bus.
-    SessionBus(std::string address, Observer observer);
-    SessionBus(const SessionBus&) = delete;
-    SessionBus& operator=(const SessionBus&) = delete;
-    ~SessionBus();
+    /// An empty address stands for a session without a bus, of which nothing is told.
+    MessageBus(std::string address, Observer observer);
+    MessageBus(const MessageBus&) = delete;
+    MessageBus& operator=(const MessageBus&) = delete;
+    ~MessageBus();
 
 private:
     struct Callbacks;
@@ -39,13 +40,14 @@ private:
     void connected(_GDBusConnection* connection);
     void lost();
     void await();
+    void watchFor(const std::string& socket);
     void tryLater();
     void release();
 
     const std::string m_address;
     const Observer m_observer;
     std::shared_ptr<Link> m_link; ///< while a connection is made or held
-    std::optional<FolderWatch> m_folder; ///< of the socket, while there is no connection
+    std::optional<FolderWatch> m_folder; ///< where the socket is to come, while there is no connection
     MainLoopTimer m_retry;
     Seconds m_delay { 0 };
 };
