@@ -21,6 +21,8 @@ bool ShellScriptRunner::execute(const std::string& script, const std::string& ar
         return false;
     }
     m_log.line("%@", { Text::fromASCII(result.output) });
+    if (!result.failure.empty())
+        m_log.line("The script %@: %@", { script, result.failure });
     return true;
 }
 

@@ -25,6 +25,7 @@ using Deadline = std::optional<Clock::time_point>;
 
 constexpr std::chrono::milliseconds timeToEnd { 500 }; // from the request to the kill
 constexpr std::chrono::milliseconds timeToDie { 500 };
+constexpr std::size_t mostKept { 16 << 20 }; // of a program without bounds, which may print for as long as it likes
 
 enum class Reading { CameToEnd, TooLate, TooMuch };
 
@@ -65,8 +66,7 @@ public:
     }
 
     /// Reads on so that whoever writes is not held up.
-    void discard(std::chrono::milliseconds time) {
-        const auto deadline = Clock::now() + time;
+    void discard(const Deadline& deadline) {
         while (waitForOutput(m_descriptor, deadline) && readSome() != 0) { }
     }
 
@@ -85,9 +85,12 @@ private:
     std::array<char, 16384> m_buffer {};
 };
 
-std::string complaint(Reading reading, const ProgramBounds& bounds) {
-    return reading == Reading::TooLate ? "It took longer than " + std::to_string(bounds.time.count()) + " milliseconds"
-                                       : "It printed more than " + std::to_string(bounds.output) + " bytes";
+std::string tooLate(std::chrono::milliseconds time) {
+    return "It took longer than " + std::to_string(time.count()) + " milliseconds";
+}
+
+std::string tooMuch(std::size_t bytes) {
+    return "It printed more than " + std::to_string(bytes) + " bytes";
 }
 
 } // namespace
@@ -113,15 +116,19 @@ ChildProcessResult PosixChildProcess::run(const std::string& path, const std::ve
     writeEnd.close();
     OutputReader reader(readEnd.get());
     ChildProcessResult result { true, {}, {} };
-    const auto reading = reader.read(deadline, m_bounds ? m_bounds->output : std::string::npos);
-    if (reading != Reading::CameToEnd) {
-        result.failure = complaint(reading, *m_bounds);
+    const auto most = m_bounds ? m_bounds->output : mostKept;
+    const auto reading = reader.read(deadline, most);
+    if (reading != Reading::CameToEnd)
+        result.failure = reading == Reading::TooLate ? tooLate(m_bounds->time) : tooMuch(most);
+    if (reading != Reading::CameToEnd && !m_bounds) {
+        reader.discard(std::nullopt);
+    } else if (reading != Reading::CameToEnd) {
         // Until it is reaped, its number is the group's and nobody else's.
         const pid_t group = -process.identifier();
         ::kill(group, SIGTERM);
-        reader.discard(timeToEnd);
+        reader.discard(Clock::now() + timeToEnd);
         ::kill(group, SIGKILL);
-        reader.discard(timeToDie);
+        reader.discard(Clock::now() + timeToDie);
     }
     result.output = std::move(reader.output);
     if (m_tools)

@@ -24,7 +24,8 @@ struct ProgramBounds final {
 class PosixChildProcess final : public ChildProcess {
 public:
     /// With `tools`, each child is one of those while it runs. With bounds it has a process group of its own, which is
-    /// asked to end when a bound is passed, and killed a moment later.
+    /// asked to end when a bound is passed, and killed a moment later. One without bounds is waited for to the end of
+    /// its output, of which the first 16 MiB are kept.
     explicit PosixChildProcess(
         std::shared_ptr<RunningTools> tools = nullptr, std::optional<ProgramBounds> bounds = std::nullopt);
 

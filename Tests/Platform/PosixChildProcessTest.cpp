@@ -189,6 +189,14 @@ TEST_F(PosixChildProcessTest, ofOneThatPrintsWithoutEndOnlyTheFirstBytesAreKept)
     EXPECT_EQ(result.output.substr(99984), "0123456789abcde\n");
 }
 
+TEST_F(PosixChildProcessTest, withoutBoundsAllIsReadAndNotAllIsKept) {
+    const auto ended = folder.path("ended");
+    const auto result = shell("yes 0123456789abcde | head -c 100000000; : > \"$1\"", { ended });
+    EXPECT_EQ(result.output.size(), 16U << 20);
+    EXPECT_EQ(result.failure, "It printed more than 16777216 bytes");
+    EXPECT_EQ(::access(ended.c_str(), F_OK), 0);
+}
+
 TEST_F(PosixChildProcessTest, whatKeepsTheBoundsIsNotTouched) {
     const auto result = bounded(std::chrono::minutes(1), 100000, "yes 0123456789abcde | head -c 100000");
     EXPECT_EQ(result.failure, "");

@@ -52,6 +52,16 @@ TEST_F(ShellScriptRunnerTest, OutputOutsideAsciiIsReplacedAndItsControlsEscaped)
     EXPECT_EQ(sink.lastText(), "gr\xEF\xBF\xBD\xEF\xBF\xBDn 100%@ \\x1b[31m\ttab");
 }
 
+TEST_F(ShellScriptRunnerTest, WhatWasLeftOutIsLoggedBehindTheOutput) {
+    childProcess.setResponder("/bin/after", [&](const FakeChildProcess::Call&) {
+        return ChildProcessResult { true, "It printed too much", "done\n" };
+    });
+    EXPECT_TRUE(execute(""));
+    EXPECT_EQ(sink.texts(),
+        (std::vector<std::string> {
+            "Running script: /bin/after ", "done\n", "The script /bin/after: It printed too much" }));
+}
+
 TEST_F(ShellScriptRunnerTest, WithTheLogOffTheScriptRunsInSilence) {
     preferences.set("logToConsole", false);
     EXPECT_TRUE(execute("x"));
