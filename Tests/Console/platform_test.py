@@ -5,7 +5,9 @@ network with the servers smb, avahi, and dns, which knows the name Den for the S
 import json
 import os
 import signal
+import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -204,6 +206,97 @@ class PlatformTest(unittest.TestCase):
             self.end(keeper)
             # Before the bus goes for good.
             self.assertEqual(run("unmount", "--all", env={**os.environ, **self.session}).returncode, 0)
+
+
+class ProgramsTest(unittest.TestCase):
+    """The user's scripts, and the tools that look for servers."""
+
+    def setUp(self):
+        keeper_test.quiet_preferences()
+        self.folder = tempfile.mkdtemp(dir=os.environ["QTB_DIR"])
+
+    def script(self, name, text):
+        path = os.path.join(self.folder, name)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\ncd {self.folder}\n{text}\n")
+        os.chmod(path, 0o700)
+        return path
+
+    def written(self, name):
+        """What the script wrote there in one go."""
+        path = os.path.join(self.folder, name)
+
+        def read():
+            if not os.path.exists(path):
+                return None
+            with open(path, encoding="utf-8") as file:
+                return file.read().strip()
+
+        return await_(read, lambda: f"{name} does not run: {logged()[-2000:]}", 60)
+
+    def assert_is_lean(self, keeper):
+        with open(keeper.of_process("status"), encoding="utf-8") as file:
+            peak = int(next(line for line in file if line.startswith("VmHWM")).split()[1])
+        print(f"{self.id().rpartition('.')[2]}: at most {peak // 1024} MiB")
+        self.assertLess(peak, 250 * 1024)
+
+    def test_scripts_hold_their_own_slots_and_nothing_else(self):
+        scripts = [self.script("endless", "echo $$ > endless.pid.new; mv endless.pid.new endless.pid; exec sleep 1000"),
+                   self.script("parent", "sleep 1000 & echo $! > child.pid.new; mv child.pid.new child.pid"),
+                   self.script("talker", "echo $$ > talker.pid.new; mv talker.pid.new talker.pid\n"
+                                         "yes | head -c 400000000; echo done > said; exec sleep 1000")]
+        names = ("s01", "s02", "s03")
+        catalogue({HOST: [share(SMB, name, guestLogin=True, script=script) for name, script in zip(names, scripts)]
+                   + [share(SMB, name, guestLogin=True) for name in ("pub", "s04", "s05")]})
+        left = []
+        try:
+            with Keeper() as keeper:
+                keeper.ready()
+                with Announcement(HOST):
+                    for name in (*names, "pub", "s04", "s05"):
+                        keeper.prints(f"{HOST}/{name}: Online")
+                left = [int(self.written(name)) for name in ("endless.pid", "child.pid", "talker.pid")]
+                self.written("said")
+                self.assert_is_lean(keeper)
+                status, seconds = keeper.end()
+                self.assertEqual(status, 0, keeper.errors())
+                self.assertLess(seconds, 1)
+                for pid in left:
+                    os.kill(pid, 0)  # what the user started goes on
+        finally:
+            for pid in left:
+                kill(pid)
+            self.assertEqual(run("unmount", "--all").returncode, 0)
+
+    def scans(self, tool):
+        """With that in the place of the tool that asks for all servers."""
+        place = "/usr/bin/nmblookup"
+        subprocess.run(["mount", "--bind", tool, place], check=True, timeout=20)
+        try:
+            keeper_test.quiet_preferences(scanForSMBHosts=True)
+            catalogue({HOST: []})
+            if os.path.exists(LOG):
+                os.unlink(LOG)
+            with Keeper() as keeper:
+                keeper.ready()
+                await_(lambda: "Scaning for samba hosts Thread ended" in logged(), lambda: logged()[-2000:], 60)
+                self.assert_is_lean(keeper)
+                self.assertEqual(keeper.end()[0], 0, keeper.errors())
+        finally:
+            subprocess.run(["umount", place], check=True, timeout=20)
+
+    def test_a_scan_with_a_tool_that_prints_a_gigabyte_is_cut_short(self):
+        self.scans(self.script("nmblookup", "yes '10.77.0.2, somebody' | head -c 1000000000"))
+        self.assertIn("printed more than", logged())
+
+    def test_a_scan_without_its_tool_finds_nothing(self):
+        self.scans("/dev/null")
+
+    def test_a_scan_with_a_tool_that_hangs_ends(self):
+        begin = time.monotonic()
+        self.scans(self.script("nmblookup", "trap '' TERM; sleep 1000 & wait"))
+        self.assertLess(time.monotonic() - begin, 50)
+        self.assertIn("took longer than", logged())
 
 
 if __name__ == "__main__":
