@@ -17,6 +17,8 @@ class Tray:
         self._x = X
         self._event = event
         self._display = display.Display()
+        # Icons vanish with their programs, in the middle of being given their place too.
+        self._display.set_error_handler(lambda *_: None)
         root = self._display.screen().root
         self._window = root.create_window(0, 0, 200, 32, 0, X.CopyFromParent, override_redirect=1,
                                           event_mask=X.StructureNotifyMask | X.SubstructureNotifyMask)
