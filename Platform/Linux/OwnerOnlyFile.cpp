@@ -132,9 +132,13 @@ std::optional<std::string> create(const std::string& stem, const std::string& en
 }
 
 std::optional<std::string> keepDamaged(const std::string& path) {
+    // A link stays one, unless it leads to what nobody meant by it: a device, or a whole folder.
+    struct stat status { };
+    const bool isFile = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    const auto target = isFile ? behindLinks(path).value_or(path) : path;
     for (int number = 1; number < INT_MAX; ++number) {
-        const auto name = path + ".damaged" + (number == 1 ? std::string() : "-" + std::to_string(number));
-        const int error = renameToFree(path, name);
+        const auto name = target + ".damaged" + (number == 1 ? std::string() : "-" + std::to_string(number));
+        const int error = renameToFree(target, name);
         if (error == 0 || error == ENOENT)
             return std::nullopt;
         if (error != EEXIST)

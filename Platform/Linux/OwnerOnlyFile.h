@@ -35,7 +35,8 @@ using LastLook = std::function<std::optional<std::string>(const std::string& new
 [[nodiscard]] std::optional<std::string> create(
     const std::string& stem, const std::string& ending, std::string_view bytes);
 
-/// Moves what is there to the first free name of PATH.damaged, PATH.damaged-2 and so on; nothing there is no failure.
+/// Moves what is there to the first free name of PATH.damaged, PATH.damaged-2 and so on; nothing there is no failure. A
+/// link to a file stays, and the file is kept where it is.
 [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path);
 
 /// Creates the folder and what is missing above it, each for the owner alone. One that is there stays as it is.

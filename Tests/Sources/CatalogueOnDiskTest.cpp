@@ -261,6 +261,20 @@ TEST_F(CatalogueOnDiskTest, ALinkStaysOneWhereverItLeads) {
     EXPECT_EQ(controller->hosts.count(), 2U);
 }
 
+TEST_F(CatalogueOnDiskTest, ADamagedFileBehindALinkIsKeptWhereItIsAndTheLinkStays) {
+    ASSERT_EQ(controller->applicationSupportFolder(), folder);
+    const auto dotfiles = home.path() + "/dotfiles";
+    std::filesystem::create_directory(dotfiles);
+    std::ofstream(dotfiles + "/quorrel.plist") << "damaged";
+    std::filesystem::create_symlink("../../dotfiles/quorrel.plist", file);
+    controller->loadHostsArray();
+    addHost("Office", smb, { "Public" });
+    controller->saveHostsArray();
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+    EXPECT_EQ(contentOf(dotfiles + "/quorrel.plist.damaged"), "damaged");
+    EXPECT_THAT(contentOf(dotfiles + "/quorrel.plist"), HasSubstr("Office"));
+}
+
 TEST_F(CatalogueOnDiskTest, ASaveLeavesNothingBesideTheFile) {
     addHost("Office", smb, { "Public" });
     for (int count = 0; count < 3; ++count)
