@@ -3,6 +3,7 @@
 #include "Desktop/DesktopProgram.h"
 #include "Platform/Linux/AutostartLoginItems.h"
 #include "Platform/Linux/CoreFiles.h"
+#include "Platform/Linux/FileVersion.h"
 #include "Platform/Linux/FlockCatalogueLock.h"
 #include "Platform/Linux/HelpPage.h"
 #include "Platform/Linux/LogFile.h"
@@ -69,7 +70,7 @@ int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly,
         { paths.autostartFolder(), paths.programs, { paths.volumesFolder(), paths.runtime.value_or("") + "/gvfs" } });
     FlockCatalogueLock lock(paths.lockFile());
     DesktopProgram program(assembly.environment(), &assembly.discovery(), lock, loginItems,
-        { executable, helpPage(resources.help, paths.languages), paths.logFile(), QUORREL_VERSION });
+        { executable, helpPage(resources.help, paths.languages), paths.logFile(), QUORREL_VERSION, fileVersion });
     running = &program;
     const int status = program.run();
     running = nullptr;

@@ -2,7 +2,6 @@
 #include "Console/KeeperProgram.h"
 
 #include "Console/CatalogueCheck.h"
-#include "Console/CatalogueGuard.h"
 #include "Console/DisplayText.h"
 #include "Console/InterruptGuard.h"
 #include "Console/KeeperPasswordWindow.h"
@@ -16,6 +15,7 @@
 #include "Platform/RunLoop.h"
 #include "Platform/ServiceManager.h"
 #include "Sources/AdoptionOperation.h"
+#include "Sources/CatalogueGuard.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/OperationsEnd.h"
 #include "Sources/QuorrelAppDelegate.h"
@@ -67,7 +67,7 @@ int KeeperProgram::keep(std::optional<std::string> password) {
             [this](const std::string& path) {
                 say("the catalogue " + DisplayText::printable(path) + " is saved again");
             } });
-    CatalogueGuard files(saves, world.keeper.fileVersion, [this] {
+    CatalogueGuard files(saves, world.keeper.fileVersion, CatalogueGuard::OnEdited::Refuse, [this](const std::string&) {
         m_world.log.lineAlways("The catalogue was changed by another program; it is read anew instead of saved.");
         askForReload();
     });

@@ -33,7 +33,12 @@ constexpr Seconds patienceAtEnd { 0.45 };
 DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery,
     CatalogueLock& lock, LoginItems& loginItems, const DesktopProgramOptions& options)
     : m_saveAlert(world.strings)
-    , m_ahead(world.propertyListFile)
+    , m_guard(world.propertyListFile, options.fileVersion, CatalogueGuard::OnEdited::KeepBeside,
+          [this](const std::string& path) {
+              m_world.log.lineAlways("The catalogue was changed by another program; that file is kept beside it.");
+              m_saveAlert.showKept(path);
+          })
+    , m_ahead(m_guard)
     , m_files(m_ahead,
           { [this](const std::string& path, const std::string& reason) { m_saveAlert.show(path, reason); },
               [this](const std::string&) { m_saveAlert.withdraw(); } })

@@ -14,6 +14,7 @@
 #include "Desktop/SaveAlert.h"
 #include "Desktop/SingleInstance.h"
 #include "Desktop/TrayHostWatch.h"
+#include "Sources/CatalogueGuard.h"
 #include "Sources/ControllerWindows.h"
 #include "Sources/LoginItem.h"
 #include "Sources/ProgramEnvironment.h"
@@ -38,6 +39,7 @@ struct DesktopProgramOptions final {
     std::string helpPage; ///< a URL
     std::string logFile;
     std::string version;
+    CatalogueGuard::Version fileVersion;
 };
 
 /// The program on a desktop: the controller with its windows and its status item. Main thread, with a QApplication.
@@ -66,6 +68,7 @@ private:
     void showWindowWithoutTray();
 
     SaveAlert m_saveAlert;
+    CatalogueGuard m_guard;
     PropertyListAhead m_ahead;
     SaveReport m_files;
     const ProgramEnvironment m_world;

@@ -13,25 +13,39 @@ SaveAlert::SaveAlert(const StringTable& strings)
     : m_strings(strings) { }
 
 SaveAlert::~SaveAlert() {
-    delete m_box;
+    delete m_failure;
+    delete m_kept;
 }
 
 void SaveAlert::show(const std::string& path, const std::string& reason) {
-    withdraw();
-    const auto message = Text::filledEscaped(
-        m_strings.text(
-            "%@ cannot be written: %@.\n\nQuorrel keeps what you change and saves it with the next change, as "
-            "soon as that is possible. What is not saved when Quorrel ends is lost."),
-        { path, reason });
-    m_box = new AlertBox(nullptr, QMessageBox::Warning, m_strings.text("Your shares could not be saved"), message);
-    m_box->addButton(QString::fromStdString(m_strings.text("OK")), QMessageBox::AcceptRole)
-        ->setObjectName("alertButton");
-    m_box->show();
+    open(m_failure, m_strings.text("Your shares could not be saved"),
+        Text::filledEscaped(
+            m_strings.text(
+                "%@ cannot be written: %@.\n\nQuorrel keeps what you change and saves it with the next change, as "
+                "soon as that is possible. What is not saved when Quorrel ends is lost."),
+            { path, reason }));
 }
 
 void SaveAlert::withdraw() {
-    if (m_box)
-        m_box->close();
+    if (m_failure)
+        m_failure->close();
+}
+
+void SaveAlert::showKept(const std::string& path) {
+    open(m_kept, m_strings.text("Your shares were changed outside Quorrel"),
+        Text::filledEscaped(
+            m_strings.text("%@ is not as Quorrel left it: it was edited or replaced, or its disk was not there when "
+                           "Quorrel started.\n\nQuorrel saves your shares as it shows them. The other file is kept in "
+                           "the same folder, with .damaged behind its name."),
+            { path }));
+}
+
+void SaveAlert::open(QPointer<AlertBox>& box, const std::string& title, const std::string& message) {
+    if (box)
+        box->close();
+    box = new AlertBox(nullptr, QMessageBox::Warning, title, message);
+    box->addButton(QString::fromStdString(m_strings.text("OK")), QMessageBox::AcceptRole)->setObjectName("alertButton");
+    box->show();
 }
 
 } // namespace quorrel

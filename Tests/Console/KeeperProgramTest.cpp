@@ -251,7 +251,10 @@ TEST_F(KeeperProgramTest, saysOnceThatItCannotSaveAndOnceThatItCanAgain) {
 TEST_F(KeeperProgramTest, whatItDoesNotSaveSinceSomebodyEditedItIsNoFailure) {
     addHost("127.0.0.2", { "docs" });
     EXPECT_EQ(watch([&] {
-        catalogueVersion = "2";
+        onMainThread([&] {
+            catalogueVersion = "2";
+            files.put(cataloguePath, PropertyValue(PropertyValue::Array()));
+        });
         save();
     }),
         1);

@@ -55,6 +55,24 @@ TEST_F(SaveAlertTest, goesWhenTheSharesAreSavedAfterAll) {
     alert.withdraw();
 }
 
+TEST_F(SaveAlertTest, whatItSaysOfAnEditedFileStandsUntilItIsRead) {
+    alert.showKept("/home/ann/.local/share/Quorrel/Quorrel2.plist");
+    ASSERT_EQ(shown().size(), 1U);
+    EXPECT_EQ(shown().front()->text(), "Your shares were changed outside Quorrel");
+    EXPECT_TRUE(shown().front()->informativeText().startsWith(
+        "/home/ann/.local/share/Quorrel/Quorrel2.plist is not as Quorrel left it: it was edited or replaced, "));
+    EXPECT_FALSE(shown().front()->isModal());
+    alert.show("/a", "No space left on device");
+    EXPECT_EQ(shown().size(), 2U);
+    alert.withdraw();
+    ASSERT_EQ(shown().size(), 1U);
+    alert.showKept("/b");
+    ASSERT_EQ(shown().size(), 1U);
+    EXPECT_TRUE(shown().front()->informativeText().startsWith("/b is not"));
+    named<QPushButton>(*shown().front(), "alertButton").click();
+    EXPECT_EQ(shown().size(), 0U);
+}
+
 TEST_F(SaveAlertTest, aNameCannotForgeLines) {
     alert.show("/a\x1b[2J\x07", "b");
     ASSERT_EQ(shown().size(), 1U);

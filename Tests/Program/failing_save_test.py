@@ -1,6 +1,7 @@
 #!/usr/bin/python3 -B
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""failing_save_test.py PROGRAM: the user learns that nothing can be saved, and is held up by nothing.
+"""failing_save_test.py PROGRAM: the user learns that nothing can be saved, or that somebody else saved, and is held up
+by nothing.
 
 Runs under scripts/testbed with --netns, whose mounts are its own, and --desktop bare.
 """
@@ -20,6 +21,7 @@ from testbed_lib import screen  # noqa: E402
 
 SERVICE = "Server Message Block (smb)"
 TITLE = "Your shares could not be saved"
+EDITED = "Your shares were changed outside Quorrel"
 FILE = running.catalogue_file()
 FOLDER = os.path.dirname(FILE)
 
@@ -64,8 +66,8 @@ class Saves:
     def failures(self):
         return self.log().count("Save Failed hosts.")
 
-    def alerts(self):
-        return [node for node in self.run.application().walk() if node.matches(TITLE, "alert")]
+    def alerts(self, title=TITLE):
+        return [node for node in self.run.application().walk() if node.matches(title, "alert")]
 
     # ---- in this order -------------------------------------------------
 
@@ -80,6 +82,31 @@ class Saves:
         self.toggle_favourite()
         screen.wait_for(is_favourite, "the favourite is not saved")
         expect(not self.alerts(), "it complains")
+
+    def what_was_only_copied_over_itself_is_no_news(self):
+        with open(FILE, "rb") as file:
+            content = file.read()
+        with open(FILE, "wb") as file:
+            file.write(content)
+        self.toggle_favourite()
+        screen.wait_for(lambda: not is_favourite(), "the change is not saved")
+        expect(not self.alerts(EDITED), "it complains")
+        expect(os.listdir(FOLDER) == [os.path.basename(FILE)], f"beside it are {os.listdir(FOLDER)}")
+
+    def what_somebody_edited_meanwhile_is_kept_and_told(self):
+        edited = plistlib.dumps([{"displayName": "attic.test"}])
+        with open(FILE, "wb") as file:
+            file.write(edited)
+        self.toggle_favourite()
+        alert = self.run.application().find(EDITED, "alert")
+        expect(alert.look(lambda name: name.startswith(f"{FILE} is not as Quorrel left it: "), "label"), alert.tree())
+        screen.picture(os.path.join(os.environ.get("PICTURES", os.environ["QTB_DIR"]) + "-edited.png"))
+        screen.wait_for(lambda: os.path.exists(FILE) and is_favourite(), "the change is not saved")
+        with open(FILE + ".damaged", "rb") as file:
+            expect(file.read() == edited, "what was kept is not what was edited")
+        os.unlink(FILE + ".damaged")
+        alert.find(role="push button").click()
+        self.run.application().await_gone(EDITED, "alert")
 
     def a_failed_save_is_told_with_file_and_cause(self):
         mount("--bind", FOLDER, FOLDER)
@@ -117,7 +144,8 @@ def main():
     saves = Saves(os.path.realpath(sys.argv[1]))
     name = ""
     try:
-        for name in ("what_can_be_saved_is_no_news", "a_failed_save_is_told_with_file_and_cause",
+        for name in ("what_can_be_saved_is_no_news", "what_was_only_copied_over_itself_is_no_news",
+                     "what_somebody_edited_meanwhile_is_kept_and_told", "a_failed_save_is_told_with_file_and_cause",
                      "the_program_goes_on_and_repeats_nothing", "the_next_change_saves_it_all_and_the_alert_goes"):
             getattr(saves, name)()
             print(f"ok  {name}", flush=True)
