@@ -14,6 +14,10 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__
 TESTBED = os.path.join(ROOT, "scripts", "testbed")
 CLEAN = "testbed: nothing left behind"
 
+sys.path.insert(0, os.path.join(ROOT, "scripts"))
+
+from testbed_lib import crashes  # noqa: E402
+
 # Mounts a guest share, leaves an orphan without the run's environment, tells where we are, stays.
 BUSY = """
 gio mount -a "smb://127.0.0.1:$QTB_SMB_PORT/pub" || exit 9
@@ -21,6 +25,18 @@ setsid env -i tail -f /dev/null "$QTB_PASSWORD_FILE" >/dev/null 2>&1 &
 printf '%s\\n%s\\n' "$QTB_DIR" "$PPID" > "$1.new"
 mv "$1.new" "$1"
 exec sleep 300
+"""
+
+# Ends the AFP back end that it mounts with that signal.
+CRASHING = """
+for i in 1 2 3 4; do gio mount -a "afp://anonymous@$QTB_AFP_HOST/Public" 2>/dev/null && break; done
+: > "$QTB_AFP_CRASHES"
+kill -$1 $(gdbus call --session -d org.gtk.vfs.Daemon -o /org/gtk/vfs/mounttracker -m org.gtk.vfs.MountTracker.ListMounts |
+           grep -o "':[0-9.]*'" | tr -d "'" | while read owner; do
+               gdbus call --session -d org.freedesktop.DBus -o / \
+                     -m org.freedesktop.DBus.GetConnectionUnixProcessID "$owner"; done | grep -o '[0-9]*,' | tr -d ,)
+for i in $(seq 1000); do gio mount -l | grep -q afp: || { echo ended; break; }; sleep 0.02; done
+exit 3
 """
 
 
@@ -77,6 +93,16 @@ class Serves(unittest.TestCase):
     def test_afp_and_apache_serve_in_their_own_network(self):
         texts = self.read_all("--netns", "--servers", "afp,apache")
         self.assertEqual(texts, {"Public": "Public", "Private": "Private", "apache": "apache"})
+
+    def test_a_crash_of_the_afp_back_end_is_told_and_its_end_is_not(self):
+        for signal_name, runs in (("SEGV", 2), ("TERM", 1)):
+            with self.subTest(signal=signal_name):
+                done = run("--netns", "--servers", "afp", "--again", "1", "--", "sh", "-c", CRASHING, "sh",
+                           signal_name)
+                self.assertEqual(done.returncode, 3, done.stderr)
+                self.assertEqual(done.stdout, "ended\n" * runs)
+                self.assertEqual(done.stderr.count(crashes.SAID), runs - 1, done.stderr)
+                self.assertEqual(done.stderr.count(CLEAN), runs)
 
     def test_a_killed_server_comes_back_on_its_port(self):
         done = run("--servers", "ftp", "--", "bash", "-c",
@@ -214,7 +240,7 @@ def read_all():
         done = subprocess.run(command, input="".join(f"{line}\n" for line in answers), capture_output=True, text=True,
                               timeout=60, check=False)
         if done.returncode != 0:
-            sys.exit(f"{uri}: {done.stderr}")
+            raise RuntimeError(f"{uri}: {done.stderr}")
         texts[name] = subprocess.run(["gio", "cat", uri.rstrip("/") + "/hello.txt"], capture_output=True, text=True,
                                      timeout=60, check=True).stdout.removeprefix("Hello from ").rstrip("\n")
 
@@ -231,8 +257,8 @@ def read_all():
         mount("ftp", "ftp", "FTP", "", user, (password,))
         mount("ftp-public", "ftp", "FTP", "", "anonymous")
     if "afp" in served:
-        mount("Public", "afp", "AFP", "Public", "anonymous")
-        mount("Private", "afp", "AFP", "Private", user, (password,))
+        crashes.in_spite(lambda: mount("Public", "afp", "AFP", "Public", "anonymous"))
+        crashes.in_spite(lambda: mount("Private", "afp", "AFP", "Private", user, (password,)))
     if "apache" in served:
         mount("apache", "dav", "APACHE", "share/", user, (password,))
     print(json.dumps(texts))

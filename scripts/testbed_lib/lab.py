@@ -12,7 +12,7 @@ import select
 import signal
 import sys
 
-from . import afp, desktop, lab_servers, namespaces, processes
+from . import afp, crashes, desktop, lab_servers, namespaces, processes
 from .bed import Failure
 from .lab_host import Host
 from .supervisor import EXIT_BROKEN, EXIT_TIMEOUT, SIGNALS, Stopped, listen, raise_stopped, run_command
@@ -88,6 +88,7 @@ def _build(options, password, hosts):
         waits += lab_servers.start_files(host, options.afp_source)
     if options.desktop:
         desktop.start_screen(client, options.scale)
+    crashes.tell(client)
     client.start_bus()
     if options.desktop:
         desktop.start_desktop(client, options.desktop, options.scale)
@@ -122,6 +123,8 @@ def _inner(options):
         _furnish_computer(options)
         client = _build(options, secrets.token_hex(16), hosts)
         code = run_command(client, options.command)
+        if code != 0:
+            options.crashed[0] = crashes.count_in(client) > 0
     except Stopped as stop:
         code = 128 + stop.number
         if stop.number == signal.SIGALRM:
@@ -171,12 +174,19 @@ def run(options):
     """Builds the lab, runs the command on its client, takes everything away. Returns the exit code."""
     try:
         options.afp_source = afp.prepare()
+    except Failure as failure:
+        _say(str(failure))
+        return EXIT_BROKEN
+    return crashes.again(options, _run_once)
+
+
+def _run_once(options):
+    try:
+        if processes.is_real_root():
+            namespaces.return_to_own_processes()
         namespaces.separate(namespaces.PROCESSES)
     except OSError as error:
         _say(f"no namespaces to be had: {error}")
-        return EXIT_BROKEN
-    except Failure as failure:
-        _say(str(failure))
         return EXIT_BROKEN
     alive, ours = os.pipe()
     # Held back until both sides have their handlers.

@@ -4,7 +4,7 @@
 import socket
 
 from .bed import Failure
-from . import afp, ftp, names, smb, webdav
+from . import afp, crashes, ftp, names, smb, webdav
 
 # name: (start function, loopback address and port inside a namespace)
 # Without a namespace every server takes a free high port of 127.0.0.1.
@@ -67,6 +67,8 @@ def start_servers(bed, options):
     wanted = [name for name in NAMES if name in options.servers]
     bed.export(SERVERS=",".join(wanted))
     waits = []
+    if "afp" in wanted:
+        crashes.tell(bed)
     for name in wanted:
         start, place = _SERVERS[name]
         if place is None:

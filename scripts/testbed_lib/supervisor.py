@@ -10,7 +10,7 @@ import signal
 import subprocess
 import sys
 
-from . import desktop, namespaces, processes
+from . import crashes, desktop, namespaces, processes
 from .bed import Bed, Failure
 from .servers import prepare_servers, start_servers
 
@@ -85,6 +85,8 @@ def _inner(bed, options):
             desktop.start_desktop(bed, options.desktop, options.scale)
         bed.save_exports()
         code = run_command(bed, options.command)
+        if code != 0:
+            options.crashed[0] = crashes.count_in(bed) > 0
     except Stopped as stop:
         if stop.number == signal.SIGALRM:
             _say(f"stopped after {options.timeout} s")
@@ -114,6 +116,10 @@ def run(options):
         except Failure as failure:
             _say(str(failure))
             return EXIT_BROKEN
+    return crashes.again(options, _run_once)
+
+
+def _run_once(options):
     processes.become_subreaper()
     bed = Bed(options.netns, options.name)
     outer = os.getpid()
