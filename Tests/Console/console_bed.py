@@ -59,7 +59,7 @@ def hung_request(server):
     raise AssertionError("nothing was asked of the server")
 
 
-def await_(condition, what, seconds=20):
+def await_(condition, what, seconds=60):
     """What the condition comes to, once that is something."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:

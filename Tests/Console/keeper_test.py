@@ -80,7 +80,7 @@ class Keeper:
         self.streams = [open(name, "w+", encoding="utf-8") for name in self.names]  # pylint: disable=consider-using-with
         self.manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
         self.manager.bind("")  # a name of the kernel's choice
-        self.manager.settimeout(20)
+        self.manager.settimeout(60)
         address = self.manager.getsockname()
         self.process = subprocess.Popen(  # pylint: disable=consider-using-with
             [program or console_bed.PROGRAM, "watch", *arguments], stdin=subprocess.DEVNULL, stdout=self.streams[0],

@@ -11,7 +11,7 @@ import time
 from . import lab, namespaces, processes
 from .bed import accepts_tcp, spawn
 
-PATIENCE = 20
+PATIENCE = 100  # an AFP mount that hangs is begun anew after 20 seconds, and may hang again
 
 
 class Missing(Exception):

@@ -9,7 +9,7 @@ import sys
 from . import processes
 from .bed import accepts_tcp, spawn
 
-_SECONDS = 15
+_SECONDS = 45
 
 
 def _say(text):

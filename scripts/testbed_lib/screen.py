@@ -14,7 +14,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-PATIENCE = 15
+PATIENCE = 45
 _LOOK_AGAIN = 0.05
 
 
