@@ -25,7 +25,6 @@ SERVERS = {"fileserver": ((announcing.SMB,), {"fileserver/pub": "pub", "fileserv
            "attic": ((announcing.SMB, announcing.AFP),
                      {"attic/s02": "s02", "attic/Mixed Case": "Mixed Case", "attic/Public": "Public"})}
 LONGEST = 75  # seconds: what a mount waits at most for a host that is gone, and some
-MEMORY_MARGIN = 6 * 1024  # kilobytes
 WORKERS = 4
 
 
@@ -178,17 +177,6 @@ class Hour:
         wait_for(lambda: len(keeping.mounted()) == len(texts), lambda: f"mounted is {keeping.mounted()}")
         wait_for(lambda: _backends() == len(texts), lambda: f"{_backends()} back ends for {len(texts)} mounts", 20)
 
-    def _await_rest(self):
-        """What it holds when it has nothing to do: the same twice, a second apart."""
-        last = None
-        for _ in range(40):
-            held = self.keeper.held()
-            if held == last and held["children"] == 0:
-                return held
-            last = held
-            self.keeper.says_nothing(1)
-        raise Missing(f"it does not come to rest: {last}")
-
     # ---- in this order -------------------------------------------------
 
     def first_everything_comes_and_goes_once(self):
@@ -196,7 +184,7 @@ class Hour:
         self.is_as_wanted()
         self.settle(())
         self.is_as_wanted()
-        self.held = self._await_rest()
+        self.held = self.keeper.await_rest()
         self.descriptors = self.keeper.descriptors()
         say(f"    before: {self.held}")
 
@@ -223,17 +211,14 @@ class Hour:
     def it_holds_no_more_than_before(self):
         self.settle(())
         self.is_as_wanted()
-        held = self._await_rest()
+        held = self.keeper.await_rest()
         say(f"    after:  {held}")
         more = collections.Counter(self.keeper.descriptors()) - collections.Counter(self.descriptors)
         # Each worker that ever ran beside others has one of its own.
         if more["anon_inode:[eventfd]"] <= WORKERS:
             held["descriptors"] -= more.pop("anon_inode:[eventfd]", 0)
         expect(not more, f"descriptors that were not open before: {dict(more)}")
-        for key in ("descriptors", "threads", "matches"):
-            expect(held[key] <= self.held[key], f"{key}: {self.held[key]} before, {held[key]} after")
-        expect(held["kilobytes"] <= self.held["kilobytes"] + MEMORY_MARGIN,
-               f"memory: {self.held['kilobytes']} kB before, {held['kilobytes']} kB after")
+        keeping.expect_no_more(held, self.held)
 
     def the_keeper_ends(self):
         self.keeper.end()

@@ -22,6 +22,7 @@ NOWHERE = "nowhere.lan.test"
 
 _FLAGS = {"BrowseForServices": True, "afp": True, "smb": True, "logToConsole": True}
 _STATUSES = ("Online", "Offline")
+_MEMORY_MARGIN = 6 * 1024  # kilobytes
 
 
 def smb_share(host, name, **fields):
@@ -82,6 +83,14 @@ def text_below(link):
     except subprocess.TimeoutExpired:
         return None
     return done.stdout.strip()
+
+
+def expect_no_more(held, before):
+    """Whether a keeper at rest holds as little as before."""
+    for key in ("descriptors", "threads", "matches"):
+        expect(held[key] <= before[key], f"{key}: {before[key]} before, {held[key]} after")
+    expect(held["kilobytes"] <= before["kilobytes"] + _MEMORY_MARGIN,
+           f"memory: {before['kilobytes']} kB before, {held['kilobytes']} kB after")
 
 
 class Keeper:
@@ -198,6 +207,17 @@ class Keeper:
         return {"descriptors": len(os.listdir(f"/proc/{pid}/fd")), "threads": int(fields["Threads"]),
                 "kilobytes": int(fields["VmRSS"].split()[0]), "matches": match_rules(pid),
                 "children": len(_children(pid))}
+
+    def await_rest(self):
+        """What it holds when it has nothing to do: the same twice, a second apart."""
+        last = None
+        for _ in range(40):
+            held = self.held()
+            if held == last and held["children"] == 0:
+                return held
+            last = held
+            self.says_nothing(1)
+        raise Missing(f"it does not come to rest: {last}")
 
     def descriptors(self):
         """What is behind each, sorted."""

@@ -18,7 +18,6 @@ from testbed_lib import announcing, catalogue, lab_control
 from testbed_lib.lab_control import say
 
 LONGEST_STRETCH = 0.05  # seconds
-MEMORY_MARGIN = 6 * 1024  # kilobytes
 PATIENCE = 120
 
 
@@ -106,21 +105,11 @@ class Storm:
         self._await_counts((appeared + len(self.names), left + len(self.names)))
         self.events += 2 * len(self.names)
 
-    def _await_rest(self):
-        last = None
-        for _ in range(60):
-            held = self.keeper.held()
-            if held == last and held["children"] == 0:
-                return held
-            last = held
-            self.keeper.says_nothing(0.5)
-        raise lab_control.Missing(f"it does not come to rest: {last}")
-
     # ---- in this order -------------------------------------------------
 
     def all_come_and_go_once(self):
         self._round()
-        self.held = self._await_rest()
+        self.held = self.keeper.await_rest()
         say(f"    before: {self.held}")
 
     def then_come_all_the_events(self):
@@ -137,12 +126,9 @@ class Storm:
         expect(self.most["threads"] <= self.held["threads"] + 4, f"threads: {self.most['threads']}")
 
     def it_holds_no_more_than_before(self):
-        held = self._await_rest()
+        held = self.keeper.await_rest()
         say(f"    after:  {held}")
-        for key in ("descriptors", "threads", "matches"):
-            expect(held[key] <= self.held[key], f"{key}: {self.held[key]} before, {held[key]} after")
-        expect(held["kilobytes"] <= self.held["kilobytes"] + MEMORY_MARGIN,
-               f"memory: {self.held['kilobytes']} kB before, {held['kilobytes']} kB after")
+        keeping.expect_no_more(held, self.held)
 
     def the_keeper_ends(self):
         self.keeper.end()

@@ -44,6 +44,13 @@ protected:
     bool comesTo(const std::vector<std::string>& wanted) {
         return runMainContextUntil([&] { return shares() == wanted; }, patience);
     }
+    void startWithOneMount() {
+        ASSERT_TRUE(bus.start());
+        daemon = makeDaemon();
+        daemon->mount("one");
+        watchBus(bus.address());
+        ASSERT_TRUE(comesTo({ "one" }));
+    }
     static void runOn(Seconds duration = Seconds(0.2)) {
         EXPECT_FALSE(runMainContextUntil([] { return false; }, duration));
     }
@@ -88,11 +95,7 @@ TEST_F(GvfsMountWatchTest, asksNobodyAndStartsNothingWhereThereIsNoDaemon) {
 }
 
 TEST_F(GvfsMountWatchTest, mountsGoWithTheDaemonAndComeWithTheNext) {
-    ASSERT_TRUE(bus.start());
-    daemon = makeDaemon();
-    daemon->mount("one");
-    watchBus(bus.address());
-    ASSERT_TRUE(comesTo({ "one" }));
+    ASSERT_NO_FATAL_FAILURE(startWithOneMount());
     daemon->giveUpName();
     ASSERT_TRUE(comesTo({}));
     daemon.reset();
@@ -134,11 +137,7 @@ TEST_F(GvfsMountWatchTest, theEndOfASilentDaemonIsAnAnswer) {
 }
 
 TEST_F(GvfsMountWatchTest, anAnswerThatIsNoneChangesNothing) {
-    ASSERT_TRUE(bus.start());
-    daemon = makeDaemon();
-    daemon->mount("one");
-    watchBus(bus.address());
-    ASSERT_TRUE(comesTo({ "one" }));
+    ASSERT_NO_FATAL_FAILURE(startWithOneMount());
     daemon->setManner(FakeMountDaemon::Manner::Confused);
     watch->refresh();
     ASSERT_TRUE(runMainContextUntil([&] { return daemon->questions() == 2; }, patience));
@@ -147,11 +146,7 @@ TEST_F(GvfsMountWatchTest, anAnswerThatIsNoneChangesNothing) {
 }
 
 TEST_F(GvfsMountWatchTest, nobodyElseIsBelieved) {
-    ASSERT_TRUE(bus.start());
-    daemon = makeDaemon();
-    daemon->mount("one");
-    watchBus(bus.address());
-    ASSERT_TRUE(comesTo({ "one" }));
+    ASSERT_NO_FATAL_FAILURE(startWithOneMount());
     FakeMountDaemon impostor(bus.address());
     impostor.claimMounted("false");
     runOn();
@@ -159,11 +154,7 @@ TEST_F(GvfsMountWatchTest, nobodyElseIsBelieved) {
 }
 
 TEST_F(GvfsMountWatchTest, aPathThatIsToldLaterIsSeenWhenTheListIsAskedForAgain) {
-    ASSERT_TRUE(bus.start());
-    daemon = makeDaemon();
-    daemon->mount("one");
-    watchBus(bus.address());
-    ASSERT_TRUE(comesTo({ "one" }));
+    ASSERT_NO_FATAL_FAILURE(startWithOneMount());
     daemon->showFiles("one", "/run/user/7/gvfs/one");
     watch->refresh();
     EXPECT_TRUE(runMainContextUntil([&] { return watch->mounts()[0].fusePath == "/run/user/7/gvfs/one"; }, patience));
@@ -205,11 +196,7 @@ TEST_F(GvfsMountWatchTest, aBusWhoseFolderComesLaterIsFoundAtOnceToo) {
 }
 
 TEST_F(GvfsMountWatchTest, mountsGoWithTheBusAndComeWithTheNext) {
-    ASSERT_TRUE(bus.start());
-    daemon = makeDaemon();
-    daemon->mount("one");
-    watchBus(bus.address());
-    ASSERT_TRUE(comesTo({ "one" }));
+    ASSERT_NO_FATAL_FAILURE(startWithOneMount());
     for (int round = 0; round < 3; ++round) {
         bus.stop();
         ASSERT_TRUE(comesTo({}));
@@ -251,11 +238,7 @@ TEST_F(GvfsMountWatchTest, aBusThatNeverSpeaksHoldsNothing) {
 }
 
 TEST_F(GvfsMountWatchTest, nothingOfItIsLeft) {
-    ASSERT_TRUE(bus.start());
-    daemon = makeDaemon();
-    daemon->mount("one");
-    watchBus(bus.address());
-    ASSERT_TRUE(comesTo({ "one" }));
+    ASSERT_NO_FATAL_FAILURE(startWithOneMount());
     watch.reset();
     runOn();
     const auto before = descriptors();

@@ -14,7 +14,7 @@ import sys
 import program_test
 from program_test import SERVICE, SHARE  # which finds the test bed's modules, too
 import hearing
-from running import expect, failed
+from running import expect, run_steps
 from testbed_lib import screen
 
 STEPS = ("starts", "hears_the_empty_window", "hears_the_preferences", "hears_the_about_panel",
@@ -300,21 +300,14 @@ class Journey(program_test.Journey):
         expect(self.process.wait(10) == 0, f"it ended with {self.process.returncode}")
         self.log_holds_no_password()
 
+    def close(self):
+        if self.process and self.process.poll() is None:
+            self.process.kill()
+            self.process.wait(5)
+
 
 def main():
-    journey = Journey(os.path.realpath(sys.argv[1]))
-    step = None
-    try:
-        for step in STEPS:
-            getattr(journey, step)()
-            print(f"ok  {step}", flush=True)
-    except Exception as error:  # pylint: disable=broad-except
-        return failed(step, error)
-    finally:
-        if journey.process and journey.process.poll() is None:
-            journey.process.kill()
-            journey.process.wait(5)
-    return 0
+    return run_steps(Journey(os.path.realpath(sys.argv[1])), STEPS)
 
 
 if __name__ == "__main__":

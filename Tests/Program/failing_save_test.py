@@ -16,7 +16,7 @@ HERE = os.path.dirname(os.path.realpath(__file__))
 sys.path[:0] = [HERE, os.path.join(HERE, "..", "..", "scripts")]
 
 import running  # noqa: E402
-from running import expect, failed  # noqa: E402
+from running import expect, run_steps  # noqa: E402
 from testbed_lib import screen  # noqa: E402
 
 SERVICE = "Server Message Block (smb)"
@@ -141,19 +141,10 @@ class Saves:
 
 
 def main():
-    saves = Saves(os.path.realpath(sys.argv[1]))
-    name = ""
-    try:
-        for name in ("what_can_be_saved_is_no_news", "what_was_only_copied_over_itself_is_no_news",
-                     "what_somebody_edited_meanwhile_is_kept_and_told", "a_failed_save_is_told_with_file_and_cause",
-                     "the_program_goes_on_and_repeats_nothing", "the_next_change_saves_it_all_and_the_alert_goes"):
-            getattr(saves, name)()
-            print(f"ok  {name}", flush=True)
-    except Exception as error:  # pylint: disable=broad-except
-        return failed(name, error)
-    finally:
-        saves.close()
-    return 0
+    return run_steps(Saves(os.path.realpath(sys.argv[1])), (
+        "what_can_be_saved_is_no_news", "what_was_only_copied_over_itself_is_no_news",
+        "what_somebody_edited_meanwhile_is_kept_and_told", "a_failed_save_is_told_with_file_and_cause",
+        "the_program_goes_on_and_repeats_nothing", "the_next_change_saves_it_all_and_the_alert_goes"))
 
 
 if __name__ == "__main__":

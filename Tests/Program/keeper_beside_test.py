@@ -14,7 +14,7 @@ HERE = os.path.dirname(os.path.realpath(__file__))
 sys.path[:0] = [HERE, os.path.join(HERE, "..", "..", "scripts")]
 
 import running  # noqa: E402
-from running import expect, failed  # noqa: E402
+from running import expect, run_steps  # noqa: E402
 from testbed_lib import screen  # noqa: E402
 
 LOCK = os.path.join(os.environ["XDG_RUNTIME_DIR"], "Quorrel.lock")
@@ -84,18 +84,9 @@ class Neighbours:
 
 
 def main():
-    neighbours = Neighbours(os.path.realpath(sys.argv[1]))
-    name = ""
-    try:
-        for name in ("beside_a_keeper_the_program_says_so_and_ends", "a_session_that_ends_does_not_wait_for_an_answer",
-                     "the_keeper_told_to_end_makes_room", "beside_the_program_no_keeper_starts"):
-            getattr(neighbours, name)()
-            print(f"ok  {name}", flush=True)
-    except Exception as error:  # pylint: disable=broad-except
-        return failed(name, error)
-    finally:
-        neighbours.close()
-    return 0
+    return run_steps(Neighbours(os.path.realpath(sys.argv[1])), (
+        "beside_a_keeper_the_program_says_so_and_ends", "a_session_that_ends_does_not_wait_for_an_answer",
+        "the_keeper_told_to_end_makes_room", "beside_the_program_no_keeper_starts"))
 
 
 if __name__ == "__main__":

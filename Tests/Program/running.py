@@ -26,6 +26,20 @@ def failed(step, error):
     return 1
 
 
+def run_steps(owner, names):
+    """Calls these methods one after another until one fails, and closes their owner. An exit status."""
+    name = "nothing"
+    try:
+        for name in names:
+            getattr(owner, name)()
+            print(f"ok  {name}", flush=True)
+    except Exception as error:  # pylint: disable=broad-except
+        return failed(name, error)
+    finally:
+        owner.close()
+    return 0
+
+
 def catalogue_file():
     return os.path.join(os.environ["XDG_DATA_HOME"], "Quorrel", "Quorrel2.plist")
 

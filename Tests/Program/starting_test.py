@@ -14,7 +14,7 @@ HERE = os.path.dirname(os.path.realpath(__file__))
 sys.path[:0] = [HERE, os.path.join(HERE, "..", "..", "scripts")]
 
 import running  # noqa: E402
-from running import expect, failed  # noqa: E402
+from running import expect, run_steps  # noqa: E402
 from testbed_lib import screen, trays  # noqa: E402
 
 WIDTH, HEIGHT = 1280, 800
@@ -122,18 +122,9 @@ class Starts:
 
 
 def main():
-    starts = Starts(os.path.realpath(sys.argv[1]))
-    name = ""
-    try:
-        for name in ("without_a_tray_it_opens_its_window_and_says_so", "a_second_launch_opens_the_first_ones_window",
-                     "a_tray_that_comes_late_gets_the_icon", "the_window_is_where_it_was_left"):
-            getattr(starts, name)()
-            print(f"ok  {name}", flush=True)
-    except Exception as error:  # pylint: disable=broad-except
-        return failed(name, error)
-    finally:
-        starts.close()
-    return 0
+    return run_steps(Starts(os.path.realpath(sys.argv[1])), (
+        "without_a_tray_it_opens_its_window_and_says_so", "a_second_launch_opens_the_first_ones_window",
+        "a_tray_that_comes_late_gets_the_icon", "the_window_is_where_it_was_left"))
 
 
 if __name__ == "__main__":
