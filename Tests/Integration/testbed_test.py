@@ -39,6 +39,15 @@ for i in $(seq 1000); do gio mount -l | grep -q afp: || { echo ended; break; }; 
 exit 3
 """
 
+# The compiler, the sanitizer, a program in which that one finds something, and what it says then.
+FAULTY = (
+    ("c++", "address", "#include <cstdlib>\nvoid* volatile kept;\n"
+     "int main() { kept = std::malloc(7); kept = nullptr; }", "7 byte(s) leaked"),
+    ("c++", "undefined", "int most = 0x7fffffff;\nint main(int argc, char**) { most += argc; }", "signed integer overflow"),
+    ("clang++", "thread", "#include <thread>\nint shared;\n"
+     "int main() { std::thread other([] { ++shared; }); ++shared; other.join(); }", "data race"),
+)
+
 
 def until(condition, seconds=20):
     end = time.monotonic() + seconds
@@ -146,6 +155,18 @@ class HandsOn(unittest.TestCase):
         done = run("--timeout", "1", "--", "sleep", "300")
         self.assertEqual(done.returncode, 124)
         self.assertLess(time.monotonic() - begin, 30)
+
+    def test_what_a_sanitizer_reports_of_a_program_that_nobody_looks_at_fails_the_run(self):
+        for compiler, sanitizer, program, wanted in FAULTY:
+            with self.subTest(sanitizer=sanitizer), tempfile.TemporaryDirectory() as own:
+                place = os.path.join(own, "faulty")
+                subprocess.run([compiler, "-xc++", "-", "-g", f"-fsanitize={sanitizer}", "-o", place], input=program,
+                               text=True, timeout=60, check=True)
+                for code, wanted_code in (0, 71), (3, 3):
+                    done = run("--", "sh", "-c", f"{place} >/dev/null 2>&1; exit {code}")
+                    self.assertEqual(done.returncode, wanted_code, done.stderr)
+                    self.assertIn(wanted, done.stderr)
+                    self.assertIn(CLEAN, done.stderr)
 
     def test_the_session_is_private_and_the_password_in_a_file_only(self):
         environment = dict(os.environ, DISPLAY=":0", DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent")

@@ -65,6 +65,12 @@ class HandsOn(unittest.TestCase):
         self.assertEqual(done.returncode, 124)
         self.assertIn(CLEAN, done.stderr)
 
+    def test_what_a_sanitizer_reports_fails_the_run(self):
+        done = run("--", "sh", "-c", 'place=${TSAN_OPTIONS#*log_path=}; echo a race > "${place%%:*}.program.1"')
+        self.assertEqual(done.returncode, 71)
+        self.assertIn("report.program.1:\na race", done.stderr)
+        self.assertIn(CLEAN, done.stderr)
+
     def test_the_password_is_in_a_file_only(self):
         done = run("--", "sh", "-c", 'cat "$QTB_PASSWORD_FILE"; stat -c %a "$QTB_PASSWORD_FILE" "$QTB_DIR"; env; '
                    'cat "$QTB_LAB"; cat /proc/[0-9]*/cmdline | tr "\\0" " "; cat /proc/[0-9]*/environ | tr "\\0" " "')

@@ -20,7 +20,8 @@ class NoDisplayTest(unittest.TestCase):
         # No bus is reached from here, and nothing of whoever runs this.
         environment = {"PATH": os.environ["PATH"], "HOME": self.home.name, "LANG": "C.UTF-8",
                        "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.home.name}/none",
-                       "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.home.name}/none", **more}
+                       "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.home.name}/none",
+                       **{name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}, **more}
         return subprocess.run([PROGRAM, *arguments], env=environment, cwd=self.home.name, stdin=subprocess.DEVNULL,
                               capture_output=True, text=True, timeout=30, check=False)
 

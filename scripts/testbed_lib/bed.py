@@ -10,7 +10,7 @@ import socket
 import subprocess
 import tempfile
 
-from . import processes
+from . import processes, sanitizers
 
 USER = "quorrel"
 
@@ -39,6 +39,7 @@ class Bed:
         self.directory = tempfile.mkdtemp(prefix="qtb-", dir=parent)
         self.exports = {}
         self.running = {}
+        self.reports = []
         self._bus = None
 
     # ---- what is in it -------------------------------------------------
@@ -78,6 +79,7 @@ class Bed:
         self.session = {key: self.make_folder(folder) for key, folder in folders.items()}
         self.session["LC_ALL"] = "C.UTF-8"
         self.session["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.path('run', 'bus')}"
+        self.session.update(sanitizers.listen(self))
         self.make_folder("log")
         self.export(DIR=self.directory, USER=USER, NETNS="1" if self.netns else "0",
                     PASSWORD_FILE=self.write("password", secrets.token_hex(16) + "\n"))
@@ -212,6 +214,8 @@ class Bed:
         processes.end_all(self._left, 5)
         processes.unmount_below(self.directory)
         processes.reap()
+        # A program may look for leaks when it ends.
+        self.reports += sanitizers.reports_in(self)
         if not processes.mounts_below(self.directory):
             shutil.rmtree(self.directory, ignore_errors=True)
 

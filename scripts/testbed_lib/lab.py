@@ -12,10 +12,10 @@ import select
 import signal
 import sys
 
-from . import afp, crashes, desktop, lab_servers, namespaces, processes
+from . import afp, crashes, desktop, lab_servers, namespaces, processes, sanitizers
 from .bed import Failure
 from .lab_host import Host
-from .supervisor import EXIT_BROKEN, EXIT_TIMEOUT, SIGNALS, Stopped, listen, raise_stopped, run_command
+from .supervisor import EXIT_BROKEN, EXIT_TIMEOUT, SIGNALS, Stopped, judge, listen, raise_stopped, run_command
 
 DIRECTORY = "/run/lab"
 _ROOT = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
@@ -133,6 +133,7 @@ def _inner(options):
     except (Failure, OSError) as failure:
         _say(str(failure))
     listen(signal.SIG_IGN)
+    code = judge([report for host in hosts for report in sanitizers.reports_in(host)], options, code)
     if code != 0 and options.logs:
         _show_logs(hosts)
     return code

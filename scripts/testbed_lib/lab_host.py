@@ -31,6 +31,7 @@ class Host(Bed):
         self.directory = os.path.join(parent, name)
         self.exports = {}
         self.running = {}
+        self.reports = []
         self.pid = None
         self._bus = None
 

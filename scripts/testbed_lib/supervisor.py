@@ -17,6 +17,7 @@ from .servers import prepare_servers, start_servers
 SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT)
 
 EXIT_BROKEN = 70  # the bed could not be made, or something was left behind
+EXIT_REPORTED = 71  # the command was content, a sanitizer was not
 EXIT_TIMEOUT = 124
 
 
@@ -97,10 +98,21 @@ def _inner(bed, options):
         _say(str(failure))
     finally:
         listen(signal.SIG_IGN)
-        if code != 0 and options.logs:
-            for name in bed.running:
-                _say(f"log of {name}:\n{bed.log_of(name)}")
+        logs = {name: bed.log_of(name) for name in bed.running} if code != 0 and options.logs else {}
         bed.close()
+        code = judge(bed.reports, options, code)
+        for name, text in logs.items():
+            _say(f"log of {name}:\n{text}")
+    return code
+
+
+def judge(reports, options, code):
+    """The run's exit code, given its command's and what sanitizers reported."""
+    for report in reports:
+        _say(f"a sanitizer's report, {report}")
+    if reports:
+        options.crashed[0] = False  # whatever else happened, it would be lost if all were repeated
+        code = code or EXIT_REPORTED
     return code
 
 
