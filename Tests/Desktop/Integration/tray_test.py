@@ -99,7 +99,10 @@ class Program:
         """In KiB, without what is only kept for later, and without files: those count less the more programs of the
         machine share them just then."""
         self.tell("trim")
-        self.said("trimmed")
+        line = wait_for(lambda: next((line for line in self.lines if line.startswith("trimmed")), None), "not trimmed")
+        self.said(line)
+        if line != "trimmed":
+            return int(line.split()[-1])
         with open(f"/proc/{self.process.pid}/smaps_rollup", encoding="ascii") as file:
             return int(re.search(r"^Anonymous:\s+(\d+)", file.read(), re.MULTILINE).group(1))
 
