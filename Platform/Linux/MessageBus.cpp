@@ -16,13 +16,14 @@ constexpr Seconds firstDelay { 0.1 }; // a socket is there a moment before someb
 constexpr Seconds longestDelay { 60 };
 constexpr Seconds longestDelayWithFolder { 3 };
 
-/// The socket's path, for an address that has one.
+/// The socket's whole path, for an address that has one.
 std::string socketOf(std::string_view address) {
     constexpr std::string_view kind = "unix:path=";
     if (!address.starts_with(kind))
         return {};
     address.remove_prefix(kind.size());
-    return Text::percentDecoded(address.substr(0, address.find_first_of(",;")));
+    auto path = Text::percentDecoded(address.substr(0, address.find_first_of(",;")));
+    return path.starts_with('/') ? path : std::string();
 }
 
 } // namespace

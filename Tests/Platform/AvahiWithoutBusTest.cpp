@@ -35,6 +35,19 @@ TEST_F(AvahiWithoutBusTest, aResolutionFailsSoonAndNotDuringTheCall) {
     }
 }
 
+TEST_F(AvahiWithoutBusTest, anAddressThatIsNoWholePathIsTriedLikeAnyOther) {
+    for (const auto* address : { "unix:path=bus", "unix:path=", "unix:path=%", "unix:abstract=nobody", "no address" }) {
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", address, 1);
+        AvahiServiceDiscovery other;
+        const auto service = other.makeNetService("local.", "_afpovertcp._tcp.", "Attic");
+        service->setDelegate(&delegate);
+        delegate.heard.clear();
+        service->resolveWithTimeout(Seconds(30));
+        EXPECT_TRUE(runMainContextUntil([&] { return delegate.hasEnded(); }, Seconds(20))) << address;
+        EXPECT_THAT(delegate.heard, ElementsAre("will resolve", "did not resolve")) << address;
+    }
+}
+
 TEST_F(AvahiWithoutBusTest, aResolutionThatIsAboutToFailCanBeStopped) {
     const auto service = discovery.makeNetService("local.", "_afpovertcp._tcp.", "Attic");
     service->setDelegate(&delegate);
