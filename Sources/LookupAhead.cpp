@@ -42,7 +42,10 @@ std::shared_ptr<const LookupOperation> LookupAhead::begin(const NameLookup& look
             const auto underWay = weakUnderWay.lock();
             if (!underWay)
                 return;
-            underWay->operations.erase(lookup);
+            // Another may have been begun since.
+            if (const auto known = underWay->operations.find(lookup);
+                known != underWay->operations.end() && known->second->isOver())
+                underWay->operations.erase(known);
             underWay->observers.notify();
         });
     };

@@ -17,6 +17,7 @@ PropertyListAhead::~PropertyListAhead() {
 void PropertyListAhead::begin(const std::string& path, std::function<void()> ready) {
     finish();
     m_path = path;
+    m_result.reset();
     try {
         m_reader = std::thread([this, path, ready] {
             try {

@@ -7,6 +7,7 @@
 #include "Tests/Sources/LookupFixture.h"
 #include "Tests/Sources/SlowTools.h"
 
+#include <atomic>
 #include <vector>
 
 namespace quorrel {
@@ -72,6 +73,27 @@ TEST_F(LookupAheadTest, TheSameLookUpIsUnderWayOnce) {
     const auto again = ahead.begin(of("attic"));
     EXPECT_TRUE(SlowTools::turnUntil(queue, [&] { return again->isOver(); }));
     EXPECT_EQ(childProcess.calls().size(), 2U) << "what is over is asked for anew";
+}
+
+TEST_F(LookupAheadTest, TheEndOfAnEarlierOneLeavesTheOneThatIsUnderWay) {
+    Gate second;
+    std::atomic<int> calls = 0;
+    childProcess.setResponder(nslookup, [&](const FakeChildProcess::Call&) {
+        EXPECT_TRUE(++calls == 1 || second.wait());
+        return ChildProcessResult { true, {}, "Name:\tattic\nAddress: 10.0.0.7\n" };
+    });
+    bool isTold = false;
+    const auto ends = ahead.observeEnds([&] { isTold = true; });
+    const auto first = ahead.begin(of("attic"));
+    MainThreadQueue nobodys;
+    EXPECT_TRUE(SlowTools::turnUntil(nobodys, [&] { return first->isOver(); }));
+    const auto again = ahead.begin(of("attic"));
+    EXPECT_NE(again, first);
+    EXPECT_TRUE(SlowTools::turnUntil(queue, [&] { return isTold; }));
+    EXPECT_EQ(ahead.begin(of("attic")), again);
+    second.open();
+    EXPECT_TRUE(SlowTools::turnUntil(queue, [&] { return again->isOver(); }));
+    EXPECT_EQ(calls, 2);
 }
 
 TEST_F(LookupAheadTest, APerformanceHearsWhatTheToolsSaidAndRunsNone) {
