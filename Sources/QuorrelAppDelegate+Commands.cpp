@@ -43,6 +43,7 @@ void QuorrelAppDelegate::mountInTurn(const SharePointPointer& sharePoint, Manner
                 if (same || isNull)
                     mountNow(same, manner);
             },
+        .prepare = [this, weakSharePoint = std::weak_ptr(sharePoint)] { getHostPassword(weakSharePoint.lock()); },
         .lookups =
             [this, weakSharePoint = std::weak_ptr(sharePoint)] {
                 const auto same = weakSharePoint.lock();
@@ -55,11 +56,10 @@ void QuorrelAppDelegate::mountInTurn(const SharePointPointer& sharePoint, Manner
 }
 
 void QuorrelAppDelegate::mountNow(const SharePointPointer& sharePoint, Manner manner) {
+    if (m_isTerminating)
+        return; // rather than give the password, the user ended the program
     if (sharePoint && manner == Manner::Manually)
         sharePoint->manualMount.set(true);
-    getHostPassword(sharePoint);
-    if (m_isTerminating)
-        return; // rather than give an answer, the user ended the program
     const auto host = sharePoint ? sharePoint->parentHost.get().lock() : nullptr;
     const auto service = sharePoint ? sharePoint->parentService.get().lock() : nullptr;
     resolveIfUnknown(host, service);

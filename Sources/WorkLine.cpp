@@ -10,6 +10,25 @@
 
 namespace quorrel {
 
+/// While one exists, what is added belongs to what is being done.
+class WorkLine::Performing final {
+public:
+    Performing(WorkLine& line, Line::iterator behind)
+        : m_line(line) {
+        m_line.m_isPerforming = true;
+        m_line.m_behind = behind;
+    }
+    Performing(const Performing&) = delete;
+    Performing& operator=(const Performing&) = delete;
+    ~Performing() {
+        m_line.m_isPerforming = false;
+        m_line.m_behind = m_line.m_line.end();
+    }
+
+private:
+    WorkLine& m_line;
+};
+
 WorkLine::WorkLine(LookupAhead* ahead)
     : m_ahead(ahead) {
     if (m_ahead)
@@ -26,17 +45,16 @@ Subscription WorkLine::observeEmptied(std::function<void()> callback) {
 }
 
 void WorkLine::add(Work work) {
-    Waiting waiting { std::move(work), nullptr };
-    // All that waits has its names looked up at the same time.
-    if (isReady(waiting) && isEmpty()) {
-        perform(waiting);
-        goOn();
-        return;
-    }
-    if (const auto known = m_keyed.find(waiting.work.key); known != m_keyed.end())
+    if (const auto known = m_keyed.find(work.key); known != m_keyed.end())
         drop(known->second);
-    const auto place = m_line.insert(m_isPerforming ? m_behind : m_line.end(), std::move(waiting));
+    const bool isFirst = isEmpty();
+    const auto place = m_line.insert(m_isPerforming ? m_behind : m_line.end(), Waiting { std::move(work), nullptr });
     m_keyed[place->work.key] = place;
+    // All that waits has its names looked up at the same time, and while it is prepared.
+    if (!isFirst || place->work.prepare)
+        static_cast<void>(isReady(*place));
+    if (isFirst)
+        goOn();
 }
 
 void WorkLine::clear() {
@@ -72,29 +90,29 @@ bool WorkLine::isReady(Waiting& waiting) const {
 void WorkLine::goOn() {
     if (m_isPerforming)
         return;
-    while (!m_line.empty() && isReady(m_line.front())) {
+    while (!m_line.empty()) {
+        if (m_line.front().work.prepare) {
+            prepareFront(); // may clear the line
+            continue;
+        }
+        if (!isReady(m_line.front()))
+            return;
         const auto waiting = std::move(m_line.front());
         m_keyed.erase(waiting.work.key);
         m_line.pop_front();
         perform(waiting);
     }
-    if (m_line.empty())
-        m_emptied.notify();
+    m_emptied.notify();
+}
+
+void WorkLine::prepareFront() {
+    const auto prepare = std::exchange(m_line.front().work.prepare, nullptr);
+    const Performing performing(*this, std::next(m_line.begin()));
+    prepare();
 }
 
 void WorkLine::perform(const Waiting& waiting) {
-    struct Performing final {
-        explicit Performing(WorkLine& performer)
-            : line(performer) {
-            line.m_isPerforming = true;
-            line.m_behind = line.m_line.begin();
-        }
-        ~Performing() { line.m_isPerforming = false; }
-        Performing(const Performing&) = delete;
-        Performing& operator=(const Performing&) = delete;
-        WorkLine& line;
-    };
-    const Performing performing(*this);
+    const Performing performing(*this, m_line.begin());
     const LookupAhead::Performance performance(m_ahead, waiting.rehearsal.get());
     waiting.work.perform();
 }

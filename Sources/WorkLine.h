@@ -26,6 +26,8 @@ public:
         /// What waits under the same key is dropped for it.
         std::string key;
         std::function<void()> perform;
+        /// Done once when its turn has come, before anything is waited for, as the tools already run; absent: nothing.
+        std::function<void()> prepare {};
         /// Asked before it is done, again and again until all are known; absent: none.
         std::function<std::vector<NameLookup>()> lookups {};
         /// What may not be unmounted before it is done; absent: nothing may.
@@ -57,9 +59,11 @@ private:
         std::unique_ptr<Rehearsal> rehearsal; // null until it is known that something is to be looked up
     };
     using Line = std::list<Waiting>;
+    class Performing;
 
     [[nodiscard]] bool isReady(Waiting& waiting) const;
     void goOn();
+    void prepareFront();
     void perform(const Waiting& waiting);
     Line::iterator drop(Line::iterator place);
 

@@ -95,6 +95,72 @@ TEST_F(RehearsedCommandsTest, AMountByNameReturnsAtOnceAndIsQueuedWhenTheToolHas
     EXPECT_EQ(waitingOperations(), 1U);
 }
 
+TEST_F(RehearsedCommandsTest, ThePasswordIsAskedForWhileTheToolsRunAndOnlyOnce) {
+    tools.hold("attic");
+    const auto host = addHost("attic", ftp, { "a" });
+    host->sharePointForName("a")->passwordPrompt.set(true);
+    occupyQueue();
+    passwordWindow.willDo([&](PasswordWindowTarget& target) {
+        EXPECT_TRUE(tools.isAsked("attic"));
+        EXPECT_EQ(countOfLogged("Resolving attic with nsLookup"), 0U) << "no resolver has been started";
+        target.setPassword("secret");
+        target.saveHostPassword();
+    });
+    controller->mountSharePoint(host->sharePointForName("a"));
+    EXPECT_EQ(passwordWindow.timesShown(), 1);
+    EXPECT_EQ(waitingOperations(), 0U);
+    tools.letGo("attic");
+    finish();
+    EXPECT_EQ(waitingOperations(), 1U);
+    EXPECT_EQ(countOfLogged("Resolving attic with nsLookup"), 1U);
+    EXPECT_EQ(passwordWindow.timesShown(), 1);
+}
+
+TEST_F(RehearsedCommandsTest, AUserWhoGivesNoPasswordIsNotAskedAgainWhenTheToolHasSpoken) {
+    tools.hold("attic");
+    const auto host = addHost("attic", ftp, { "a" });
+    host->sharePointForName("a")->passwordPrompt.set(true);
+    occupyQueue();
+    controller->mountSharePoint(host->sharePointForName("a"));
+    tools.letGo("attic");
+    finish();
+    EXPECT_EQ(waitingOperations(), 1U);
+    EXPECT_EQ(passwordWindow.timesShown(), 1);
+}
+
+TEST_F(RehearsedCommandsTest, NoPasswordIsAskedForBeforeItsTurn) {
+    tools.hold("attic");
+    const auto slow = addHost("attic", ftp, { "a" });
+    const auto numbered = addHost("192.168.1.20", ftp, { "b" });
+    numbered->sharePointForName("b")->passwordPrompt.set(true);
+    occupyQueue();
+    passwordWindow.willDo([&](PasswordWindowTarget&) { EXPECT_TRUE(slow->resolved.get()); });
+    controller->mountAll();
+    EXPECT_EQ(passwordWindow.timesShown(), 0);
+    tools.letGo("attic");
+    finish();
+    EXPECT_EQ(passwordWindow.timesShown(), 1);
+    EXPECT_EQ(waitingOperations(), 2U);
+}
+
+TEST_F(RehearsedCommandsTest, AnEndWhileThePasswordIsAskedForDropsWhatWaits) {
+    tools.hold("attic");
+    const auto host = addHost("attic", ftp, { "a", "b" });
+    for (const auto& sharePoint : host->sharePoints.snapshot())
+        sharePoint->passwordPrompt.set(true);
+    occupyQueue();
+    passwordWindow.willDo([&](PasswordWindowTarget& target) {
+        controller->applicationWillTerminate();
+        target.cancelhostPassword();
+    });
+    controller->mountAll();
+    EXPECT_EQ(passwordWindow.timesShown(), 2) << "the second command came after the end";
+    EXPECT_TRUE(controller->workLine().isEmpty());
+    letAtticGo();
+    EXPECT_EQ(waitingOperations(), 0U);
+    EXPECT_FALSE(host->resolved.get());
+}
+
 TEST_F(RehearsedCommandsTest, WhatNeedsNoNameIsDoneAtOnce) {
     const auto host = addHost("192.168.1.20", smb, { "a" });
     const auto apple = addHost("Attic", afp, { "b" });
