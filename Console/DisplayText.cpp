@@ -4,7 +4,6 @@
 #include "Foundation/Text.h"
 
 #include <clocale>
-#include <cstdio>
 #include <cwchar>
 
 namespace quorrel::DisplayText {
@@ -55,33 +54,10 @@ std::size_t columnsOf(char32_t code) {
     return columns < 0 ? 1 : static_cast<std::size_t>(columns);
 }
 
-/// Characters that are not controls to a terminal's parser, but rearrange or hide what stands around them.
-bool isDeceptive(char32_t code) {
-    return (code >= 0x200B && code <= 0x200F) || (code >= 0x2028 && code <= 0x202E)
-        || (code >= 0x2060 && code <= 0x206F) || code == 0x061C || code == 0xFEFF;
-}
-
 } // namespace
 
 std::string printable(std::string_view text) {
-    const auto escaped = Text::escapedControls(text);
-    std::string result;
-    for (std::size_t position = 0; position < escaped.size();) {
-        const auto character = characterAt(escaped, position);
-        if (character.code == '\n') {
-            result += "\\n";
-        } else if (character.code == '\t') {
-            result += "\\t";
-        } else if (isDeceptive(character.code)) {
-            char escape[12];
-            std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(character.code));
-            result += escape;
-        } else {
-            result.append(escaped, position, character.length);
-        }
-        position += character.length;
-    }
-    return result;
+    return Text::onOneLine(text);
 }
 
 std::size_t width(std::string_view text) {

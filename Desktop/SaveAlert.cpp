@@ -19,7 +19,7 @@ SaveAlert::~SaveAlert() {
 
 void SaveAlert::show(const std::string& path, const std::string& reason) {
     open(m_failure, m_strings.text("Your shares could not be saved"),
-        Text::filledEscaped(
+        Text::filledOnOneLine(
             m_strings.text(
                 "%@ cannot be written: %@.\n\nQuorrel keeps what you change and saves it with the next change, as "
                 "soon as that is possible. What is not saved when Quorrel ends is lost."),
@@ -33,7 +33,7 @@ void SaveAlert::withdraw() {
 
 void SaveAlert::showKept(const std::string& path) {
     open(m_kept, m_strings.text("Your shares were changed outside Quorrel"),
-        Text::filledEscaped(
+        Text::filledOnOneLine(
             m_strings.text("%@ is not as Quorrel left it: it was edited or replaced, or its disk was not there when "
                            "Quorrel started.\n\nQuorrel saves your shares as it shows them. The other file is kept in "
                            "the same folder, with .damaged behind its name."),

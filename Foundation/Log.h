@@ -24,7 +24,8 @@ public:
 /// The program's log. Any thread.
 ///
 /// A line is "2026-11-21 10:11:12.345 Quorrel[PID:TID] text", in local time. Values are put into the places of the
-/// format with their control characters escaped. The preference "logToConsole" is read afresh for every line.
+/// format each on one line, with their control characters escaped. The preference "logToConsole" is read afresh for
+/// every line.
 class Log final {
 public:
     /// Everything handed in must outlive the log.
@@ -35,9 +36,16 @@ public:
     /// Writes the line whatever the preference says.
     void lineAlways(std::string_view format, std::initializer_list<std::string> values = {});
 
+    /// As `line` and `lineAlways`, for what a program wrote: its line feeds and tabs stay, save where what follows
+    /// reads like a line of this log.
+    void output(std::string_view format, const std::string& text);
+    void outputAlways(std::string_view format, const std::string& text);
+
     [[nodiscard]] bool isOn() const;
 
 private:
+    void write(std::string_view text);
+
     const Preferences& m_preferences;
     const Clock& m_clock;
     LogSink& m_sink;

@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cstddef>
+#include <optional>
 
 namespace quorrel::Text {
 
@@ -13,6 +14,26 @@ void appendEscape(std::string& result, unsigned char byte) {
     result += "\\x";
     result += digits[byte >> 4];
     result += digits[byte & 15];
+}
+
+void appendCodeEscape(std::string& result, unsigned code) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    result += "\\u";
+    for (const int shift : { 12, 8, 4, 0 })
+        result += digits[(code >> shift) & 15];
+}
+
+/// The code of a character that is no control, but rearranges or hides what stands around it.
+std::optional<unsigned> deceptiveCode(std::string_view character) {
+    const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(character[index]); };
+    unsigned code = 0;
+    if (character.size() == 2)
+        code = (byte(0) & 0x1FU) << 6U | (byte(1) & 0x3FU);
+    else if (character.size() == 3)
+        code = (byte(0) & 0xFU) << 12U | (byte(1) & 0x3FU) << 6U | (byte(2) & 0x3FU);
+    const bool isDeceptive = (code >= 0x200B && code <= 0x200F) || (code >= 0x2028 && code <= 0x202E)
+        || (code >= 0x2060 && code <= 0x206F) || code == 0x061C || code == 0xFEFF;
+    return isDeceptive ? std::optional(code) : std::nullopt;
 }
 
 /// The length of the well-formed UTF-8 sequence that starts there, 0 when there is none.
@@ -63,8 +84,8 @@ std::string filled(std::string_view format, std::initializer_list<std::string> v
     return filledWith(format, values, [](const std::string& value) { return value; });
 }
 
-std::string filledEscaped(std::string_view format, std::initializer_list<std::string> values) {
-    return filledWith(format, values, [](const std::string& value) { return escapedControls(value); });
+std::string filledOnOneLine(std::string_view format, std::initializer_list<std::string> values) {
+    return filledWith(format, values, [](const std::string& value) { return onOneLine(value); });
 }
 
 std::string escapedControls(std::string_view text) {
@@ -82,6 +103,25 @@ std::string escapedControls(std::string_view text) {
         else
             result.append(text.substr(index, taken));
         index += taken;
+    }
+    return result;
+}
+
+std::string onOneLine(std::string_view text) {
+    const auto escaped = escapedControls(text);
+    std::string result;
+    result.reserve(escaped.size());
+    for (std::size_t index = 0; index < escaped.size();) {
+        const auto length = sequenceLength(escaped, index);
+        if (escaped[index] == '\n')
+            result += "\\n";
+        else if (escaped[index] == '\t')
+            result += "\\t";
+        else if (const auto code = deceptiveCode(std::string_view(escaped).substr(index, length)))
+            appendCodeEscape(result, *code);
+        else
+            result.append(escaped, index, length);
+        index += length;
     }
     return result;
 }

@@ -15,8 +15,12 @@ namespace quorrel::Text {
 /// can neither move a terminal's cursor nor hide in a log. Bytes that are not UTF-8 are written as escapes too.
 [[nodiscard]] std::string escapedControls(std::string_view text);
 
-/// As `filled`, each value escaped by `escapedControls` first.
-[[nodiscard]] std::string filledEscaped(std::string_view format, std::initializer_list<std::string> values);
+/// The text on one line: line feeds and tabs are escapes too, and so is what would turn the direction of writing or
+/// stand there unseen.
+[[nodiscard]] std::string onOneLine(std::string_view text);
+
+/// As `filled`, each value made one line by `onOneLine` first.
+[[nodiscard]] std::string filledOnOneLine(std::string_view format, std::initializer_list<std::string> values);
 
 [[nodiscard]] bool isUTF8(std::string_view bytes);
 

@@ -237,7 +237,7 @@ void AddMountWindowController::refuseDuplicate() {
         m_isEditedMountRemoved.set(true);
     const auto& strings = m_context->strings;
     alert(strings.text("Oups!"),
-        Text::filled(strings.text("%@ already exists for %@ under the %@ service.\n Can't add."),
+        Text::filledOnOneLine(strings.text("%@ already exists for %@ under the %@ service.\n Can't add."),
             { textOf(_SharePoint.get()), textOf(_Name.get()), textOf(_DisplayType.get()) }));
 }
 

@@ -12,9 +12,12 @@ namespace quorrel {
 
 namespace {
 
-/// Both tools read a leading hyphen as an option, and without a name one of them reads commands from its terminal.
+/// Both tools read a leading hyphen as an option, and without a name one of them reads commands from its terminal. What
+/// is wrong with a name they write to standard error, which is the log, as the name stands: no control character of it
+/// may get there.
 bool isUsableAsArgument(const std::string& hostName) {
-    return !hostName.empty() && !hostName.starts_with('-') && hostName.find('\0') == std::string::npos;
+    return !hostName.empty() && !hostName.starts_with('-') && hostName.find_first_of("\n\t") == std::string::npos
+        && Text::escapedControls(hostName) == hostName;
 }
 
 } // namespace
@@ -33,9 +36,9 @@ bool CommandLineLookup::lookup(const std::string& hostName) {
     const auto text = output(hostName);
     const auto lines = Text::paragraphs(text);
     if (m_tool.alwaysLogsOutput)
-        m_log.lineAlways("\n%@", { text });
+        m_log.outputAlways("\n%@", text);
     else
-        m_log.line("\n%@", { text });
+        m_log.output("\n%@", text);
 
     const auto failed = [&](const std::string& line) {
         return Text::lowerCase(line).find(m_tool.failureMarker) != std::string::npos;

@@ -262,7 +262,7 @@ void QuorrelAppDelegate::openMountedFolder() {
     const auto sharePoint = selectedSharePoint();
     const auto path = sharePoint ? textOf(sharePoint->volumePath.get()) : std::string();
     if (sharePoint && sharePoint->mounted.get() && !path.empty())
-        open(path, Text::filled(m_environment.strings.text("The folder %@ could not be opened."), { path }));
+        open(path, Text::filledOnOneLine(m_environment.strings.text("The folder %@ could not be opened."), { path }));
 }
 
 void QuorrelAppDelegate::open(const std::string& url, const std::string& complaint) {

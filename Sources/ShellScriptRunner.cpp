@@ -20,7 +20,7 @@ bool ShellScriptRunner::execute(const std::string& script, const std::string& ar
         m_log.line("The script %@ could not be started: %@", { script, result.failure });
         return false;
     }
-    m_log.line("%@", { Text::fromASCII(result.output) });
+    m_log.output("%@", Text::fromASCII(result.output));
     if (!result.failure.empty())
         m_log.line("The script %@: %@", { script, result.failure });
     return true;

@@ -2,6 +2,8 @@
 #include "Console/ShareTable.h"
 
 #include "Console/DisplayText.h"
+#include "Foundation/Text.h"
+#include "Tests/Fakes/HostileNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -39,6 +41,22 @@ TEST(ShareTable, cutsLongNamesToTheTerminal) {
         EXPECT_LE(DisplayText::width(line), 60U + 7U) << line; // with the heading of the errors
     EXPECT_THAT(text, HasSubstr("xxx…"));
     EXPECT_THAT(text, HasSubstr("~/Volumes/docs"));
+}
+
+TEST(ShareTable, keepsAnyNameInItsCell) {
+    for (auto [evil, name] : hostileNames()) {
+        name.resize(std::min<std::size_t>(name.size(), 10'000)); // the width of each character is looked up
+        auto hostile = row(name, name);
+        hostile.status = hostile.path = hostile.error = hostile.service = name;
+        const auto text = ShareTable("/home/ann").text({ hostile }, 80) + ShareTable("").text({ hostile }, {});
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 4) << evil;
+        EXPECT_TRUE(std::all_of(text.begin(), text.end(), [](char letter) {
+            return letter < 0 || (letter >= ' ' && letter < '\x7f') || letter == '\n';
+        })) << evil;
+        EXPECT_EQ(text.find("\u009b"), std::string::npos) << evil;
+        EXPECT_EQ(text.find("\u202e"), std::string::npos) << evil;
+        EXPECT_TRUE(Text::isUTF8(text)) << evil;
+    }
 }
 
 TEST(ShareTable, cutsNoNamesForALongError) {

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Foundation/Log.h"
+#include "Foundation/Text.h"
 #include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/HostileNames.h"
 #include "Tests/Fakes/RecordingLogSink.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <string>
@@ -67,9 +70,39 @@ TEST_F(LogTest, someLinesAreWrittenWhateverThePreferenceSays) {
     EXPECT_EQ(sink.lines(), (Lines { "2026-11-21 10:11:12.345 Quorrel[123:456] \noutput\n" }));
 }
 
-TEST_F(LogTest, controlCharactersOfValuesAreEscapedSaveLineFeedAndTab) {
-    log.line("%@|%@", { std::string("a\x1B[31m\r\0", 8), "b\tc\nd\x7F\xC2\x9B" });
-    EXPECT_EQ(sink.texts(), (Lines { "a\\x1b[31m\\x0d\\x00|b\tc\nd\\x7f\\xc2\\x9b" }));
+TEST_F(LogTest, controlCharactersOfValuesAreEscaped) {
+    log.line("\n%@|%@", { std::string("a\x1B[31m\r\0", 8), "b\tc\nd\x7F\xC2\x9B" });
+    EXPECT_EQ(sink.texts(), (Lines { "\na\\x1b[31m\\x0d\\x00|b\\tc\\nd\\x7f\\xc2\\x9b" }));
+}
+
+TEST_F(LogTest, aProgramsOutputKeepsItsLinesAndColumns) {
+    log.output("%@", "a\tb\n\nc\x1B\n");
+    preferences.set("logToConsole", false);
+    log.output("%@", "unseen");
+    log.outputAlways("\n%@", "%@\n2026-11-21: d");
+    EXPECT_EQ(sink.texts(), (Lines { "a\tb\n\nc\\x1b\n", "\n%@\n2026-11-21: d" }));
+}
+
+TEST_F(LogTest, noLineOfAProgramsOutputReadsLikeOneOfTheLog) {
+    const std::string forged = "2026-11-21 10:11:12.345 Quorrel[123:456] Network Reachable.";
+    log.output("\n%@", forged + "\n" + forged);
+    EXPECT_EQ(sink.texts(), (Lines { "\\n" + forged + "\\n" + forged }));
+}
+
+TEST_F(LogTest, aValueIsOneLineWhateverItsName) {
+    for (const auto& [evil, name] : hostileNames()) {
+        sink.clear();
+        log.line("%@ Appeared", { name });
+        ASSERT_EQ(sink.texts().size(), 1U) << evil;
+        const auto text = sink.texts().front();
+        EXPECT_TRUE(std::none_of(text.begin(), text.end(), [](char letter) {
+            return (letter >= 0 && letter < ' ') || letter == '\x7F';
+        })) << evil;
+        EXPECT_TRUE(Text::isUTF8(text)) << evil;
+        EXPECT_TRUE(text.ends_with(" Appeared")) << evil;
+        for (const auto* hidden : { "\u0085", "\u009b", "\u2028", "\u202e", "\u2066", "\u200b", "\u061c", "\ufeff" })
+            EXPECT_EQ(text.find(hidden), std::string::npos) << evil;
+    }
 }
 
 TEST_F(LogTest, bytesThatAreNotUTF8AreEscapedAndUTF8IsNot) {

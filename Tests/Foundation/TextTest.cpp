@@ -30,11 +30,21 @@ TEST(TextTest, percentSignsElsewhereStay) {
     EXPECT_EQ(filled("%%@", { "x" }), "%@");
 }
 
-TEST(TextTest, valuesGoInAsTheyAreOrEscaped) {
+TEST(TextTest, valuesGoInAsTheyAreOrOnOneLine) {
     EXPECT_EQ(filled("%@", { "a\x01%@" }), "a\x01%@");
-    EXPECT_EQ(filledEscaped("\x01%@", { "a\x01" }),
+    EXPECT_EQ(filledOnOneLine("\x01%@", { "a\x01" }),
         "\x01"
         "a\\x01");
+}
+
+TEST(TextTest, aNameOnOneLineHidesAndTurnsNothing) {
+    EXPECT_EQ(onOneLine("a\nb\tc\x1B"), "a\\nb\\tc\\x1b");
+    EXPECT_EQ(onOneLine("\u061C\u200B\u200F\u2028\u202E\u2066\u206F\uFEFF"),
+        "\\u061C\\u200B\\u200F\\u2028\\u202E\\u2066\\u206F\\uFEFF");
+    EXPECT_EQ(onOneLine("a\xFF\xC3"), "a\\xff\\xc3");
+    for (const auto* harmless : { "é € 😀 \\n", "\u200A\u2010\u2027\u202F\u205F\u2070" })
+        EXPECT_EQ(onOneLine(harmless), harmless);
+    EXPECT_EQ(onOneLine(""), "");
 }
 
 TEST(TextTest, everyControlCharacterIsEscapedSaveLineFeedAndTab) {

@@ -7,6 +7,7 @@
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fuzz/FuzzInput.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,10 +30,22 @@ private:
         for (const char letter : line)
             require(static_cast<unsigned char>(letter) >= 0x20 ? letter != '\x7F' : letter == '\n' || letter == '\t',
                 "the log has no control characters");
+        for (auto end = line.find('\n'); end != std::string_view::npos; end = line.find('\n', end + 1))
+            require(!hasStamp(line.substr(end + 1)), "nothing that is logged writes lines of the log");
         require(m_secret.empty() || !contains(line, m_secret), "the log has no password");
     }
     [[nodiscard]] long processIdentifier() const override { return 1; }
     [[nodiscard]] long threadIdentifier() const override { return 1; }
+
+    static bool hasStamp(std::string_view text) {
+        constexpr std::string_view form = "0000-00-00 00:00:00.000 ";
+        if (text.size() < form.size())
+            return false;
+        for (std::size_t index = 0; index < form.size(); ++index)
+            if (form[index] == '0' ? text[index] < '0' || text[index] > '9' : text[index] != form[index])
+                return false;
+        return true;
+    }
 
     Preferences m_preferences;
     FakeClock m_clock;

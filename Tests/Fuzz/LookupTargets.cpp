@@ -7,9 +7,23 @@
 #include "Tests/Fuzz/FuzzLog.h"
 #include "Tests/Fuzz/Targets.h"
 
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 namespace quorrel::fuzz {
 
 namespace {
+
+bool hasControl(const std::string& text) {
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const auto byte = static_cast<unsigned char>(text[index]);
+        const bool isOfTwo = byte == 0xC2 && static_cast<unsigned char>(text[index + 1]) < 0xA0;
+        if (byte < 0x20 || byte == 0x7F || isOfTwo)
+            return true;
+    }
+    return false;
+}
 
 /// The first part is the name that is looked up, the rest what the tool prints.
 template <typename Lookup>
@@ -23,7 +37,7 @@ void look(std::string_view input, std::string_view failureMarker) {
 
     const bool found = lookup.lookup(name);
     require(found == lookup.IP4().has_value(), "a look-up has an address if it succeeded");
-    const bool isUsable = !name.empty() && name.front() != '-' && !contains(name, std::string_view("\0", 1));
+    const bool isUsable = !name.empty() && name.front() != '-' && Text::isUTF8(name) && !hasControl(name);
     require(isUsable ? !tool.arguments().empty() && tool.arguments().back() == name : tool.arguments().empty(),
         "the tool is started with what it takes for a name, and with nothing else");
     if (found) {

@@ -272,7 +272,7 @@ TEST_F(BonjourMonitorTest, hostileRecordsAndNamesDoNoHarm) {
     const auto update = [&](const Bytes& data) { monitor->netServiceDidUpdateTXTRecordData(*service, data); };
     update(FakeDNSServiceDiscovery::txtRecord({ "model=../../etc/\x1b%@" }));
     EXPECT_EQ(host->computerModel.get(), "../../etc/\x1b%@");
-    EXPECT_THAT(sink.texts(), ElementsAre("evil\\x1b[2J\n%@\\xff: ../../etc/\\x1b%@"));
+    EXPECT_THAT(sink.texts(), ElementsAre("evil\\x1b[2J\\n%@\\xff: ../../etc/\\x1b%@"));
     update({ 255, 'm', 'o', 'd', 'e', 'l', '=' });
     EXPECT_EQ(host->computerModel.get(), std::nullopt);
     update(Bytes(std::size_t { 10 } << 20U, 0xFF));

@@ -246,7 +246,7 @@ TEST_F(BonjourScannerTest, hostileNamesArePostedAsTheyAreAndLoggedEscaped) {
     scanner->searchForService("_\x1b\xFF", "\r");
     discovery.advance();
     EXPECT_THAT(sink.texts(),
-        ElementsAre("Domain evil\\x1b]0;\n%@ found", "Starting Bonjour Service Scanner: _\\x1b\\xff",
+        ElementsAre("Domain evil\\x1b]0;\\n%@ found", "Starting Bonjour Service Scanner: _\\x1b\\xff",
             "Bonjour Browser Failed"));
 }
 

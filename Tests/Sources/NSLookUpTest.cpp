@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Sources/NSLookUp.h"
 
+#include "Tests/Fakes/HostileNames.h"
 #include "Tests/Sources/LookupFixture.h"
 #include "Tests/Sources/ToolOutputs.h"
 
+#include <algorithm>
 #include <regex>
 
 namespace quorrel {
@@ -167,6 +169,23 @@ TEST_F(NSLookUpTest, aNameThatLooksLikeAnOptionStartsNothing) {
     EXPECT_THAT(childProcess.calls(), IsEmpty());
     EXPECT_EQ(tool.IP4(), std::nullopt);
     EXPECT_THAT(sink.texts(), ElementsAre("Resolving -files.lan.test with nsLookup", "nslookup Failed."));
+}
+
+TEST_F(NSLookUpTest, anyNameIsOneArgumentOrNoneAndFails) {
+    for (const auto& [evil, name] : hostileNames()) {
+        FakeChildProcess tools;
+        tools.setOutput(nslookup, "");
+        NSLookUp each(tools, log);
+        EXPECT_FALSE(each.lookup(name)) << evil;
+        for (const auto& call : tools.calls()) {
+            EXPECT_EQ(call.path, nslookup);
+            ASSERT_EQ(call.arguments.size(), 1U) << evil;
+            EXPECT_TRUE(call.arguments.front() == name) << evil;
+            EXPECT_FALSE(name.empty() || name.starts_with('-')) << evil;
+            EXPECT_TRUE(std::none_of(name.begin(), name.end(), [](char letter) { return letter >= 0 && letter < ' '; }))
+                << evil;
+        }
+    }
 }
 
 TEST_F(NSLookUpTest, anEmptyNameStartsNothing) {

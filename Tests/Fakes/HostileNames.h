@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quorrel {
+
+/// A name that somebody on the network, in a file or on a share may choose, and what is evil about it.
+struct HostileName final {
+    const char* evil;
+    std::string name;
+};
+
+/// For whatever shows, writes, opens or hands on names.
+[[nodiscard]] inline std::vector<HostileName> hostileNames() {
+    using namespace std::string_literals;
+    return {
+        { "nothing at all", "" },
+        { "a line of its own", "nas\n2026-11-21 10:11:12.345 Quorrel[1:1] Network Reachable." },
+        { "other ends of lines", "a\rb\vc\fd\u0085e\u2028f\u2029g" },
+        { "columns", "nas\tfilms\tOnline" },
+        { "commands for a terminal", "a\x1b[2J\x1b]0;title\x07\x1b[31mb\x9b"s + "31m" },
+        { "controls in UTF-8", "a\u009b31m\u0090b" },
+        { "a NUL", "nas\0hidden"s },
+        { "a backspace", "nas\x08\x08\x08" },
+        { "bytes that are no UTF-8", "a\xff\xc3(\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82" },
+        { "writing from right to left", "gnp.\u202eexe" },
+        { "isolates and marks", "a\u2066b\u2067c\u2068d\u200fe\u061cf" },
+        { "characters without width", "na\u200bs\ufeff\u2060" },
+        { "the folder itself", "." },
+        { "the folder above", ".." },
+        { "a way out", "../../../../tmp/out" },
+        { "an absolute path", "/etc/passwd" },
+        { "a way out that is escaped", "%2e%2e%2fout" },
+        { "an option", "-rf" },
+        { "a long option", "--help" },
+        { "places of values", "%n%n%s%@%d%%" },
+        { "quotes", "\"'`$(touch out);|&<>*?[]{}\\" },
+        { "marks of a menu's keys", "a&b_c&&__d&" },
+        { "blanks like an indentation", "\u2003\u2003 share" },
+        { "rich text", "<b>nas</b><img src='file:///etc/passwd'><a href='http://h/'>x</a><!--" },
+        { "entities", "&lt;b&gt;&#10;&amp;" },
+        { "a URL's parts", "user:secret@host:1/share?x#y" },
+        { "ten million characters", std::string(10'000'000, 'x') },
+        { "a million wide ones",
+            [] {
+                std::string name;
+                for (int count = 0; count < 1'000'000; ++count)
+                    name += "😀";
+                return name;
+            }() },
+    };
+}
+
+} // namespace quorrel
