@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/AlertBox.h"
 
+#include "Desktop/ShownText.h"
+
 #include <QLabel>
 #include <QPushButton>
 
@@ -23,9 +25,9 @@ AlertBox::AlertBox(QWidget* parent, Icon icon, const std::string& title, const s
     setIcon(icon);
     setTextFormat(Qt::PlainText); // names may look like markup
     // Some desktops show a window that is modal for another without its title bar.
-    setWindowTitle(QString::fromStdString(title));
+    setWindowTitle(ShownText::line(title));
     setText(windowTitle());
-    setInformativeText(QString::fromStdString(message));
+    setInformativeText(ShownText::message(message));
     if (auto* heading = findChild<QLabel*>("qt_msgbox_label")) {
         auto font = heading->font();
         font.setBold(true);

@@ -15,6 +15,12 @@ constexpr QChar emSpace(0x2003); // the one kind of leading blank that every des
 constexpr QLatin1Char mnemonicMark('&');
 constexpr QLatin1Char desktopsMark('_');
 
+/// A name's own blanks would indent it as if it stood below the row above.
+QString withoutIndentation(const QString& text) {
+    const auto first = std::find_if_not(text.begin(), text.end(), [](QChar character) { return character.isSpace(); });
+    return text.mid(first - text.begin());
+}
+
 /// The desktop's own mark is doubled. Qt makes the first "&" of a text the desktop's mark, unless it is the last
 /// character, and leaves the others as they are: so an additional one comes first. It is the second half of a doubled
 /// mark where there is one to the left, and otherwise marks the ampersand itself. A marked character is to be avoided,
@@ -33,7 +39,7 @@ QString escapedForDesktop(QString text) {
 } // namespace
 
 QString textOf(const MenuItem& item, Drawer drawer) {
-    const auto title = ShownText::line(item.title);
+    const auto title = withoutIndentation(ShownText::line(item.title));
     const QString indentation(std::max(item.indentationLevel, 0), emSpace);
     if (drawer == Drawer::Desktop)
         return indentation + escapedForDesktop(title);

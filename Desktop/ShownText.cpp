@@ -3,11 +3,14 @@
 
 #include <QChar>
 
+#include <algorithm>
+
 namespace quorrel::ShownText {
 
 namespace {
 
 constexpr qsizetype longestLine = 1000;
+constexpr qsizetype longestMessage = 5000; // what fits on a screen
 
 bool isHarmless(QChar character) {
     switch (character.category()) {
@@ -15,21 +18,39 @@ bool isHarmless(QChar character) {
     case QChar::Separator_Line:
     case QChar::Separator_Paragraph:
         return false;
-    case QChar::Other_Format: // an override would reorder what stands beside the text
-        return character.unicode() < 0x202a || character.unicode() > 0x202e;
+    case QChar::Other_Format: // an override or an isolate would reorder what stands beside the text
+        return (character.unicode() < 0x202a || character.unicode() > 0x202e)
+            && (character.unicode() < 0x2066 || character.unicode() > 0x2069);
     default:
         return true;
     }
 }
 
+/// At most so many characters of it, and no half of one.
+QString beginning(const std::string& text, qsizetype longest) {
+    constexpr qsizetype bytesOfCharacter = 4;
+    const auto bytes = std::min(static_cast<qsizetype>(text.size()), (longest + 2) * bytesOfCharacter);
+    auto shown = QString::fromUtf8(text.data(), bytes);
+    if (shown.size() <= longest)
+        return shown;
+    shown.truncate(shown.at(longest - 1).isHighSurrogate() ? longest - 1 : longest);
+    return shown + QChar(0x2026);
+}
+
 } // namespace
 
 QString line(const std::string& text) {
-    auto shown = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-    if (shown.size() > longestLine)
-        shown = shown.left(longestLine) + QChar(0x2026);
+    auto shown = beginning(text, longestLine);
     for (auto& character : shown)
         if (!isHarmless(character))
+            character = QLatin1Char(' ');
+    return shown;
+}
+
+QString message(const std::string& text) {
+    auto shown = beginning(text, longestMessage);
+    for (auto& character : shown)
+        if (character != QLatin1Char('\n') && !isHarmless(character))
             character = QLatin1Char(' ');
     return shown;
 }

@@ -11,6 +11,9 @@ namespace quorrel::ShownText {
 /// or reorder the text around it becomes a blank, and what nobody could read to its end is cut.
 [[nodiscard]] QString line(const std::string& text);
 
+/// As `line`, for a text that has lines of its own.
+[[nodiscard]] QString message(const std::string& text);
+
 /// The text for a tool tip, which wraps, and in which nothing counts as markup.
 [[nodiscard]] QString toolTip(const QString& text);
 

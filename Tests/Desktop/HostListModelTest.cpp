@@ -2,6 +2,7 @@
 #include "Desktop/HostListModel.h"
 
 #include "Tests/Desktop/CatalogueWindowFixture.h"
+#include "Tests/Fakes/HostileNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <QIcon>
 #include <QPersistentModelIndex>
 #include <QSignalSpy>
+#include <QTextDocument>
 
 #include <algorithm>
 #include <random>
@@ -69,6 +71,30 @@ TEST_F(HostListModelTest, aNameIsOneLineOfPlainText) {
     model.setController(&hosts);
     EXPECT_EQ(text(0, Qt::DisplayRole), "a b  <b>c</b>");
     EXPECT_EQ(text(0, Qt::ToolTipRole), "<qt>a b  &lt;b&gt;c&lt;/b&gt;</qt>");
+}
+
+TEST_F(HostListModelTest, anyNameIsShownInOneRowAsItStands) {
+    model.setController(&hosts);
+    for (const auto& [evil, name] : hostileNames()) {
+        const auto host = addHost(name);
+        int row = 0;
+        while (row < model.rowCount() && model.record(model.index(row)) != host)
+            ++row;
+        ASSERT_LT(row, model.rowCount()) << evil;
+        for (const int role : { static_cast<int>(Qt::DisplayRole), static_cast<int>(Qt::AccessibleTextRole) }) {
+            const auto shown = QString::fromStdString(text(row, role));
+            EXPECT_LT(shown.size(), 1100) << evil;
+            EXPECT_TRUE(std::all_of(shown.begin(), shown.end(), [](QChar each) {
+                return each.category() != QChar::Other_Control && each.unicode() != 0x202e && each.unicode() != 0x2066;
+            })) << evil;
+        }
+        // Rich text all the same, so that it wraps.
+        QTextDocument tip;
+        tip.setHtml(QString::fromStdString(text(row, Qt::ToolTipRole)));
+        EXPECT_EQ(tip.toPlainText().simplified().toStdString(),
+            QString::fromStdString(text(row, Qt::DisplayRole)).simplified().toStdString())
+            << evil;
+    }
 }
 
 TEST_F(HostListModelTest, changesOfAWorkerArriveOnceATurnAndResetNothing) {

@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/MenuLabel.h"
 
+#include "Tests/Fakes/HostileNames.h"
+
 #include <gtest/gtest.h>
+
+#include <QChar>
+#include <QString>
 
 #include <string>
 
@@ -34,6 +39,27 @@ TEST(MenuLabel, KeepsEveryTitleOnOneLineWithoutColumns) {
                        "e\u2028f\u0085g",
                       drawer),
             "a b c d e f g");
+}
+
+TEST(MenuLabel, NoNameBreaksItsRowOrReachesAnother) {
+    for (const auto drawer : { MenuLabel::Drawer::Qt, MenuLabel::Drawer::Desktop })
+        for (const auto& [evil, name] : hostileNames()) {
+            const auto label = QString::fromStdString(text(name, drawer));
+            EXPECT_LE(label.size(), 1001) << evil;
+            EXPECT_FALSE(!label.isEmpty() && label.at(0).isSpace()) << evil;
+            for (const QChar character : label) {
+                EXPECT_TRUE(character.category() != QChar::Other_Control) << evil;
+                EXPECT_TRUE(character.unicode() < 0x2028 || character.unicode() > 0x202e) << evil;
+                EXPECT_TRUE(character.unicode() < 0x2066 || character.unicode() > 0x2069) << evil;
+            }
+            EXPECT_TRUE(label.isValidUtf16()) << evil;
+        }
+}
+
+TEST(MenuLabel, ANameCannotIndentItself) {
+    EXPECT_EQ(text("\u2003\u2003\u00a0 \tshare "), "share ");
+    EXPECT_EQ(text("\u2003share", MenuLabel::Drawer::Desktop, 1), "\u2003share");
+    EXPECT_EQ(text("\u2003"), "");
 }
 
 TEST(MenuLabel, IndentsByBlanksThatDesktopsKeep) {

@@ -3,6 +3,7 @@
 
 #include "Desktop/AlertBox.h"
 #include "Tests/Desktop/DesktopFixture.h"
+#include "Tests/Fakes/HostileNames.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -78,6 +79,19 @@ TEST_F(SaveAlertTest, aNameCannotForgeLines) {
     ASSERT_EQ(shown().size(), 1U);
     EXPECT_FALSE(shown().front()->informativeText().contains(QChar(0x1b)));
     EXPECT_EQ(shown().front()->textFormat(), Qt::PlainText);
+}
+
+TEST_F(SaveAlertTest, anyNameIsPlainTextOnALineOfItsOwn) {
+    for (const auto& [evil, name] : hostileNames()) {
+        alert.show(name, "b");
+        ASSERT_EQ(shown().size(), 1U) << evil;
+        const auto text = shown().front()->informativeText();
+        EXPECT_LE(text.size(), 5001) << evil;
+        EXPECT_EQ(text.count('\n'), name.size() < 1000 ? 2 : 0) << evil;
+        for (const auto* label : { "qt_msgbox_label", "qt_msgbox_informativelabel" })
+            EXPECT_EQ(shown().front()->findChild<QLabel*>(label)->textFormat(), Qt::PlainText) << evil;
+        EXPECT_FALSE(text.contains(QChar(0x202e)) || text.contains(QChar(0x1b)) || text.contains(QChar(0))) << evil;
+    }
 }
 
 TEST_F(SaveAlertTest, goesWithTheProgram) {
