@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/PosixChildProcess.h"
 #include "Platform/Linux/FileDescriptor.h"
+#include "Tests/Fakes/HostileNames.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 #include "Tests/Platform/ProcessEnd.h"
 
@@ -45,6 +46,17 @@ protected:
     PosixChildProcess process { tools };
     TemporaryFolder folder;
 };
+
+TEST_F(PosixChildProcessTest, anyNameArrivesAsOneArgumentOrNotAtAll) {
+    for (const auto& [evil, name] : hostileNames()) {
+        const auto result = shell("printf '%s,' \"$#\" \"$1\"", { name });
+        EXPECT_EQ(result.started, name.size() < 100'000 && name.find('\0') == std::string::npos) << evil;
+        if (result.started)
+            EXPECT_EQ(result.output, "1," + name + ',') << evil;
+        else
+            EXPECT_NE(result.failure, "") << evil;
+    }
+}
 
 TEST_F(PosixChildProcessTest, aFileThatMayNotBeRunSaysSo) {
     const auto result = process.run(folder.put("program", "#!/bin/sh\n", 0600), {});

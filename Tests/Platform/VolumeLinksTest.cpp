@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/VolumeLinks.h"
 
+#include "Tests/Fakes/HostileNames.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -38,6 +41,32 @@ TEST_F(VolumeLinksTest, SecondVolumeOfANameGetsANumber) {
     EXPECT_EQ(add("pub", "/run/me/gvfs/three"), "pub-2");
     EXPECT_EQ(add("pub", "/run/me/gvfs/two"), "pub-1");
     EXPECT_EQ(targetOf("pub-1"), "/run/me/gvfs/two");
+}
+
+TEST_F(VolumeLinksTest, NoNameLeavesTheFolderOrTakesThePlaceOfAnother) {
+    std::ofstream(home + "/passwd") << "mine";
+    std::set<std::string> names;
+    for (const auto& [evil, name] : hostileNames()) {
+        const auto target = "/run/me/gvfs/" + std::to_string(names.size());
+        const auto given = add(name, target);
+        EXPECT_TRUE(names.insert(given).second) << evil;
+        EXPECT_EQ(targetOf(given), target) << evil << ": " << reason;
+        EXPECT_TRUE(std::none_of(given.begin(), given.end(), [](char letter) {
+            return letter == '/' || (letter >= 0 && letter < ' ') || letter == '\x7f';
+        })) << evil;
+    }
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(home + "/Volumes"))
+        found.insert(entry.path().filename().string());
+    EXPECT_EQ(found, names);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home), {}), 2);
+}
+
+TEST_F(VolumeLinksTest, ATargetIsBelowTheSessionsMountsWhateverItsName) {
+    for (const auto* target :
+        { "/run/me/gvfs", "/run/me/gvfs/../../x", "/run/me/gvfs/..", "/etc", "../run/me/gvfs/x", "" })
+        EXPECT_EQ(add("x", target), "") << target;
+    EXPECT_FALSE(std::filesystem::exists(home + "/Volumes"));
 }
 
 TEST_F(VolumeLinksTest, FolderComesWithTheFirstLinkAndGoesWithTheLast) {

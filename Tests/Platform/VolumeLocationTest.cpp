@@ -4,8 +4,11 @@
 #include "Platform/Linux/GvfsMount.h"
 #include "Platform/Linux/MountFailure.h"
 #include "Platform/Linux/ServerURL.h"
+#include "Tests/Fakes/HostileNames.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace quorrel {
 
@@ -116,6 +119,29 @@ TEST(GvfsLocationTest, NoControlCharacterGetsIntoAURI) {
     EXPECT_EQ(locationOf("smb://fe80::1%25eth0/x").uri, "smb://[fe80::1%eth0]/x");
     EXPECT_EQ(locationOf("smb://a:b:%0A%00c%20/x").uri, "smb://[a:b:%0A%00c%20]/x");
     EXPECT_EQ(locationOf("smb://a%0Ab/x%0A").uri, "smb://a%0Ab/x%0A");
+}
+
+TEST(GvfsLocationTest, ANameStaysInItsPartOfTheURI) {
+    for (const auto& [evil, name] : hostileNames()) {
+        const auto escaped = percentEncoded(name);
+        for (const auto& url : { "smb://nas/" + escaped, "ftp://nas/" + escaped, "http://" + escaped + "@nas/x" }) {
+            const auto result = GvfsLocation::fromRequest({ url, {}, {}, "n" });
+            const auto& shown = result.location ? result.location->printable : result.reason;
+            EXPECT_TRUE(!url.starts_with("http") || shown.find("secret") == std::string::npos) << evil;
+            if (!result.location)
+                continue;
+            const auto& uri = result.location->uri;
+            EXPECT_EQ(result.location->host, "nas") << evil;
+            EXPECT_TRUE(std::all_of(uri.begin(), uri.end(), [](char letter) {
+                return letter > ' ' && letter < '\x7f';
+            })) << evil;
+            const auto slashes = std::count(uri.begin(), uri.end(), '/');
+            const auto wanted = url.starts_with("http") ? 3 : 3 + std::count(name.begin(), name.end(), '/');
+            EXPECT_LE(slashes, wanted) << evil;
+            for (const auto& part : result.location->path)
+                EXPECT_TRUE(part != "." && part != "..") << evil;
+        }
+    }
 }
 
 TEST(GvfsLocationTest, WhatCannotBeMountedSaysWhy) {
