@@ -109,6 +109,7 @@ class Names:
     def the_window_shows_them_as_they_stand(self):
         self.tray.choose("Show Shares")
         window = self.run.application().find("Quorrel", "frame")
+        screen.window_place("Quorrel")  # only then do its rows stay where they are
         rows = window.find("Servers", "list")
         found = screen.wait_for(lambda: sorted(node.name.rsplit(", ", 2)[0] for node in rows.walk()
                                                if node.role == "list item") or None, "no rows")
