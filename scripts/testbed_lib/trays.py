@@ -30,7 +30,7 @@ class _Tray:
                      if _SMALLEST <= width <= _LARGEST and _SMALLEST <= height <= _LARGEST), None)
 
     def icon(self):
-        return screen.wait_for(self.place, "the tray shows no icon")
+        return screen.wait_for(self.place, lambda: f"the tray shows no icon: {self._what_is_there()}")
 
 
 class Panel(_Tray):
@@ -44,6 +44,9 @@ class Panel(_Tray):
         # The part of the panel that holds icons is a program of its own, with no width while there are none. Its menus
         # are windows of the same class.
         return self._place_of("wrapper-2.0") if self._items() else None
+
+    def _what_is_there(self):
+        return f"registered are {self._items()}, drawn {self.places()}"
 
     def _items(self):
         return self._property(*_WATCHER, "RegisteredStatusNotifierItems")
@@ -134,6 +137,9 @@ class Trayer(_Tray):
 
     def place(self):
         return self._place_of(self._program)
+
+    def _what_is_there(self):
+        return f"drawn are {screen.shapes_of(self._program)}"
 
     def _open(self):
         before = len(screen.shapes_of(self._program))
