@@ -392,8 +392,8 @@ class KeeperTest(unittest.TestCase):
                                text=True, check=False, timeout=20)
         return found.stdout.split()
 
-    def models(self):
-        with open(CATALOGUE, "rb") as file:
+    def models(self, folder=DATA):
+        with open(os.path.join(folder, os.path.basename(CATALOGUE)), "rb") as file:
             return {each["displayName"]: each.get("computerModel") for each in plistlib.load(file)}
 
     def test_it_saves_the_models_that_it_learns_but_not_over_an_edited_catalogue(self):
@@ -413,6 +413,44 @@ class KeeperTest(unittest.TestCase):
                     await_(lambda: self.models() == {"Den": "MacPro", "Edited": None}, self.models)
                     self.assert_ends(keeper)
         self.assertIn("changed by another program", logged())
+
+    @staticmethod
+    @contextlib.contextmanager
+    def no_folder_to_save_in():
+        """A file stands in its place; a folder that is only gone would be made again."""
+        os.rename(DATA, DATA + "-away")
+        try:
+            with open(DATA, "w", encoding="utf-8"):
+                yield
+        finally:
+            os.unlink(DATA)
+            os.rename(DATA + "-away", DATA)
+
+    def test_a_save_that_fails_is_told_once_and_the_next_change_is_saved(self):
+        def failures():
+            return logged().count("Save Failed hosts.")
+
+        catalogue({"Den": []})
+        failure = (f"quorrelctl: the catalogue {CATALOGUE} cannot be saved: Not a directory; it is tried again with the "
+                   "next change\n")
+        with Keeper() as keeper:
+            keeper.ready()
+            with Announcement("Den", "RackMac"):
+                await_(lambda: self.models() == {"Den": "RackMac"}, self.models)
+                self.assertEqual(keeper.errors(), "")
+                with self.no_folder_to_save_in():
+                    for model in ("MacPro", "Xserve"):
+                        before = failures()
+                        with Announcement("Den", model):
+                            await_(lambda before=before: failures() > before, lambda: logged()[-2000:])
+                    await_(lambda: keeper.errors() == failure, keeper.errors)
+                    self.assertEqual(self.models(DATA + "-away"), {"Den": "RackMac"})
+                with Announcement("Den", "iMac"):
+                    await_(lambda: self.models() == {"Den": "iMac"}, self.models)
+                    saved = failure + f"quorrelctl: the catalogue {CATALOGUE} is saved again\n"
+                    await_(lambda: keeper.errors() == saved, keeper.errors)
+                    self.assert_ends(keeper)
+        self.assertEqual(os.listdir(DATA), ["Quorrel2.plist"])
 
     def test_it_sleeps_while_nothing_happens(self):
         catalogue({CELLAR: [share(SMB, "pub", guestLogin=True)]})
