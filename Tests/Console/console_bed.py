@@ -9,8 +9,15 @@ import shutil
 import signal
 import subprocess
 import termios
+import sys
 import time
 
+HERE = os.path.dirname(os.path.realpath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "..", "scripts"))
+
+from testbed_lib import sanitizers  # noqa: E402
+
+PROMPTNESS = 1.0 * sanitizers.SLOWNESS  # seconds: within so many an interrupted program ends
 PROGRAM = ""  # the test sets it
 SMB, DAV, FTP = "Server Message Block (smb)", "WebDAV (http)", "File Transfer Protocol (ftp)"
 DATA = os.path.join(os.environ["XDG_DATA_HOME"], "Quorrel")

@@ -162,7 +162,7 @@ class KeeperTest(unittest.TestCase):
     def assert_ends(self, keeper, number=signal.SIGTERM):
         status, seconds = keeper.end(number)
         self.assertEqual(status, 0, keeper.errors())
-        self.assertLess(seconds, 1)
+        self.assertLess(seconds, console_bed.PROMPTNESS)
 
     def test_it_mounts_when_the_server_appears_and_leaves_mounted_what_is(self):
         catalogue({"Den": [share(SMB, "pub", guestLogin=True), share(SMB, "priv", userName=USER, password=PASSWORD)]})

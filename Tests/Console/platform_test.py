@@ -17,11 +17,8 @@ import console_bed
 import keeper_test
 from console_bed import LOG, PASSWORD, SMB, USER, VOLUMES, await_, catalogue, run, share, states
 from keeper_test import Announcement, Keeper, logged
-
-sys.path.append(os.path.join(os.path.dirname(os.path.realpath(__file__)), "..", "..", "scripts"))
-
-from testbed_lib import processes  # noqa: E402
-from testbed_lib.bed import accepts_unix, spawn  # noqa: E402
+from testbed_lib import processes
+from testbed_lib.bed import accepts_unix, spawn
 
 HOST, SHARES = "Den", ("pub", "priv")
 TRUTH = 5  # seconds: within so many a share's status follows what happened
@@ -148,7 +145,7 @@ class PlatformTest(unittest.TestCase):
     def end(self, keeper):
         status, seconds = keeper.end()
         self.assertEqual(status, 0, keeper.errors())
-        self.assertLess(seconds, 1)
+        self.assertLess(seconds, console_bed.PROMPTNESS)
 
     # ---- what is killed ------------------------------------------------
 
@@ -260,7 +257,7 @@ class ProgramsTest(unittest.TestCase):
                 self.assert_is_lean(keeper)
                 status, seconds = keeper.end()
                 self.assertEqual(status, 0, keeper.errors())
-                self.assertLess(seconds, 1)
+                self.assertLess(seconds, console_bed.PROMPTNESS)
                 for pid in left:
                     os.kill(pid, 0)  # what the user started goes on
         finally:

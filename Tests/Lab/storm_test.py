@@ -14,10 +14,10 @@ import time
 
 import keeping
 from keeping import expect
-from testbed_lib import announcing, catalogue, lab_control
+from testbed_lib import announcing, catalogue, lab_control, sanitizers
 from testbed_lib.lab_control import say
 
-LONGEST_STRETCH = 0.05  # seconds
+LONGEST_STRETCH = 0.05 * sanitizers.SLOWNESS  # seconds
 PATIENCE = 120
 
 

@@ -8,10 +8,10 @@ import time
 
 from gi.repository import Gio, GLib
 
-from testbed_lib import screen
+from testbed_lib import sanitizers, screen
 
 BUS_NAME = "org.quorrel.Quorrel"
-PROMPTNESS = 1.0  # seconds: within so many the program ends, whatever hangs
+PROMPTNESS = 1.0 * sanitizers.SLOWNESS  # seconds: within so many the program ends, whatever hangs
 
 
 def expect(condition, what):

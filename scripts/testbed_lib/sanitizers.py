@@ -3,6 +3,9 @@
 
 import os
 
+# How many times as long a program may take, and as much it may hold, that a sanitizer watches.
+SLOWNESS = float(os.environ.get("QUORREL_SLOWNESS", "1"))
+
 _VARIABLES = ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 _FOLDER = "sanitizers"
 
@@ -12,6 +15,11 @@ def listen(bed):
     place = os.path.join(bed.make_folder(_FOLDER), "report")
     return {name: ":".join(filter(None, (os.environ.get(name), f"log_path={place}", "log_exe_name=1")))
             for name in _VARIABLES}
+
+
+def lean():
+    """The caller's environment for a program whose memory is measured: little of what it frees is kept to watch it."""
+    return {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=8"}
 
 
 def reports_in(bed):
