@@ -8,6 +8,7 @@
 #include "Platform/Linux/GvfsMount.h"
 #include "Platform/Linux/HostAddresses.h"
 #include "Platform/Linux/MountAttempt.h"
+#include "Platform/Linux/MountListMirror.h"
 #include "Platform/Linux/MountTracker.h"
 #include "Platform/Linux/ProcessTable.h"
 #include "Platform/Linux/ReadablePath.h"
@@ -87,6 +88,7 @@ LinuxVolumeService::LinuxVolumeService(Log& log, const Preferences& preferences,
     , m_preferences(preferences)
     , m_settings(settings)
     , m_contexts(std::make_unique<MainContextPool>())
+    , m_mirror(std::make_unique<MountListMirror>())
     , m_links(settings.homeDirectory, settings.runtimeDirectory + "/gvfs")
     , m_formerMounts(settings.runtimeDirectory)
     , m_files(log, settings.runtimeDirectory + "/gvfs") { }
@@ -110,7 +112,7 @@ MountReply LinuxVolumeService::mountServerVolume(const MountRequest& request) {
 }
 
 MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& asked, const std::string& volumeName) {
-    MountTracker tracker(loop);
+    MountTracker tracker(loop, *m_mirror);
     if (std::string reason; !tracker.connect(reason)) {
         m_log.line("Cannot mount %@ without a session bus: %@", { asked.printable, reason });
         return { VolumeStatus::cannotBeMounted, 0 };
@@ -160,7 +162,7 @@ std::optional<GvfsLocation> LinuxVolumeService::findTwin(
     const auto entries = m_references.entries();
     if (links.empty() && entries.empty())
         return std::nullopt;
-    auto mounts = tracker.mounts();
+    auto mounts = tracker.announcedMounts();
     if (!mounts)
         return std::nullopt;
     // What others mounted stays theirs: it would be taken away from them with our volume.
@@ -235,7 +237,7 @@ std::optional<LinuxVolumeService::Place> LinuxVolumeService::find(
     std::optional<Place> place;
     for (int turn = 0; turn < fuseLimit / lookAgain && !loop.isOver(); ++turn) {
         place.reset();
-        const auto mounts = tracker.mounts();
+        const auto mounts = turn == 0 ? tracker.announcedMounts() : tracker.mounts();
         if (!mounts)
             return std::nullopt;
         // A deeper mount of the same server is the one that gvfs itself would use.
@@ -243,7 +245,11 @@ std::optional<LinuxVolumeService::Place> LinuxVolumeService::find(
             if (auto within = mount.pathWithin(location);
                 within && (!place || mount.prefix.size() > place->mount.prefix.size()))
                 place = Place { mount, std::move(*within) };
-        if (!place || !place->mount.fusePath.empty())
+        if (place && !place->mount.fusePath.empty())
+            return place;
+        if (turn == 0)
+            continue; // and ask
+        if (!place)
             return place;
         loop.pause(lookAgain);
     }
@@ -329,7 +335,7 @@ std::int32_t LinuxVolumeService::unmountVolume(std::int16_t volumeReference) {
         return noSuchVolume;
     }
     BoundedLoop loop(*m_contexts, m_settings.unmountDeadline, m_interrupted);
-    MountTracker tracker(loop);
+    MountTracker tracker(loop, *m_mirror);
     if (std::string reason; !tracker.connect(reason)) {
         m_log.line("Cannot unmount %@ without a session bus: %@", { entry->description.volumeName, reason });
         return VolumeStatus::cannotBeMounted;
@@ -426,7 +432,7 @@ void LinuxVolumeService::removeStaleLinks(MountTracker& tracker) {
     auto stale = m_links.links();
     // Looked at twice: between the two looks another call may have mounted the volume again.
     for (int look = 0; look < 2 && !stale.empty(); ++look) {
-        const auto mounts = tracker.mounts();
+        const auto mounts = look == 0 ? tracker.announcedMounts() : tracker.mounts();
         if (!mounts)
             return;
         std::erase_if(stale, [&](const VolumeLinks::Link& link) {
@@ -446,7 +452,7 @@ std::vector<MountedVolume> LinuxVolumeService::mountedVolumes() {
     if (m_interrupted.isSignalled())
         return result;
     BoundedLoop loop(*m_contexts, m_settings.listDeadline, m_interrupted);
-    MountTracker tracker(loop);
+    MountTracker tracker(loop, *m_mirror);
     if (std::string reason; !tracker.connect(reason)) {
         m_log.line("Cannot list the volumes without a session bus: %@", { reason });
         return result;

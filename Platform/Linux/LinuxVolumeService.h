@@ -22,6 +22,7 @@ namespace quorrel {
 
 class BoundedLoop;
 class MainContextPool;
+class MountListMirror;
 class MountTracker;
 struct GvfsLocation;
 struct GvfsMount;
@@ -30,8 +31,8 @@ struct MountFailure;
 /// Server volumes through GIO and gvfs, with a link for each in the user's folder of volumes.
 ///
 /// Any thread; every call works in a context that nobody else uses meanwhile, on its caller's thread. What is mounted
-/// is never remembered but asked of gvfs anew, since any program may mount and unmount; only the numbers of the volumes
-/// are kept. Several volumes may lie in one mount of gvfs: it goes together with the last of them. Reasons of failures
+/// is gvfs's to say, since any program may mount and unmount: a mount goes by what gvfs announces, all else asks. Only
+/// the numbers of the volumes are kept. Several volumes may lie in one mount of gvfs: it goes together with the last of them. Reasons of failures
 /// go to the log.
 class LinuxVolumeService final : public VolumeService {
 public:
@@ -87,6 +88,7 @@ private:
     const Settings m_settings;
     InterruptEvent m_interrupted;
     const std::unique_ptr<MainContextPool> m_contexts; // GLib stays out of this header
+    const std::unique_ptr<MountListMirror> m_mirror;
     VolumeLinks m_links;
     const FormerMounts m_formerMounts;
     MountsAsFiles m_files;

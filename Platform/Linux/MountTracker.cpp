@@ -28,6 +28,9 @@ std::string TrackerReply::reason() const {
 }
 
 bool MountTracker::connect(std::string& reason) {
+    m_connection = m_mirror.connection();
+    if (m_connection)
+        return true;
     const auto result = m_loop.await([](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
         g_bus_get(G_BUS_TYPE_SESSION, cancellable, callback, data);
     });
@@ -45,7 +48,10 @@ bool MountTracker::connect(std::string& reason) {
     // The shared connection would end the whole process together with the bus.
     g_dbus_connection_set_exit_on_close(m_connection.get(), FALSE);
     m_isGioCutOff = g_dbus_connection_is_closed(m_connection.get());
-    return !m_isGioCutOff || connectToSuccessor(reason);
+    if (m_isGioCutOff)
+        return connectToSuccessor(reason);
+    m_mirror.follow(m_connection.get());
+    return true;
 }
 
 bool MountTracker::connectToSuccessor(std::string& reason) {
@@ -86,8 +92,30 @@ TrackerReply MountTracker::call(const char* busName, const char* path, const cha
 }
 
 std::optional<std::vector<GvfsMount>> MountTracker::mounts() {
-    const auto reply = call(daemonName, trackerPath, trackerInterface, "ListMounts", nullptr, shortCall);
-    return reply.value ? GvfsMountList::read(reply.value.get()) : std::nullopt;
+    if (!m_connection)
+        return std::nullopt;
+    MountListMirror::Listing listing(m_mirror);
+    const GObjectPointer<GDBusMessage> question(
+        g_dbus_message_new_method_call(daemonName, trackerPath, trackerInterface, "ListMounts"));
+    const auto result = m_loop.await(
+        [&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
+            g_dbus_connection_send_message_with_reply(m_connection.get(), question.get(),
+                G_DBUS_SEND_MESSAGE_FLAGS_NONE, G_MAXINT, nullptr, cancellable, callback, data);
+        },
+        shortCall);
+    // The message, and not its contents alone, says who answers.
+    const GObjectPointer<GDBusMessage> answer(
+        result ? g_dbus_connection_send_message_with_reply_finish(m_connection.get(), result.get(), nullptr) : nullptr);
+    auto* const body = answer ? g_dbus_message_get_body(answer.get()) : nullptr;
+    auto mounts = body ? GvfsMountList::read(body) : std::nullopt;
+    if (const auto* const sender = mounts ? g_dbus_message_get_sender(answer.get()) : nullptr; sender && !m_isGioCutOff)
+        listing.told(sender, *mounts);
+    return mounts;
+}
+
+std::optional<std::vector<GvfsMount>> MountTracker::announcedMounts() {
+    auto announced = m_isGioCutOff ? std::nullopt : m_mirror.mounts();
+    return announced ? std::move(announced) : mounts();
 }
 
 bool MountTracker::supports(const GvfsLocation& location) {

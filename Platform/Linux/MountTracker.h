@@ -4,6 +4,7 @@
 #include "Platform/Linux/BoundedLoop.h"
 #include "Platform/Linux/GvfsLocation.h"
 #include "Platform/Linux/GvfsMount.h"
+#include "Platform/Linux/MountListMirror.h"
 
 #include <sys/types.h>
 
@@ -30,8 +31,10 @@ struct TrackerReply final {
 /// again, and some of their calls have no bound.
 class MountTracker final {
 public:
-    explicit MountTracker(BoundedLoop& loop)
-        : m_loop(loop) { }
+    /// The mirror may be shared with others.
+    MountTracker(BoundedLoop& loop, MountListMirror& mirror)
+        : m_loop(loop)
+        , m_mirror(mirror) { }
 
     /// False with the reason when there is no session bus.
     [[nodiscard]] bool connect(std::string& reason);
@@ -39,8 +42,11 @@ public:
     /// mount nothing any more; the tracker asks the bus that has taken its place.
     [[nodiscard]] bool isGioCutOff() const { return m_isGioCutOff; }
 
-    /// Absent when gvfs did not tell.
+    /// Asks; absent when gvfs did not tell.
     [[nodiscard]] std::optional<std::vector<GvfsMount>> mounts();
+    /// As gvfs has announced them: as good as asked for, but for readable paths that came later than their mounts. Asks
+    /// where that is not known.
+    [[nodiscard]] std::optional<std::vector<GvfsMount>> announcedMounts();
     /// Whether gvfs can mount that scheme; true when it does not tell.
     [[nodiscard]] bool supports(const GvfsLocation& location);
 
@@ -59,6 +65,7 @@ private:
         GVariant* parameters, Seconds limit);
 
     BoundedLoop& m_loop;
+    MountListMirror& m_mirror;
     GObjectPointer<GDBusConnection> m_connection;
     bool m_isGioCutOff = false;
 };
