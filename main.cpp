@@ -101,6 +101,7 @@ int main(int argumentCount, char** arguments) {
         if (auto* program = running.load()) {
             program->quit();
             std::this_thread::sleep_for(signalPatience);
+            program->waitUntilSaved();
         }
         if (auto* assembly = assembled.load())
             assembly->endTools();

@@ -20,6 +20,7 @@
 #include "Sources/HostDefinition.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/SaveQueue.h"
 #include "Sources/StatusBarEnvironment.h"
 
 #include <cstdint>
@@ -167,11 +168,13 @@ public:
             hosts.push_back(HostDefinition::initWithDictionary(host(first), controller.catalogueContext()));
         controller.hosts.replace(std::move(hosts));
         controller.saveHostsArray();
+        m_saves.finish();
     }
 
     [[nodiscard]] Preferences& preferences() { return m_preferences; }
     [[nodiscard]] MainThreadQueue& mainThreadQueue() { return m_mainThreadQueue; }
 
+    [[nodiscard]] SaveQueue& saves() { return m_saves; }
     [[nodiscard]] BenchmarkParts::ToldVolumeWatch& volumes() { return m_volumeWatch; }
 
     [[nodiscard]] std::size_t fileSize() {
@@ -213,6 +216,7 @@ private:
     PosixChildProcess m_childProcess;
     PlistFile m_plistFile;
     MainThreadQueue m_mainThreadQueue;
+    SaveQueue m_saves { m_mainThreadQueue, m_log };
     NotificationCenter m_notificationCenter;
     BenchmarkParts::ToldVolumeWatch m_volumeWatch;
     BenchmarkParts::NoReachability m_reachability;
@@ -229,7 +233,7 @@ private:
 
 public:
     QuorrelAppDelegate controller { { { m_mounting, m_resolving, m_preferences, m_notificationCenter, m_plistFile,
-                                          m_workspace, m_strings, m_log, m_mainThreadQueue },
+                                          m_workspace, m_strings, m_log, m_mainThreadQueue, &m_saves },
         m_passwordWindow, m_isWatching ? &m_watching : nullptr, m_statusBar } };
 };
 

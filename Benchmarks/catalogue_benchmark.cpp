@@ -36,10 +36,25 @@ void read(benchmark::State& state) {
     describe(state, program);
 }
 
+/// Up to the disk.
 void save(benchmark::State& state) {
     BenchmarkProgram program(state.range(0));
-    for ([[maybe_unused]] const auto& iteration : state)
+    for ([[maybe_unused]] const auto& iteration : state) {
         program.controller.saveHostsArray();
+        program.saves().finish();
+    }
+    describe(state, program);
+}
+
+/// The main thread's part of it.
+void take(benchmark::State& state) {
+    BenchmarkProgram program(state.range(0));
+    for ([[maybe_unused]] const auto& iteration : state) {
+        program.controller.saveHostsArray();
+        state.PauseTiming();
+        program.saves().finish();
+        state.ResumeTiming();
+    }
     describe(state, program);
 }
 
@@ -47,7 +62,14 @@ void save(benchmark::State& state) {
 
 BENCHMARK(load)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 BENCHMARK(read)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
-BENCHMARK(save)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+BENCHMARK(save)
+    ->RangeMultiplier(10)
+    ->Range(1'000, 100'000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MeasureProcessCPUTime()
+    ->Complexity(benchmark::oN);
+BENCHMARK(take)->RangeMultiplier(10)->Range(1'000, 100'000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 
 } // namespace quorrel
 

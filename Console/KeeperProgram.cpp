@@ -37,7 +37,8 @@ constexpr int exitNotKeeping = 1;
 
 KeeperProgram::KeeperProgram(const ConsoleEnvironment& environment, InterruptGuard& guard)
     : m_world(environment)
-    , m_guard(guard) { }
+    , m_guard(guard)
+    , m_saves(environment.mainThreadQueue, environment.log) { }
 
 int KeeperProgram::run(std::optional<std::string> password, const std::optional<std::string>& passwordFile) {
     m_passwordFile = passwordFile;
@@ -61,11 +62,11 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     const auto& world = m_world;
     SaveReport saves(world.propertyListFile,
         { [this](const std::string& path, const std::string& reason) {
-             say("the catalogue " + DisplayText::printable(path) + " cannot be saved: " + DisplayText::printable(reason)
-                 + "; it is tried again with the next change");
+             sayOfSave("the catalogue " + DisplayText::printable(path)
+                 + " cannot be saved: " + DisplayText::printable(reason) + "; it is tried again with the next change");
          },
             [this](const std::string& path) {
-                say("the catalogue " + DisplayText::printable(path) + " is saved again");
+                sayOfSave("the catalogue " + DisplayText::printable(path) + " is saved again");
             } });
     CatalogueGuard files(saves, world.keeper.fileVersion, CatalogueGuard::OnEdited::Refuse, [this](const std::string&) {
         m_world.log.lineAlways("The catalogue was changed by another program; it is read anew instead of saved.");
@@ -73,7 +74,7 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     });
     KeeperPasswordWindow passwordWindow(std::move(password), world.keeper.errors);
     const ProgramEnvironment program { world.mounting, world.resolving, world.preferences, world.notificationCenter,
-        files, world.workspace, world.strings, world.log, world.mainThreadQueue };
+        files, world.workspace, world.strings, world.log, world.mainThreadQueue, &m_saves };
     const auto* discovery = world.keeper.discovery ? &world.keeper.discovery() : nullptr;
     QuorrelAppDelegate controller({ program, passwordWindow, discovery });
     if (const auto complaint
@@ -92,6 +93,7 @@ int KeeperProgram::keep(std::optional<std::string> password) {
 
     world.keeper.preferencesFile.stop();
     controller.applicationWillTerminate();
+    m_saves.finish(savePatience);
     int status = exitSuccess;
     if (!m_isEnding) {
         // Its workers end with the process image: what they do is given up first, as far as it lets itself.
@@ -102,6 +104,7 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     }
     m_hasEnded.signal();
     static_cast<void>(m_guard.release());
+    m_saves.finish(); // a disk that hangs still has what stands here
     return status;
 }
 
@@ -151,13 +154,18 @@ std::optional<int> KeeperProgram::interrupt(int signal) {
     m_world.runLoop.quit();
     m_world.keeper.serviceManager.stopping();
     m_guard.interrupt(signal);
-    m_hasEnded.waitFor(deadline - std::chrono::steady_clock::now());
+    if (!m_hasEnded.waitFor(deadline - std::chrono::steady_clock::now()) && m_saves.isSaving())
+        m_hasEnded.waitFor(savePatience);
     return exitSuccess;
 }
 
 void KeeperProgram::askForReload() {
     m_isReloadWanted = true;
     m_world.runLoop.quit();
+}
+
+void KeeperProgram::sayOfSave(const std::string& message) {
+    m_saves.report([this, message] { say(message); });
 }
 
 void KeeperProgram::say(const std::string& message) const {

@@ -3,6 +3,7 @@
 
 #include "Console/ConsoleEnvironment.h"
 #include "Foundation/WakeSignal.h"
+#include "Sources/SaveQueue.h"
 
 #include <atomic>
 #include <optional>
@@ -25,8 +26,8 @@ public:
     [[nodiscard]] int run(
         std::optional<std::string> password, const std::optional<std::string>& passwordFile = std::nullopt);
 
-    /// Returns the exit status with which the process is to end at once, 0.7 s later at most, whatever hangs; absent
-    /// when it goes on. Any thread but the main one.
+    /// Returns the exit status with which the process is to end at once, 0.7 s later at most, whatever hangs but the
+    /// disk that takes a save; absent when it goes on. Any thread but the main one.
     [[nodiscard]] std::optional<int> interrupt(int signal);
 
 private:
@@ -40,9 +41,12 @@ private:
     [[nodiscard]] bool canBeginAnew(QuorrelAppDelegate& controller) const;
     void askForReload();
     void say(const std::string& message) const;
+    /// From the thread that saves.
+    void sayOfSave(const std::string& message);
 
     const ConsoleEnvironment& m_world;
     InterruptGuard& m_guard;
+    SaveQueue m_saves;
     std::optional<std::string> m_passwordFile;
     std::atomic<bool> m_isEnding = false;
     std::atomic<bool> m_isReloadWanted = false;

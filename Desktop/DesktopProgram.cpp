@@ -36,14 +36,17 @@ DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryE
     , m_guard(world.propertyListFile, options.fileVersion, CatalogueGuard::OnEdited::KeepBeside,
           [this](const std::string& path) {
               m_world.log.lineAlways("The catalogue was changed by another program; that file is kept beside it.");
-              m_saveAlert.showKept(path);
+              m_saves.report([this, path] { m_saveAlert.showKept(path); });
           })
     , m_ahead(m_guard)
     , m_files(m_ahead,
-          { [this](const std::string& path, const std::string& reason) { m_saveAlert.show(path, reason); },
-              [this](const std::string&) { m_saveAlert.withdraw(); } })
+          { [this](const std::string& path, const std::string& reason) {
+               m_saves.report([this, path, reason] { m_saveAlert.show(path, reason); });
+           },
+              [this](const std::string&) { m_saves.report([this] { m_saveAlert.withdraw(); }); } })
+    , m_saves(world.mainThreadQueue, world.log)
     , m_world { world.mounting, world.resolving, world.preferences, world.notificationCenter, m_files, world.workspace,
-        world.strings, world.log, world.mainThreadQueue }
+        world.strings, world.log, world.mainThreadQueue, &m_saves }
     , m_lock(lock)
     , m_application([this](const AboutPanelOptions& about) { m_aboutPanel.show(about); })
     , m_environment { m_application, world.strings, world.preferences, world.mainThreadQueue }
@@ -85,6 +88,7 @@ int DesktopProgram::run() {
     m_controller.applicationWillTerminate();
     // Whether anything is left does not matter: the process ends without it.
     static_cast<void>(endOperations(m_controller.opQueue(), m_world.mounting.volumes, patienceAtEnd));
+    m_saves.finish(savePatience);
     return status;
 }
 
@@ -144,6 +148,10 @@ void DesktopProgram::quit() {
                 m_application.terminate();
         },
         Qt::QueuedConnection);
+}
+
+void DesktopProgram::waitUntilSaved() {
+    m_saves.waitUntilSaved(savePatience);
 }
 
 void DesktopProgram::showWindowWithoutTray() {

@@ -20,6 +20,7 @@
 #include "Sources/ProgramEnvironment.h"
 #include "Sources/PropertyListAhead.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/SaveQueue.h"
 #include "Sources/SaveReport.h"
 #include "Sources/StatusBarEnvironment.h"
 
@@ -56,6 +57,9 @@ public:
     /// Makes `run` return soon. Any thread.
     void quit();
 
+    /// Blocks while the catalogue is being saved, for some seconds at most. Any thread.
+    void waitUntilSaved();
+
 private:
     /// Whether the catalogue is ours to keep; the user reads why not.
     [[nodiscard]] bool takeLock();
@@ -71,6 +75,7 @@ private:
     CatalogueGuard m_guard;
     PropertyListAhead m_ahead;
     SaveReport m_files;
+    SaveQueue m_saves;
     const ProgramEnvironment m_world;
     CatalogueLock& m_lock;
     DesktopApplication m_application;

@@ -5,6 +5,7 @@
 #include "Foundation/ObserverList.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <iterator>
@@ -61,6 +62,7 @@ struct OperationQueue::State final : std::enable_shared_from_this<State> {
     /// The first that may run now; absent when there is none.
     [[nodiscard]] std::optional<Entry> takeNext() REQUIRES(mutex);
     [[nodiscard]] bool isBusy(const Entry& entry) const REQUIRES(mutex);
+    [[nodiscard]] bool isIdle() const REQUIRES(mutex) { return waiting.empty() && running.empty(); }
 };
 
 std::optional<std::string> OperationQueue::State::startThread() {
@@ -138,7 +140,7 @@ void OperationQueue::State::work() {
             // It may run twice at once.
             running.erase(std::find_if(
                 running.begin(), running.end(), [&](const Entry& each) { return each.operation == operation; }));
-            idle = running.empty() && waiting.empty();
+            idle = isIdle();
         }
         operation.reset();
         endObservers.notify();
@@ -215,6 +217,15 @@ std::size_t OperationQueue::operationCount() const {
 
 std::size_t OperationQueue::maxConcurrentOperationCount() const {
     return m_state->maxConcurrent;
+}
+
+bool OperationQueue::waitUntilIdle(Seconds duration) {
+    using std::chrono::steady_clock;
+    const auto end = steady_clock::now() + std::chrono::ceil<steady_clock::duration>(duration);
+    MutexLock lock(m_state->mutex);
+    while (!m_state->isIdle() && steady_clock::now() < end)
+        m_state->ended.waitUntil(lock, end); // a thread ends where it finds no more to do
+    return m_state->isIdle();
 }
 
 Subscription OperationQueue::observeIdle(std::function<void()> callback) {

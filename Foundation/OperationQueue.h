@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Foundation/Clock.h"
 #include "Foundation/Operation.h"
 #include "Foundation/Subscription.h"
 
@@ -47,6 +48,9 @@ public:
     /// Waiting and running operations together.
     [[nodiscard]] std::size_t operationCount() const;
     [[nodiscard]] std::size_t maxConcurrentOperationCount() const;
+
+    /// Blocks until there are none, at most so long; whether there are none. Any thread but the queue's own.
+    [[nodiscard]] bool waitUntilIdle(Seconds duration);
 
     /// Calls back on the worker that ended the last operation, or on the thread that cancelled it.
     Subscription observeIdle(std::function<void()> callback);

@@ -8,6 +8,7 @@ class MainThreadQueue;
 class NotificationCenter;
 class Preferences;
 class PropertyListFile;
+class SaveQueue;
 class StringTable;
 class Workspace;
 struct MountEnvironment;
@@ -24,6 +25,7 @@ struct ProgramEnvironment {
     const StringTable& strings;
     Log& log;
     MainThreadQueue& mainThreadQueue;
+    SaveQueue* saves = nullptr; ///< null: a save is over when it returns
 };
 
 } // namespace quorrel

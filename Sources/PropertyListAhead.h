@@ -11,7 +11,7 @@
 namespace quorrel {
 
 /// Reads one file on a thread of its own before it is needed: a large catalogue takes the parser a fifth of a second,
-/// and the main thread has a tray icon to show meanwhile. All else passes through. Main thread only.
+/// and the main thread has a tray icon to show meanwhile. All else passes through. One thread at a time.
 class PropertyListAhead final : public PropertyListFile {
 public:
     /// The files must outlive the object; they are read from on both threads, though never at once.

@@ -2,10 +2,11 @@
 #include "Sources/QuorrelAppDelegate.h"
 
 #include "Foundation/Log.h"
-#include "Platform/PropertyListFile.h"
 #include "Platform/Workspace.h"
 #include "Sources/BonjourMonitor.h"
+#include "Sources/CatalogueFile.h"
 #include "Sources/HostDefinition.h"
+#include "Sources/SaveQueue.h"
 
 #include <algorithm>
 #include <string_view>
@@ -25,30 +26,6 @@ const PropertyValue::Array* hostDictionaries(const PropertyListReadResult& file)
     return file.root ? std::get_if<PropertyValue::Array>(&file.root->variant()) : nullptr;
 }
 
-bool holdsDictionariesAlone(const PropertyValue* list) {
-    const auto* array = list ? std::get_if<PropertyValue::Array>(&list->variant()) : nullptr;
-    return array && std::all_of(array->begin(), array->end(), [](const PropertyValue& each) {
-        return std::holds_alternative<Dictionary>(each.variant());
-    });
-}
-
-/// Whether loading the file takes in all that it holds, so that a save loses nothing.
-bool isWhole(const PropertyListReadResult& file) {
-    if (file.outcome == PropertyListReadResult::Outcome::Missing)
-        return true;
-    if (!file.root || !holdsDictionariesAlone(&*file.root))
-        return false;
-    const auto* hosts = hostDictionaries(file);
-    return std::all_of(hosts->begin(), hosts->end(), [](const PropertyValue& each) {
-        const auto& host = std::get<Dictionary>(each.variant());
-        const auto isWholeList = [&](std::string_view key) {
-            const auto* list = host.find(key);
-            return !list || holdsDictionariesAlone(list);
-        };
-        return isWholeList("services") && isWholeList("sharePoints");
-    });
-}
-
 } // namespace
 
 std::string QuorrelAppDelegate::applicationSupportFolder() {
@@ -64,14 +41,10 @@ std::string QuorrelAppDelegate::catalogueFile() {
     return joined(applicationSupportFolder(), "Quorrel2.plist");
 }
 
-PropertyListReadResult QuorrelAppDelegate::readCatalogueFile() {
-    auto file = m_environment.propertyListFile.read(catalogueFile());
-    m_catalogueFile = isWhole(file) ? CatalogueFile::Replaceable : CatalogueFile::Damaged;
-    return file;
-}
-
 void QuorrelAppDelegate::loadHostsArray() {
-    const auto file = readCatalogueFile();
+    if (m_environment.saves)
+        m_environment.saves->finish(); // it is their file too
+    const auto file = m_catalogueFile->read(catalogueFile());
     willChangeValueForKey("hosts");
     std::vector<HostPointer> loaded;
     if (const auto* dictionaries = hostDictionaries(file))
@@ -88,24 +61,22 @@ void QuorrelAppDelegate::loadHostsArray() {
 void QuorrelAppDelegate::saveHostsArray() {
     PropertyValue::Array array;
     dropSpentMonitors();
-    for (const auto& host : hosts.snapshot()) {
+    const auto all = hosts.snapshot();
+    array.reserve(all.size());
+    for (const auto& host : all) {
         array.emplace_back(host->dictionary());
         watchModel(host);
     }
-    if (!writeCatalogueFile(PropertyValue(std::move(array))))
-        m_environment.log.line("Save Failed hosts.");
-}
-
-bool QuorrelAppDelegate::writeCatalogueFile(const PropertyValue& root) {
-    auto& files = m_environment.propertyListFile;
-    const auto path = catalogueFile();
-    if (m_catalogueFile == CatalogueFile::NotLookedAt)
-        static_cast<void>(readCatalogueFile());
-    // What this program could not read, its user may still be able to repair.
-    if (m_catalogueFile == CatalogueFile::Damaged && files.keepDamaged(path))
-        return false;
-    m_catalogueFile = CatalogueFile::Replaceable;
-    return !files.write(path, root);
+    // What is saved is as it is now, whenever the disk comes to take it.
+    const auto save = [file = m_catalogueFile, path = catalogueFile(), &log = m_environment.log,
+                          root = std::make_shared<const PropertyValue>(std::move(array))] {
+        if (!file->write(path, *root))
+            log.line("Save Failed hosts.");
+    };
+    if (m_environment.saves)
+        m_environment.saves->add(save);
+    else
+        save();
 }
 
 void QuorrelAppDelegate::watchModel(const HostPointer& host) {

@@ -9,6 +9,7 @@
 #include "Sources/BonjourMonitor.h"
 #include "Sources/BonjourResolver.h"
 #include "Sources/BonjourScanner.h"
+#include "Sources/CatalogueFile.h"
 #include "Sources/DiskMonitor.h"
 #include "Sources/HostDefinition.h"
 #include "Sources/HostFileScanner.h"
@@ -49,6 +50,7 @@ QuorrelAppDelegate::QuorrelAppDelegate(const ControllerEnvironment& environment)
     , m_environment(environment)
     , m_context(
           std::make_shared<const CatalogueContext>(CatalogueContext { environment.strings, environment.workspace }))
+    , m_catalogueFile(std::make_shared<CatalogueFile>(environment.propertyListFile))
     , m_workLine(environment.resolving.ahead)
     , m_self(std::make_shared<QuorrelAppDelegate*>(this)) {
     m_opQueue.emplace(operationsAtOnce, [&log = environment.log](const std::string& what) {

@@ -28,6 +28,7 @@ class AddMountWindowController;
 class BonjourMonitor;
 class BonjourResolver;
 class BonjourScanner;
+class CatalogueFile;
 class DiskMonitor;
 class HostDefinition;
 class HostFileScanner;
@@ -37,7 +38,6 @@ class ServiceDefinition;
 class SharePointDefinition;
 class SMBScanner;
 class StatusBarItem;
-struct PropertyListReadResult;
 
 /// The one controller: it owns the catalogue, the operation queue and whatever watches the world, and takes every
 /// decision. Main thread only, save for `bonjourServices`, which scans append to.
@@ -64,6 +64,7 @@ public:
     [[nodiscard]] std::string applicationSupportFolder();
     [[nodiscard]] std::string catalogueFile();
     void loadHostsArray();
+    /// Takes down what is to be saved; see the environment's `saves` for when it is.
     void saveHostsArray();
 
     // Preferences
@@ -150,8 +151,6 @@ private:
     /// the main thread while the user is asked for a password waits for the answer, and all that comes after it too.
     void onMainThread(const std::function<void()>& task);
 
-    PropertyListReadResult readCatalogueFile();
-    [[nodiscard]] bool writeCatalogueFile(const PropertyValue& root);
     void watchModel(const HostPointer& host);
     /// Of hosts that are gone, or that are no longer marked as monitored and so about to get a new one.
     void dropSpentMonitors();
@@ -228,6 +227,7 @@ private:
 
     const ControllerEnvironment m_environment;
     const CatalogueContextPointer m_context;
+    const std::shared_ptr<CatalogueFile> m_catalogueFile; // the saves' as well
     std::unique_ptr<PasswordWindowController> m_passwordWindowController;
     std::unique_ptr<AddMountWindowController> m_addMountWindowController;
     std::unique_ptr<BonjourScanner> m_AFP_Scanner;
@@ -246,9 +246,6 @@ private:
     bool m_reachable = false;
     std::optional<int> m_unsavedRecords; // absent: the next one is saved at once
     int m_quietTurns = 0; // of the run loop, without a record
-
-    enum class CatalogueFile { NotLookedAt, Replaceable, Damaged };
-    CatalogueFile m_catalogueFile = CatalogueFile::NotLookedAt; // whether a save may replace what is on the disk
 
     std::vector<Subscription> m_notificationSubscriptions;
     std::vector<Subscription> m_preferenceSubscriptions;

@@ -10,7 +10,7 @@
 namespace quorrel {
 
 /// The catalogue's file, with somebody told when it cannot be saved. Every change saves anew, and a disk stays full for
-/// long: the first failure is told, and then the first success. Main thread only.
+/// long: the first failure is told, and then the first success. Any thread, one call at a time.
 class SaveReport final : public PropertyListFile {
 public:
     struct Handlers final {
@@ -18,7 +18,8 @@ public:
         std::function<void(const std::string& path)> recovered;
     };
 
-    /// The files must outlive the report. The handlers are called within the save: they must not wait for anybody.
+    /// The files must outlive the report. The handlers are called within the save, on its thread: they must not wait
+    /// for anybody.
     SaveReport(PropertyListFile& files, Handlers handlers);
 
     [[nodiscard]] PropertyListReadResult read(const std::string& path) override;

@@ -6,8 +6,10 @@
 #include "Sources/ServiceDefinition.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace quorrel {
 
@@ -133,23 +135,30 @@ std::string SharePointDefinition::description() const {
 }
 
 Dictionary SharePointDefinition::dictionary() const {
+    constexpr std::size_t keys = 12;
     const bool guest = isSet(guestLogin.get());
-    Dictionary result;
-    result.set("displayType", displayType.get());
-    result.set("sharePoint", sharePoint.get());
+    // At once, since every save makes these for a whole catalogue while the windows wait.
+    std::vector<Dictionary::Entry> entries;
+    entries.reserve(keys);
+    const auto add = [&](const char* key, auto value) {
+        if (value)
+            entries.emplace_back(key, std::move(*value));
+    };
+    add("displayType", displayType.get());
+    add("sharePoint", sharePoint.get());
     if (!guest)
-        result.set("userName", userName.get());
+        add("userName", userName.get());
     if (!guest && !isSet(passwordPrompt.get()))
-        result.set("password", password.get());
-    result.set("passwordPrompt", passwordPrompt.get());
-    result.set("guestLogin", guestLogin.get());
-    result.set("automatically", automatically.get());
-    result.set("favroite", favroite.get());
-    result.set("script", script.get());
-    result.set("scriptArguments", scriptArguments.get());
-    result.set("isDelayed", isDelayed.get());
-    result.set("delaySeconds", numberValue(delaySeconds.get()));
-    return result;
+        add("password", password.get());
+    add("passwordPrompt", passwordPrompt.get());
+    add("guestLogin", guestLogin.get());
+    add("automatically", automatically.get());
+    add("favroite", favroite.get());
+    add("script", script.get());
+    add("scriptArguments", scriptArguments.get());
+    add("isDelayed", isDelayed.get());
+    add("delaySeconds", numberValue(delaySeconds.get()));
+    return Dictionary::withDistinctKeys(std::move(entries));
 }
 
 void SharePointDefinition::loadDictionary(const Dictionary& dictionary) {

@@ -3,14 +3,17 @@
 
 #include "Foundation/Dictionary.h"
 #include "Foundation/WakeSignal.h"
+#include "Sources/OperationsEnd.h"
 #include "Tests/Console/ConsoleFixture.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -65,6 +68,9 @@ protected:
     bool prints(const std::string& text) {
         return comes([&] { return output.text().find(text) != std::string::npos; });
     }
+    static std::ptrdiff_t count(const std::vector<std::string>& texts, const std::string& text) {
+        return std::count(texts.begin(), texts.end(), text);
+    }
     void serverAppears(const std::string& name) {
         onMainThread([&] {
             discovery.announce(name, "_smb._tcp.");
@@ -73,6 +79,12 @@ protected:
     }
     void save() {
         onMainThread([&] { notificationCenter.post("900", nullptr); });
+    }
+    bool saves(int times) {
+        return comes([&] { return files.writeCount() == times; });
+    }
+    bool complains(const std::string& text) {
+        return comes([&] { return errors.text() == text; });
     }
 };
 
@@ -233,14 +245,16 @@ TEST_F(KeeperProgramTest, saysOnceThatItCannotSaveAndOnceThatItCanAgain) {
     EXPECT_EQ(watch([&] {
         files.failWrites("No space left on device");
         save();
+        EXPECT_TRUE(complains(failure)) << errors.text();
         save();
-        EXPECT_EQ(errors.text(), failure);
+        EXPECT_TRUE(comes([&] { return count(logSink.texts(), "Save Failed hosts.") == 2; }));
         EXPECT_EQ(files.writeCount(), 0);
         files.failWrites(std::nullopt);
         save();
+        EXPECT_TRUE(complains(failure + catalogueName + " is saved again\n")) << errors.text();
         save();
+        EXPECT_TRUE(saves(2));
         EXPECT_EQ(errors.text(), failure + catalogueName + " is saved again\n");
-        EXPECT_EQ(files.writeCount(), 2);
         terminate();
     }),
         0);
@@ -288,12 +302,65 @@ TEST_F(KeeperProgramTest, savesWhatItLearnsInACatalogueThatIsItsOwn) {
     addHost("127.0.0.2", { "docs" });
     EXPECT_EQ(watch([&] {
         save();
+        EXPECT_TRUE(saves(1));
         save();
         terminate();
     }),
         0);
     EXPECT_EQ(files.writeCount(), 2);
     EXPECT_EQ(beginnings, 0);
+}
+
+TEST_F(KeeperProgramTest, endsWhenTheDiskHasTakenWhatIsSaved) {
+    addHost("127.0.0.2", { "docs" });
+    EXPECT_EQ(watch([&] {
+        files.holdWrites();
+        save();
+        EXPECT_TRUE(files.waitForHeldWrite());
+        std::thread disk([&] {
+            EXPECT_TRUE(comes([&] { return serviceManager.told().back() == "stopping"; }));
+            std::this_thread::sleep_for(signalPatience * 1.5); // longer than anything else is waited for
+            files.releaseWrites();
+        });
+        terminate();
+        EXPECT_EQ(files.writeCount(), 1);
+        disk.join();
+    }),
+        0);
+}
+
+TEST_F(KeeperProgramTest, tellsAtItsEndOfASaveThatFailedThere) {
+    addHost("127.0.0.2", { "docs" });
+    EXPECT_EQ(watch([&] {
+        files.failWrites("No space left on device");
+        files.holdWrites();
+        save();
+        EXPECT_TRUE(files.waitForHeldWrite());
+        std::thread disk([&] {
+            EXPECT_TRUE(comes([&] { return serviceManager.told().back() == "stopping"; }));
+            files.releaseWrites();
+        });
+        terminate();
+        disk.join();
+        EXPECT_THAT(errors.text(), HasSubstr("cannot be saved: No space left on device"));
+    }),
+        0);
+}
+
+TEST_F(KeeperProgramTest, savesBeforeItBeginsAnew) {
+    addHost("127.0.0.2", { "docs" });
+    EXPECT_EQ(watch([&] {
+        files.holdWrites();
+        save();
+        EXPECT_TRUE(files.waitForHeldWrite());
+        EXPECT_EQ(program.interrupt(SIGHUP), std::nullopt);
+        EXPECT_TRUE(comes([&] { return serviceManager.told().back() == "reloading"; }));
+        EXPECT_EQ(beginnings, 0);
+        files.releaseWrites();
+    }),
+        1);
+    EXPECT_EQ(files.writeCount(), 1);
+    EXPECT_EQ(beginnings, 1);
 }
 
 TEST_F(KeeperProgramTest, readsACatalogueThatAnotherProgramChangedAndDoesNotOverwriteIt) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Tests/Fakes/FakePropertyListFile.h"
 
+#include <chrono>
 #include <utility>
 
 namespace quorrel {
@@ -21,7 +22,11 @@ PropertyListReadResult FakePropertyListFile::read(const std::string& path) {
 std::optional<std::string> FakePropertyListFile::write(
     const std::string& path, const PropertyValue& root, const LastLook& lastLook) {
     {
-        const std::lock_guard lock(m_mutex);
+        std::unique_lock lock(m_mutex);
+        ++m_heldWrites;
+        m_changed.notify_all();
+        m_changed.wait(lock, [this] { return !m_isHolding; });
+        --m_heldWrites;
         if (m_writeFailure)
             return m_writeFailure;
     }
@@ -74,6 +79,22 @@ void FakePropertyListFile::failWrites(std::optional<std::string> reason) {
 void FakePropertyListFile::failKeepDamaged(std::optional<std::string> reason) {
     const std::lock_guard lock(m_mutex);
     m_keepFailure = std::move(reason);
+}
+
+void FakePropertyListFile::holdWrites() {
+    const std::lock_guard lock(m_mutex);
+    m_isHolding = true;
+}
+
+void FakePropertyListFile::releaseWrites() {
+    const std::lock_guard lock(m_mutex);
+    m_isHolding = false;
+    m_changed.notify_all();
+}
+
+bool FakePropertyListFile::waitForHeldWrite() {
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return m_isHolding && m_heldWrites > 0; });
 }
 
 std::optional<PropertyValue> FakePropertyListFile::content(const std::string& path) const {

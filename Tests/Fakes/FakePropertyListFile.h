@@ -3,6 +3,7 @@
 
 #include "Platform/PropertyListFile.h"
 
+#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -28,6 +29,11 @@ public:
     /// Makes every write fail and change nothing, until an absent reason takes it back.
     void failWrites(std::optional<std::string> reason);
     void failKeepDamaged(std::optional<std::string> reason);
+    /// Makes every write wait, as on a disk that hangs, until they are released.
+    void holdWrites();
+    void releaseWrites();
+    /// Blocks until a write waits; false after 30 seconds.
+    [[nodiscard]] bool waitForHeldWrite();
 
     /// What is there; absent also for a file that cannot be parsed.
     [[nodiscard]] std::optional<PropertyValue> content(const std::string& path) const;
@@ -42,6 +48,9 @@ private:
     };
 
     mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isHolding = false;
+    int m_heldWrites = 0;
     std::map<std::string, File> m_files;
     std::map<std::string, std::string> m_unreadable;
     std::optional<std::string> m_writeFailure;
