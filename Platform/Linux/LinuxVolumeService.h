@@ -32,8 +32,8 @@ struct MountFailure;
 ///
 /// Any thread; every call works in a context that nobody else uses meanwhile, on its caller's thread. What is mounted
 /// is gvfs's to say, since any program may mount and unmount: a mount goes by what gvfs announces, all else asks. Only
-/// the numbers of the volumes are kept. Several volumes may lie in one mount of gvfs: it goes together with the last of them. Reasons of failures
-/// go to the log.
+/// the numbers of the volumes are kept. Several volumes may lie in one mount of gvfs: it goes together with the last of
+/// them. Reasons of failures go to the log.
 class LinuxVolumeService final : public VolumeService {
 public:
     struct Settings final {
