@@ -16,6 +16,7 @@ import unittest
 import console_bed
 from console_bed import (DATA, DAV, LOG, PASSWORD, PASSWORD_FILE, SILENT_HOST, SMB, SMB_HOST, USER, VOLUMES, Terminal,
                          await_, catalogue, hung_request, run, share, states)
+from testbed_lib import sanitizers
 
 CATALOGUE = os.path.join(DATA, "Quorrel2.plist")
 PREFERENCES = os.path.join(os.environ["XDG_CONFIG_HOME"], "Quorrel", "Quorrel.conf")
@@ -139,6 +140,8 @@ class Keeper:
         for thread in os.listdir(self.of_process("task")):
             with open(self.of_process(f"task/{thread}/status"), encoding="utf-8") as file:
                 status = dict(line.split(":", 1) for line in file.read().splitlines())
+            if status["SigBlk"].strip() == sanitizers.OWN_THREAD:
+                continue
             counts[thread] = int(status["voluntary_ctxt_switches"]) + int(status["nonvoluntary_ctxt_switches"])
         return counts
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Tests/Fakes/Slowness.h"
 #include "Tests/Integration/BedServer.h"
 #include "Tests/Integration/SilentServer.h"
 #include "Tests/Integration/VolumeTestBed.h"
@@ -202,9 +203,9 @@ TEST_F(MountHazardTest, InterruptEndsEveryCallAtOnce) {
     service->interrupt();
     for (auto& thread : threads)
         thread.join();
-    EXPECT_LT(since(start).count(), 0.5);
+    EXPECT_LT(since(start).count(), 0.5 * slowness());
     EXPECT_EQ(service->mountServerVolume(asGuest(url("smb", "SMB", "pub"), "pub")).status, VolumeStatus::notResponding);
-    EXPECT_LT(since(start).count(), 0.6);
+    EXPECT_LT(since(start).count(), 0.6 * slowness());
     EXPECT_TRUE(eventually([] { return backEnds("gvfsd-dav").empty(); }));
 }
 

@@ -6,6 +6,9 @@ import os
 # How many times as long a program may take, and as much it may hold, that a sanitizer watches.
 SLOWNESS = float(os.environ.get("QUORREL_SLOWNESS", "1"))
 
+# The blocked signals, all but SIGSYS, of the thread by which ThreadSanitizer looks after itself ten times a second.
+OWN_THREAD = "fffffffe3ffbfeff"
+
 _VARIABLES = ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 _FOLDER = "sanitizers"
 
