@@ -306,9 +306,15 @@ class Shown(ProgramTest):
         return set(found.stdout.split())
 
     def icon(self):
-        """The middle of the window with the icon."""
+        """The middle of the window with the icon, once that has its place."""
         self.program.said("found")
-        return wait_for(self.look_for_icon, f"no icon in a window of {self.icon_class}")
+        seen = [None]
+
+        def stays():
+            seen.append(self.look_for_icon())
+            return seen[-1] if seen[-1] == seen[-2] else None
+
+        return wait_for(stays, f"no icon in a window of {self.icon_class}")
 
     def look_for_icon(self):
         for window in self.windows("--class", self.icon_class):
