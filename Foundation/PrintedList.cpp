@@ -44,6 +44,7 @@ bool PrintedList::removeFirst(std::string_view item) {
     if (found == m_items.end())
         return false;
     m_items.erase(found);
+    ++m_removals;
     m_printed = "(\n)";
     bool isFirst = true;
     for (const auto& each : m_items)

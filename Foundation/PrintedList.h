@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,10 +22,16 @@ public:
     [[nodiscard]] const std::vector<std::string>& items() const { return m_items; }
     [[nodiscard]] std::string printed() const;
     [[nodiscard]] bool printedFormContains(std::string_view text) const;
+    /// The printed form up to its last line feed: until something is removed, what is appended only makes it longer.
+    [[nodiscard]] std::string_view growingForm() const {
+        return std::string_view(m_printed).substr(0, m_printed.size() - 2);
+    }
+    [[nodiscard]] std::uint64_t removals() const { return m_removals; }
 
 private:
     std::vector<std::string> m_items;
     std::string m_printed = "(\n)"; // always closed
+    std::uint64_t m_removals = 0;
 };
 
 } // namespace quorrel

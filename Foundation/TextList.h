@@ -16,6 +16,11 @@ namespace quorrel {
 /// Any thread. Changes are announced as a property's are, under the list's key; what changes nothing announces nothing.
 class TextList final {
 public:
+    struct Candidate final {
+        std::string text;
+        std::string probe; ///< what is looked for; without a line feed
+    };
+
     TextList(const Observable& object, const char* key);
     TextList(const TextList&) = delete;
     TextList& operator=(const TextList&) = delete;
@@ -25,8 +30,9 @@ public:
     void appendAll(std::vector<std::string> texts);
     /// Appends the text unless it occurs anywhere in the printed form; whether it was appended.
     bool appendUnlessPrinted(std::string text);
-    /// The same, looking for another text than the one that is appended.
-    bool appendUnlessPrinted(std::string text, std::string_view probe);
+    /// The same for one after the other, looking for another text than the one that is appended; in time in proportion
+    /// to all of them and the list together.
+    void appendEachUnlessPrinted(std::vector<Candidate> candidates);
     /// Removes the first item that is equal; whether there was one.
     bool removeFirst(std::string_view text);
 

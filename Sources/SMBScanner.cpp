@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace quorrel {
 
@@ -17,6 +18,8 @@ void SMBScanner::main() {
     m_environment.log.line("Scaning for samba hosts Thread Started");
     const auto output
         = toolOutput(m_environment.childProcess, m_environment.log, m_environment.nmblookupPath, { "*", "-T" });
+    // Asked for all at once: on a network that answers with many names each would be looked for among all before it.
+    std::vector<TextList::Candidate> names;
     for (auto& line : Text::paragraphs(output)) {
         const auto comma = line.find(',');
         if (comma == std::string::npos || !m_smbHosts)
@@ -26,8 +29,10 @@ void SMBScanner::main() {
         // with every scan.
         auto probe = line;
         std::replace(probe.begin(), probe.end(), '-', ' ');
-        m_smbHosts->appendUnlessPrinted(std::move(line), probe);
+        names.push_back({ std::move(line), std::move(probe) });
     }
+    if (m_smbHosts)
+        m_smbHosts->appendEachUnlessPrinted(std::move(names));
     m_environment.log.line("Scaning for samba hosts Thread ended");
 }
 

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace quorrel {
@@ -121,10 +122,50 @@ TEST(TextListTest, appendsWhatIsNotPrintedYet) {
 TEST(TextListTest, whatIsLookedForNeedNotBeWhatIsAppended) {
     Owner owner;
     owner.names.append("my server");
-    EXPECT_FALSE(owner.names.appendUnlessPrinted("my-server", "my server"));
-    EXPECT_TRUE(owner.names.appendUnlessPrinted("my-printer", "my printer"));
-    EXPECT_TRUE(owner.names.appendUnlessPrinted("my-printer", "my printer"));
+    owner.names.appendEachUnlessPrinted(
+        { { "my-server", "my server" }, { "my-printer", "my printer" }, { "my-printer", "my printer" } });
     EXPECT_EQ(owner.names.snapshot(), (std::vector<std::string> { "my server", "my-printer", "my-printer" }));
+}
+
+TEST(TextListTest, manyTextsAreLookedForAsIfEachWereByItself) {
+    // Whatever the printed form has of its own, parts of one another, and what has to be escaped.
+    const std::vector<std::string> texts { "(", ")", "\"", ",", "    ", "", " ", "server", "serve", "servers", "a.b",
+        "a.b", "\"a.b\"", "a\\b", "a\\\\b", "\\\\", "b\",", "r,", "),", "x)", "\xC3\xA4", "\xC3", "verse", "s" };
+    for (std::size_t start = 0; start <= texts.size(); ++start) {
+        Owner one;
+        Owner each;
+        std::vector<TextList::Candidate> candidates;
+        for (std::size_t index = 0; index < texts.size(); ++index) {
+            const auto& text = texts[(start + index * 7) % texts.size()];
+            if (index < 3) {
+                one.names.append(text);
+                each.names.append(text);
+            } else {
+                one.names.appendUnlessPrinted(text);
+                candidates.push_back({ text, text });
+            }
+        }
+        each.names.appendEachUnlessPrinted(candidates);
+        EXPECT_EQ(each.names.snapshot(), one.names.snapshot()) << "from " << start;
+    }
+}
+
+TEST(TextListTest, whatObserversAddAndRemoveMeanwhileCounts) {
+    Owner owner;
+    owner.names.append("gone");
+    std::vector<std::string> seen;
+    const auto subscription = owner.observe("names", [&](std::string_view, Change change) {
+        seen.push_back((change == Change::Will ? "will " : "did ") + std::to_string(owner.names.count()));
+        if (seen.size() == 1) {
+            owner.names.removeFirst("gone");
+            owner.names.append("first");
+        }
+    });
+    owner.names.appendEachUnlessPrinted({ { "first", "first" }, { "gone", "gone" }, { "second", "second" } });
+    EXPECT_EQ(owner.names.snapshot(), (std::vector<std::string> { "first", "gone", "second" }));
+    EXPECT_EQ(seen,
+        (std::vector<std::string> {
+            "will 1", "will 1", "did 0", "will 0", "did 1", "did 1", "will 1", "did 2", "will 2", "did 3" }));
 }
 
 TEST(TextListTest, manyTextsAreAnnouncedOnceAndPrintedAsIfTheyHadComeOneByOne) {
@@ -144,9 +185,16 @@ TEST(TextListTest, manyThreadsAddEachNameOnce) {
     Owner owner;
     std::vector<std::thread> threads;
     for (int number = 0; number < 4; ++number)
-        threads.emplace_back([&owner] {
-            for (int name = 100; name < 200; ++name)
-                owner.names.appendUnlessPrinted("host" + std::to_string(name));
+        threads.emplace_back([&owner, number] {
+            std::vector<TextList::Candidate> candidates;
+            for (int name = 100; name < 200; ++name) {
+                const auto text = "host" + std::to_string(name);
+                if (number % 2 == 0)
+                    owner.names.appendUnlessPrinted(text);
+                else
+                    candidates.push_back({ text, text });
+            }
+            owner.names.appendEachUnlessPrinted(std::move(candidates));
         });
     for (auto& thread : threads)
         thread.join();
