@@ -140,8 +140,9 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& aske
             return { *status, 0 };
         if (!status)
             continue;
+        auto look = lookForFiles(*place);
         if (const auto reply = enter(*place, location, volumeName)) {
-            if (!waitForFiles(loop, tracker, *place))
+            if (look && !waitForFiles(loop, tracker, *place, std::move(look)))
                 m_log.line("The files of %@ are slow to show", { location.printable });
             // AFP's program crashes in some accesses on a busy machine, and this was the first.
             if (location.scheme == "afp" && !loop.isOver() && isGone(tracker, reply->volumeReference)) {
@@ -180,18 +181,19 @@ std::optional<GvfsLocation> LinuxVolumeService::findTwin(
     return twin;
 }
 
-bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, MountTracker& tracker, const Place& place) {
+std::shared_ptr<ReadablePath::Look> LinuxVolumeService::lookForFiles(const Place& place) const {
     const auto path = place.readablePath();
     if (path.empty())
-        return true; // there are none to wait for, as the log says already
-    const bool isFormer = m_formerMounts.contains(place.mount.fusePath);
+        return nullptr; // there are none to wait for, as the log says
+    return m_formerMounts.contains(place.mount.fusePath) ? ReadablePath::lookUntilReachable(path)
+                                                         : ReadablePath::lookUntilListed(place.mount.fusePath);
+}
+
+bool LinuxVolumeService::waitForFiles(
+    BoundedLoop& loop, MountTracker& tracker, const Place& place, std::shared_ptr<ReadablePath::Look> look) {
     // Now, since it may be somebody else who takes the mount away.
     m_formerMounts.remember(place.mount.fusePath);
-    const auto wait = [&] {
-        return isFormer ? ReadablePath::waitUntilReachable(loop, path)
-                        : ReadablePath::waitUntilListed(loop, place.mount.fusePath);
-    };
-    auto files = wait();
+    auto files = ReadablePath::wait(loop, *look);
     if (files == ReadablePath::Files::CutOff) {
         if (!m_files.revive(loop, tracker))
             return false;
@@ -199,7 +201,8 @@ bool LinuxVolumeService::waitForFiles(BoundedLoop& loop, MountTracker& tracker, 
         const auto end = loop.remaining() - revivalLimit;
         do {
             loop.pause(lookAgain);
-            files = wait();
+            look = ReadablePath::lookAgain(*look);
+            files = ReadablePath::wait(loop, *look);
         } while (files == ReadablePath::Files::CutOff && loop.remaining() > end && !loop.isOver());
     }
     return files == ReadablePath::Files::Shown;

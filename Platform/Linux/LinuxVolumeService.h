@@ -24,6 +24,9 @@ class BoundedLoop;
 class MainContextPool;
 class MountListMirror;
 class MountTracker;
+namespace ReadablePath {
+class Look;
+}
 struct GvfsLocation;
 struct GvfsMount;
 struct MountFailure;
@@ -64,8 +67,11 @@ private:
         BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) const;
     [[nodiscard]] std::optional<MountFailure> attempt(
         BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit);
-    /// Whether the volume's files can be read by now, or there are none to be read.
-    [[nodiscard]] bool waitForFiles(BoundedLoop& loop, MountTracker& tracker, const Place& place);
+    /// Begins to look for the volume's files, which needs no help of ours; null where there are none to be read.
+    [[nodiscard]] std::shared_ptr<ReadablePath::Look> lookForFiles(const Place& place) const;
+    /// Whether the volume's files can be read by now.
+    [[nodiscard]] bool waitForFiles(
+        BoundedLoop& loop, MountTracker& tracker, const Place& place, std::shared_ptr<ReadablePath::Look> look);
     [[nodiscard]] std::optional<Place> find(BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
     /// Whether the location is really there. Absent means that what hindered it is gone and the mount may be repeated.
     [[nodiscard]] std::optional<std::int32_t> check(

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace quorrel {
 
@@ -20,15 +21,11 @@ namespace {
 
 using ReadablePath::Files;
 
-constexpr Seconds limit { 4 };
-constexpr std::chrono::milliseconds lookAgain { 2 };
-constexpr std::chrono::milliseconds glance { 20 };
+using Glance = Files (*)(const std::string&);
 
-struct Look final {
-    Mutex mutex;
-    ConditionVariable ended;
-    std::optional<Files> files GUARDED_BY(mutex);
-};
+constexpr Seconds limit { 4 };
+constexpr std::chrono::milliseconds betweenLooks { 2 };
+constexpr std::chrono::milliseconds interruptCheck { 20 };
 
 Files isReachable(const std::string& path) {
     struct statx unused { };
@@ -50,51 +47,76 @@ Files isListed(const std::string& path) {
     return Files::Slow;
 }
 
-Files repeat(Files (*look)(const std::string&), const std::string& path) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
-    auto files = look(path);
-    while (files == Files::Slow && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(lookAgain);
-        files = look(path);
-    }
-    return files;
-}
-
-void tell(Look& state, Files files) {
-    const MutexLock lock(state.mutex);
-    state.files = files;
-    state.ended.notifyAll();
-}
-
-Files wait(BoundedLoop& loop, Look& state) {
-    const auto end = std::chrono::steady_clock::now()
-        + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
-    MutexLock lock(state.mutex);
-    while (!state.files && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
-        state.ended.waitUntil(lock, std::chrono::steady_clock::now() + glance);
-    return state.files.value_or(Files::Slow);
-}
-
 } // namespace
 
-// All look on a thread of their own: a server that falls silent just now holds whoever looks, and that must not be us.
+class ReadablePath::Look final {
+public:
+    Look(Glance glance, std::string path)
+        : m_glance(glance)
+        , m_path(std::move(path)) { }
 
-Files ReadablePath::waitUntilListed(BoundedLoop& loop, const std::string& mountFolder) {
-    const auto state = std::make_shared<Look>();
-    std::thread([state, mountFolder] { tell(*state, repeat(isListed, mountFolder)); }).detach();
-    return wait(loop, *state);
+    /// On a thread of its own: a server that falls silent just now holds whoever looks, and that must not be us.
+    static std::shared_ptr<Look> begin(Glance glance, const std::string& path) {
+        auto look = std::make_shared<Look>(glance, path);
+        std::thread([wanted = std::weak_ptr(look), glance, path] {
+            const auto end
+                = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
+            auto files = glance(path);
+            while (files == Files::Slow && !wanted.expired() && std::chrono::steady_clock::now() < end) {
+                std::this_thread::sleep_for(betweenLooks);
+                files = glance(path);
+            }
+            if (const auto look = wanted.lock())
+                look->tell(files);
+        }).detach();
+        return look;
+    }
+
+    [[nodiscard]] std::shared_ptr<Look> again() const { return begin(m_glance, m_path); }
+
+    void tell(Files files) {
+        const MutexLock lock(m_mutex);
+        m_files = files;
+        m_ended.notifyAll();
+    }
+
+    Files wait(BoundedLoop& loop) {
+        const auto end = std::chrono::steady_clock::now()
+            + std::chrono::duration_cast<std::chrono::milliseconds>(std::min(limit, loop.remaining()));
+        MutexLock lock(m_mutex);
+        while (!m_files && std::chrono::steady_clock::now() < end && !loop.isInterrupted())
+            m_ended.waitUntil(lock, std::chrono::steady_clock::now() + interruptCheck);
+        return m_files.value_or(Files::Slow);
+    }
+
+private:
+    const Glance m_glance;
+    const std::string m_path;
+    Mutex m_mutex;
+    ConditionVariable m_ended;
+    std::optional<Files> m_files GUARDED_BY(m_mutex);
+};
+
+std::shared_ptr<ReadablePath::Look> ReadablePath::lookUntilListed(const std::string& mountFolder) {
+    return Look::begin(isListed, mountFolder);
 }
 
-Files ReadablePath::waitUntilReachable(BoundedLoop& loop, const std::string& path) {
-    const auto state = std::make_shared<Look>();
-    std::thread([state, path] { tell(*state, repeat(isReachable, path)); }).detach();
-    return wait(loop, *state);
+std::shared_ptr<ReadablePath::Look> ReadablePath::lookUntilReachable(const std::string& path) {
+    return Look::begin(isReachable, path);
+}
+
+std::shared_ptr<ReadablePath::Look> ReadablePath::lookAgain(const Look& look) {
+    return look.again();
+}
+
+Files ReadablePath::wait(BoundedLoop& loop, Look& look) {
+    return look.wait(loop);
 }
 
 bool ReadablePath::isCutOff(BoundedLoop& loop, const std::string& folder) {
-    const auto state = std::make_shared<Look>();
-    std::thread([state, folder] { tell(*state, isReachable(folder)); }).detach();
-    return wait(loop, *state) == Files::CutOff;
+    const auto once
+        = [](const std::string& path) { return isReachable(path) == Files::CutOff ? Files::CutOff : Files::Shown; };
+    return Look::begin(once, folder)->wait(loop) == Files::CutOff;
 }
 
 } // namespace quorrel
