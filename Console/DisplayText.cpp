@@ -50,6 +50,8 @@ Character characterAt(std::string_view text, std::size_t position) {
 }
 
 std::size_t columnsOf(char32_t code) {
+    if (code >= ' ' && code < 0x7F)
+        return 1; // sooner than the locale tells
     const int columns = wcwidth(static_cast<wchar_t>(code));
     return columns < 0 ? 1 : static_cast<std::size_t>(columns);
 }
@@ -60,10 +62,10 @@ std::string printable(std::string_view text) {
     return Text::onOneLine(text);
 }
 
-std::size_t width(std::string_view text) {
+std::size_t width(std::string_view text, std::size_t limit) {
     const UnicodeLocale locale;
     std::size_t columns = 0;
-    for (std::size_t position = 0; position < text.size();) {
+    for (std::size_t position = 0; position < text.size() && columns <= limit;) {
         const auto character = characterAt(text, position);
         columns += columnsOf(character.code);
         position += character.length;
@@ -72,22 +74,19 @@ std::size_t width(std::string_view text) {
 }
 
 std::string clipped(std::string_view text, std::size_t columns) {
-    if (width(text) <= columns)
-        return std::string(text);
-    if (columns == 0)
-        return {};
     const UnicodeLocale locale;
     std::size_t used = 0;
-    std::size_t position = 0;
-    while (position < text.size()) {
+    std::size_t end = 0; // of what leaves a column for the mark
+    for (std::size_t position = 0; position < text.size();) {
         const auto character = characterAt(text, position);
-        const auto more = columnsOf(character.code);
-        if (used + more > columns - 1)
-            break;
-        used += more;
+        used += columnsOf(character.code);
+        if (used > columns)
+            return columns == 0 ? std::string() : std::string(text.substr(0, end)) + "…";
         position += character.length;
+        if (used < columns)
+            end = position;
     }
-    return std::string(text.substr(0, position)) + "…";
+    return std::string(text);
 }
 
 std::string padded(std::string_view text, std::size_t columns) {

@@ -15,7 +15,7 @@ public:
 
     /// One array with an object for each share, with a line feed behind it. Keys: "host", "share", "service",
     /// "status", "mounted", "path" and "error", the last two null where there is none. Bytes that are not UTF-8 are
-    /// replaced.
+    /// replaced; controls, and what turns the direction of writing, are escapes.
     [[nodiscard]] static std::string text(const std::vector<ShareRow>& rows);
 };
 

@@ -14,6 +14,7 @@ std::string cursorUp(std::size_t lines) {
     return "\x1b[" + std::to_string(lines) + 'A';
 }
 
+constexpr std::size_t widestName = 40; // on a terminal of up to twice as many columns
 constexpr const char* eraseToEndOfLine = "\x1b[K";
 constexpr const char* eraseToEndOfScreen = "\x1b[J";
 
@@ -25,8 +26,10 @@ LiveView::LiveView(Output& output, std::vector<Line> lines, Style style)
     // The line below the last one is where the cursor rests.
     , m_isInPlace(style == Style::InPlaceIfPossible && output.isTerminal() && !m_lines.empty()
           && m_lines.size() < output.size().rows) {
+    // One long name must not drive the states of all shares off the screen.
+    const auto widest = std::max(output.size().columns / 2, widestName);
     for (const auto& line : m_lines)
-        m_nameColumns = std::max(m_nameColumns, DisplayText::width(line.name));
+        m_nameColumns = std::max(m_nameColumns, std::min(DisplayText::width(line.name, widest), widest));
 }
 
 void LiveView::change(std::size_t index, const std::string& status, const std::string& error) {
@@ -57,7 +60,9 @@ void LiveView::clear() {
 }
 
 std::string LiveView::shown(const Line& line) const {
-    const auto name = m_isInPlace ? DisplayText::padded(line.name, m_nameColumns) + "  " : line.name + ": ";
+    const auto name = m_isInPlace
+        ? DisplayText::padded(DisplayText::clipped(line.name, m_nameColumns), m_nameColumns) + "  "
+        : line.name + ": ";
     const auto text = name + DisplayText::printable(line.status);
     return line.error.empty() ? text : text + ": " + DisplayText::printable(line.error);
 }

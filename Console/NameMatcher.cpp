@@ -18,6 +18,8 @@ constexpr std::size_t mostSuggestions = 3;
 /// A part of a name is a better guess than any misspelling but the slightest.
 constexpr std::size_t distanceOfPart = 1;
 constexpr std::size_t shortestPart = 2;
+/// By so many bytes nobody mistypes a name, and to count further takes time and room with its length.
+constexpr std::size_t farOff = 100;
 
 /// How many single bytes have to be inserted, removed, replaced or swapped with their neighbour.
 std::size_t editDistance(std::string_view left, std::string_view right) {
@@ -46,7 +48,8 @@ std::size_t distance(const std::string& typed, const std::string& name) {
     const auto candidate = Text::lowerCase(name);
     if (wanted.size() >= shortestPart && wanted != candidate && candidate.find(wanted) != std::string::npos)
         return distanceOfPart;
-    return editDistance(wanted, candidate);
+    const auto [shorter, longer] = std::minmax(wanted.size(), candidate.size());
+    return longer - shorter > farOff ? longer - shorter : editDistance(wanted, candidate);
 }
 
 /// Of the items, those whose name is exactly that; else those whose name is that letter case aside, provided that they

@@ -36,6 +36,16 @@ std::optional<unsigned> deceptiveCode(std::string_view character) {
     return isDeceptive ? std::optional(code) : std::nullopt;
 }
 
+/// Of how many bytes from there on each is a character that is shown as it stands. Nearly all of any text is.
+std::size_t plainLength(std::string_view text, std::size_t start) {
+    const auto* const begin = text.data() + start;
+    const auto* const end = text.data() + text.size();
+    const auto* each = begin;
+    while (each != end && *each >= ' ' && *each < '\x7F')
+        ++each;
+    return static_cast<std::size_t>(each - begin);
+}
+
 /// The length of the well-formed UTF-8 sequence that starts there, 0 when there is none.
 std::size_t sequenceLength(std::string_view text, std::size_t start) {
     const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
@@ -92,6 +102,11 @@ std::string escapedControls(std::string_view text) {
     std::string result;
     result.reserve(text.size());
     for (std::size_t index = 0; index < text.size();) {
+        if (const auto plain = plainLength(text, index); plain > 0) {
+            result.append(text.substr(index, plain));
+            index += plain;
+            continue;
+        }
         const auto length = sequenceLength(text, index);
         const auto byte = static_cast<unsigned char>(text[index]);
         const bool control = length == 1 && (byte < 0x20 || byte == 0x7F) && byte != '\n' && byte != '\t';
@@ -112,6 +127,11 @@ std::string onOneLine(std::string_view text) {
     std::string result;
     result.reserve(escaped.size());
     for (std::size_t index = 0; index < escaped.size();) {
+        if (const auto plain = plainLength(escaped, index); plain > 0) {
+            result.append(escaped, index, plain);
+            index += plain;
+            continue;
+        }
         const auto length = sequenceLength(escaped, index);
         if (escaped[index] == '\n')
             result += "\\n";

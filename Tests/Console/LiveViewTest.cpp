@@ -64,6 +64,14 @@ TEST(LiveView, cutsALineThatWouldWrap) {
     EXPECT_EQ(output.text(), "nas/docume…\x1b[K\n");
 }
 
+TEST(LiveView, aLongNameDrivesNoStateOffTheScreen) {
+    RecordingOutput output({ 80, 24 });
+    LiveView view(output, { { std::string(10'000'000, 'x'), "Offline", "" }, { "nas/a", "Offline", "" } });
+    view.refresh();
+    EXPECT_EQ(
+        output.text(), std::string(39, 'x') + "…  Offline\x1b[K\nnas/a" + std::string(35, ' ') + "  Offline\x1b[K\n");
+}
+
 TEST(LiveView, writesPlainLinesWhenTheTerminalIsTooLow) {
     RecordingOutput output({ 80, 2 });
     LiveView view(output, twoLines());

@@ -2,6 +2,7 @@
 #include "Console/NameMatcher.h"
 
 #include "Tests/Console/Catalogue.h"
+#include "Tests/Fakes/HostileNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::Optional;
 using testing::SizeIs;
 
@@ -107,6 +109,15 @@ TEST_F(NameMatcherTest, suggestsThreeNamesAtMostAndNothingFromNothing) {
     EXPECT_THAT(nearestTo("x"), IsEmpty());
     catalogue.addHost("nas", { "a1", "a2", "a3", "a4", "a5" });
     EXPECT_THAT(nearestTo("nas/a9"), ElementsAre("nas/a1", "nas/a2", "nas/a3"));
+}
+
+TEST_F(NameMatcherTest, anyNameOfTheCatalogueMayStandBesideTheRightOne) {
+    catalogue.addHost("nas", { "docs" });
+    for (const auto& [evil, name] : hostileNames()) {
+        catalogue.addHost(name, { name });
+        EXPECT_THAT(nearestTo("nas/dcos"), ElementsAre("nas/docs")) << evil;
+    }
+    EXPECT_THAT(nearestTo(std::string(200, 'y')), Not(IsEmpty()));
 }
 
 } // namespace

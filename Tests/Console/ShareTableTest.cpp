@@ -4,12 +4,16 @@
 #include "Console/DisplayText.h"
 #include "Foundation/Text.h"
 #include "Tests/Fakes/HostileNames.h"
+#include "Tests/Fakes/ThreadTime.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace quorrel {
 namespace {
@@ -45,7 +49,7 @@ TEST(ShareTable, cutsLongNamesToTheTerminal) {
 
 TEST(ShareTable, keepsAnyNameInItsCell) {
     for (auto [evil, name] : hostileNames()) {
-        name.resize(std::min<std::size_t>(name.size(), 10'000)); // the width of each character is looked up
+        name.resize(std::min<std::size_t>(name.size(), 10'000)); // time has a test of its own
         auto hostile = row(name, name);
         hostile.status = hostile.path = hostile.error = hostile.service = name;
         const auto text = ShareTable("/home/ann").text({ hostile }, 80) + ShareTable("").text({ hostile }, {});
@@ -57,6 +61,39 @@ TEST(ShareTable, keepsAnyNameInItsCell) {
         EXPECT_EQ(text.find("\u202e"), std::string::npos) << evil;
         EXPECT_TRUE(Text::isUTF8(text)) << evil;
     }
+}
+
+TEST(ShareTable, aLongNameTakesTimeInProportionAndFillsNoOtherLine) {
+    // Twice the size takes twice the time, or four times where it grows with the square. One round may be disturbed.
+    const auto secondsFor = [](std::size_t size) {
+        const std::string name(size, 'x');
+        std::vector<ShareRow> rows(1000, row("nas", "docs"));
+        rows.push_back({ name, "docs", "smb", "Offline", "", "", false });
+        const auto start = threadTime();
+        const auto whole = ShareTable("/home/ann").text(rows, {});
+        const auto cut = ShareTable("/home/ann").text(rows, 80);
+        const auto time = (threadTime() - start).count();
+        EXPECT_LT(whole.size(), size + 1'100'000);
+        EXPECT_LT(cut.size(), 1'100'000);
+        return time;
+    };
+    constexpr std::size_t large = std::size_t { 10 } << 20U;
+    double half = std::numeric_limits<double>::max();
+    double all = half;
+    for (int round = 0; round < 5 && (round == 0 || all >= 3 * half); ++round) {
+        half = std::min(half, secondsFor(large / 2));
+        all = std::min(all, secondsFor(large));
+    }
+    EXPECT_LT(all, 3 * half);
+    RecordProperty("milliseconds", static_cast<int>(all * 1000));
+}
+
+TEST(ShareTable, whatIsTooLongForItsColumnSticksOut) {
+    const std::string longName(300, 'x');
+    const auto text = ShareTable("").text({ { longName, "a", "smb", "Offline", "", "", false }, row("nas", "b") }, {});
+    EXPECT_THAT(text, HasSubstr(longName + "  a      smb      Offline\n"));
+    EXPECT_THAT(text, HasSubstr("\nnas" + std::string(255, ' ') + "b      smb"));
+    EXPECT_THAT(ShareTable("").text({ row(longName, "a") }, 400), HasSubstr(longName + "  a"));
 }
 
 TEST(ShareTable, cutsNoNamesForALongError) {
