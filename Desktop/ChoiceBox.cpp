@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/ChoiceBox.h"
 
+#include "Desktop/ChoiceModel.h"
+
 #include <QAbstractItemView>
 #include <QItemSelectionModel>
 #include <QLineEdit>
@@ -11,6 +13,7 @@ ChoiceBox::ChoiceBox(const QString& title, QWidget* parent)
     : QComboBox(parent)
     , m_title(title) {
     m_title.remove('&');
+    setModel(new ChoiceModel(this));
     view()->setAccessibleName(m_title);
     // Keys and mouse move the current row along with the selection, only later in the same turn of the loop.
     connect(view()->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ChoiceBox::chooseSelectedRow,

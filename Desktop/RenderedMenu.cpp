@@ -99,7 +99,7 @@ RenderedMenu::Row RenderedMenu::madeRow(const MenuItem& item, QAction* before) {
         row.action = madeAction(item);
     }
     row.action->setText(MenuLabel::textOf(item, m_rendering.drawer));
-    row.action->setToolTip(ShownText::toolTip(QString::fromStdString(item.toolTip)));
+    row.action->setToolTip(ShownText::toolTip(ShownText::line(item.toolTip)));
     if (item.image)
         row.action->setIcon(m_rendering.images.icon(*item.image));
     row.action->setEnabled(item.isEnabled);

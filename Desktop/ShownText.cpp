@@ -27,24 +27,34 @@ bool isHarmless(QChar character) {
 }
 
 /// At most so many characters of it, and no half of one.
-QString beginning(const std::string& text, qsizetype longest) {
-    constexpr qsizetype bytesOfCharacter = 4;
-    const auto bytes = std::min(static_cast<qsizetype>(text.size()), (longest + 2) * bytesOfCharacter);
-    auto shown = QString::fromUtf8(text.data(), bytes);
+QString cut(QString shown, qsizetype longest) {
     if (shown.size() <= longest)
         return shown;
     shown.truncate(shown.at(longest - 1).isHighSurrogate() ? longest - 1 : longest);
     return shown + QChar(0x2026);
 }
 
-} // namespace
+QString beginning(const std::string& text, qsizetype longest) {
+    constexpr qsizetype bytesOfCharacter = 4;
+    const auto bytes = std::min(static_cast<qsizetype>(text.size()), (longest + 2) * bytesOfCharacter);
+    return cut(QString::fromUtf8(text.data(), bytes), longest);
+}
 
-QString line(const std::string& text) {
-    auto shown = beginning(text, longestLine);
+QString onOneLine(QString shown) {
     for (auto& character : shown)
         if (!isHarmless(character))
             character = QLatin1Char(' ');
     return shown;
+}
+
+} // namespace
+
+QString line(const std::string& text) {
+    return onOneLine(beginning(text, longestLine));
+}
+
+QString line(const QString& text) {
+    return onOneLine(cut(text, longestLine));
 }
 
 QString message(const std::string& text) {

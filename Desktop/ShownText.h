@@ -10,6 +10,7 @@ namespace quorrel::ShownText {
 /// A name or a message, which may come from the network, as one line of plain text: what would break the line, move
 /// or reorder the text around it becomes a blank, and what nobody could read to its end is cut.
 [[nodiscard]] QString line(const std::string& text);
+[[nodiscard]] QString line(const QString& text);
 
 /// As `line`, for a text that has lines of its own.
 [[nodiscard]] QString message(const std::string& text);

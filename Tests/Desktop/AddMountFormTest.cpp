@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/AddMountForm.h"
 
+#include "Desktop/ShownText.h"
 #include "Foundation/TextList.h"
 #include "Tests/Desktop/AddMountFixture.h"
 #include "Tests/Desktop/WidgetWalk.h"
+#include "Tests/Fakes/HostileNames.h"
 #include "Tests/Fakes/ThreadTime.h"
 
 #include <gmock/gmock.h>
 
 #include <QAbstractItemView>
 #include <QAccessible>
+#include <QCompleter>
 #include <QSpinBox>
 
 #include <limits>
@@ -242,6 +245,37 @@ TEST_F(AddMountFormTest, ServersThatAreFoundJoinTheListBesideWhatIsTyped) {
     EXPECT_THAT(offered(), ElementsAre("beamer", "media", "Zoo"));
     EXPECT_EQ(servers.currentText(), "nas") << "the user's choice stays though its server went";
     EXPECT_EQ(controller->_Name.get(), "nas");
+    controller->cancelMountSheet();
+    controller->setBonjourServices(nullptr);
+}
+
+TEST_F(AddMountFormTest, AnyServersNameIsOneRowAndIsChosenAsItIs) {
+    struct : Observable {
+        TextList names { *this, "names" };
+    } found;
+    for (const auto& [evil, name] : hostileNames())
+        if (!name.empty())
+            found.names.append(name);
+    controller->setBonjourServices(&found.names);
+    auto& sheet = add();
+    auto& servers = named<QComboBox>(sheet, "serverName");
+    EXPECT_EQ(servers.count(), static_cast<int>(found.names.count()));
+    for (const auto* model : { servers.model(), servers.completer()->popup()->model() })
+        for (int row = 0; row < model->rowCount(); ++row) {
+            const auto shown = model->index(row, 0).data().toString();
+            EXPECT_EQ(shown, ShownText::line(shown.toStdString()));
+            EXPECT_LE(shown.size(), 1001);
+        }
+    auto* list = QAccessible::queryAccessibleInterface(servers.view());
+    ASSERT_NE(list, nullptr);
+    const std::string evil = "nas\n2026-11-21 10:11:12.345 Quorrel[1:1] Network Reachable.";
+    const int row
+        = servers.findData(QString::fromStdString(evil), Qt::EditRole, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    ASSERT_GE(row, 0);
+    EXPECT_EQ(list->child(row)->text(QAccessible::Name).toStdString(),
+        "nas 2026-11-21 10:11:12.345 Quorrel[1:1] Network Reachable.");
+    servers.setCurrentIndex(row);
+    EXPECT_EQ(controller->_Name.get(), evil);
     controller->cancelMountSheet();
     controller->setBonjourServices(nullptr);
 }
