@@ -6,6 +6,7 @@
 #include <QChar>
 
 #include <algorithm>
+#include <utility>
 
 namespace quorrel::MenuLabel {
 
@@ -21,10 +22,20 @@ QString withoutIndentation(const QString& text) {
     return text.mid(first - text.begin());
 }
 
+/// Some desktops on GTK unescape the label of a row without a menu of its own twice if it has a marked character, and
+/// others once. No label with an underscore behind the marked ampersand is right for both, so that another character,
+/// which looks like one and is in most fonts, stands there instead.
+void replaceUnderscoresBehindMark(QString& text) {
+    constexpr QChar lowMacron(0x02cd);
+    const auto ampersand = text.indexOf(mnemonicMark);
+    const auto underscore = text.indexOf(desktopsMark);
+    if (ampersand >= 0 && ampersand < underscore)
+        text.replace(desktopsMark, lowMacron);
+}
+
 /// The desktop's own mark is doubled. Qt makes the first "&" of a text the desktop's mark, unless it is the last
 /// character, and leaves the others as they are: so an additional one comes first. It is the second half of a doubled
-/// mark where there is one to the left, and otherwise marks the ampersand itself. A marked character is to be avoided,
-/// since desktops on GTK unescape a label twice that has one.
+/// mark where there is one to the left, and otherwise marks the ampersand itself.
 QString escapedForDesktop(QString text) {
     const auto ampersand = text.indexOf(mnemonicMark);
     const auto underscore = text.indexOf(desktopsMark);
@@ -39,11 +50,14 @@ QString escapedForDesktop(QString text) {
 } // namespace
 
 QString textOf(const MenuItem& item, Drawer drawer) {
-    const auto title = withoutIndentation(ShownText::line(item.title));
+    auto title = withoutIndentation(ShownText::line(item.title));
     const QString indentation(std::max(item.indentationLevel, 0), emSpace);
-    if (drawer == Drawer::Desktop)
-        return indentation + escapedForDesktop(title);
-    return indentation + QString(title).replace(mnemonicMark, QStringLiteral("&&"));
+    if (drawer == Drawer::Desktop) {
+        if (!item.submenu)
+            replaceUnderscoresBehindMark(title);
+        return indentation + escapedForDesktop(std::move(title));
+    }
+    return indentation + title.replace(mnemonicMark, QStringLiteral("&&"));
 }
 
 } // namespace quorrel::MenuLabel

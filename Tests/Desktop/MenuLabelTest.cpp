@@ -8,6 +8,8 @@
 #include <QChar>
 #include <QString>
 
+#include <cmath>
+#include <memory>
 #include <string>
 
 namespace quorrel {
@@ -29,8 +31,52 @@ TEST(MenuLabel, DoublesEveryAmpersandForQt) {
 TEST(MenuLabel, DoublesUnderscoresAndTheFirstAmpersandForTheDesktop) {
     EXPECT_EQ(text("my_share_2", MenuLabel::Drawer::Desktop), "my__share__2");
     EXPECT_EQ(text("a & b & c", MenuLabel::Drawer::Desktop), "a && b & c");
-    EXPECT_EQ(text("a&_b", MenuLabel::Drawer::Desktop), "a&&__b");
+    EXPECT_EQ(text("a&_b", MenuLabel::Drawer::Desktop), "a&&\u02cdb");
     EXPECT_EQ(text("a_&_&", MenuLabel::Drawer::Desktop), "a_&&__&");
+}
+
+/// What Qt sends for it: the first ampersand that is not the last character is the desktop's mark.
+QString onTheBus(QString label) {
+    const auto ampersand = label.indexOf('&');
+    return ampersand < 0 || ampersand == label.size() - 1 ? label : label.replace(ampersand, 1, '_');
+}
+
+/// What a toolkit shows of it; of two underscores one, of one none.
+QString unescaped(const QString& label, bool* isMarked) {
+    QString shown;
+    for (int index = 0; index < label.size(); ++index) {
+        if (label.at(index) == '_' && index + 1 < label.size()) {
+            *isMarked = *isMarked || label.at(index + 1) != '_';
+            ++index;
+        }
+        shown += label.at(index);
+    }
+    return shown;
+}
+
+TEST(MenuLabel, NoDesktopLosesACharacterOfATitle) {
+    constexpr int length = 6;
+    constexpr int kinds = 4;
+    for (int number = 0; number < std::pow(kinds, length); ++number) {
+        std::string title = "x"; // a blank in front is removed
+        for (int rest = number; rest > 0; rest /= kinds)
+            title += "a&_ "[rest % kinds];
+        const auto wanted = QString::fromStdString(title);
+        for (const bool hasMenu : { false, true }) {
+            MenuItem item { title };
+            if (hasMenu)
+                item.submenu = std::make_shared<Menu>();
+            bool isMarked = false;
+            auto shown = unescaped(onTheBus(MenuLabel::textOf(item, MenuLabel::Drawer::Desktop)), &isMarked);
+            const auto alike = [](QString each) { return each.replace(QChar(0x02cd), '_'); };
+            EXPECT_EQ(alike(shown), wanted) << title;
+            if (hasMenu) {
+                EXPECT_EQ(shown, wanted) << title;
+            } else if (isMarked) {
+                EXPECT_EQ(alike(unescaped(shown, &isMarked)), wanted) << title;
+            }
+        }
+    }
 }
 
 TEST(MenuLabel, KeepsEveryTitleOnOneLineWithoutColumns) {

@@ -29,7 +29,14 @@ SMALLEST_ICON = 16
 # As the program's menu has them.
 HARD_NAMES = ["my_share_2", "_", "R&D & sales & more", "a_&_b", "a&_b_&", "ends in &", "tab\there", "line\nbreak",
               "שרת : מסמכים", "Über uns"]
-ON_ONE_LINE = [re.sub(r"[\t\n]", " ", name) for name in HARD_NAMES]
+LOW_MACRON = "\u02cd"  # for the underscores that desktops on GTK would drop
+
+
+def without_dropped(name):
+    return name.replace("_", LOW_MACRON) if 0 <= name.find("&") < name.find("_") else name
+
+
+ON_ONE_LINE = [without_dropped(re.sub(r"[\t\n]", " ", name)) for name in HARD_NAMES]
 
 WATCHER_INTERFACE = """<node><interface name="org.kde.StatusNotifierWatcher">
 <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
