@@ -1,14 +1,16 @@
 #!/usr/bin/python3 -B
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""hostile_names_test.py PROGRAM: names that a real network announces, and that stand in the catalogue, stay names.
+"""hostile_names_test.py PROGRAM: names that networks and files tell, and that stand in the catalogue, stay names.
 
 Runs under scripts/testbed with --netns --servers avahi --desktop panel.
 """
 
+import json
 import os
 import plistlib
 import re
 import signal
+import subprocess
 import sys
 import types
 
@@ -40,11 +42,26 @@ SHOWN = {  # in menus and lists
     NAMES[1]: f"{MARKER} [2J ]0;t    b",
     NAMES[2]: f"{MARKER} gnp. exe ",
 }
+# What nmblookup tells of other machines, and the words of a hosts file, which is ASCII without blanks in its names. A
+# carriage return ends a line there, too.
+TOLD = ["Mr. T\x1b[2J\x07", "../Mr. T", "-Mr. T", "%n%s%@Mr. T\"'`$(id)", "<b>Mr. T</b>", f"T\r{STAMP}Told.",
+        "Mr. T\0\x7f"]
+LISTED = [name.replace(" ", "") + "-listed" for name in TOLD]
+CONTROLS = re.compile("[\x00-\x08\x0b-\x1f\x7f-\x9f\u2028\u2029\u202a-\u202e\u2066-\u2069]")
 LINE = re.compile(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} Quorrel\[(\d+):\d+\] ")
 
 
 def shown(name):
-    return SHOWN.get(name, name)
+    return SHOWN.get(name) or "".join(" " if character < " " or character == "\x7f" else character for character in name)
+
+
+def cover(place, content, mode):
+    """Puts a file of ours in the place of the machine's, for what runs in the bed's namespace."""
+    path = os.path.join(os.environ["QTB_DIR"], "cover-" + os.path.basename(place))
+    with open(path, "w", encoding="utf-8", newline="") as file:
+        file.write(content)
+    os.chmod(path, mode)
+    subprocess.run(["mount", "--bind", path, place], stdin=subprocess.DEVNULL, timeout=20, check=True)
 
 
 def write_files():
@@ -57,7 +74,12 @@ def write_files():
     path = os.path.join(os.environ["XDG_CONFIG_HOME"], "Quorrel", "Quorrel.conf")
     os.makedirs(os.path.dirname(path), 0o700)
     with open(path, "w", encoding="utf-8") as file:
-        file.write("[Flags]\nscanForSMBHosts=false\nlogToConsole=true\n")
+        file.write("[Flags]\nscanForSMBHosts=true\nlookUpHostFile=true\nlogToConsole=true\n")
+    names = os.path.join(os.environ["QTB_DIR"], "netbios-names")
+    with open(names, "w", encoding="utf-8", newline="") as file:
+        file.write("".join(f"{name}, 10.77.0.2 *<00>\n" for name in TOLD))
+    cover("/usr/bin/nmblookup", f"#!/bin/sh\nexec cat '{names}'\n", 0o755)
+    cover("/etc/hosts", "127.0.0.1 localhost\n" + "".join(f"127.0.0.9 {name}\n" for name in LISTED), 0o644)
 
 
 def log():
@@ -93,9 +115,23 @@ class Names:
             found = LINE.match(line)
             # What the tools print stands there, too.
             expect(not found or int(found[1]) == self.run.process.pid, f"forged: {line!r}")
-        expect(not re.search("[\x00-\x08\x0b-\x1f\x7f-\x9f\u2028\u2029\u202a-\u202e\u2066-\u2069]", text),
-               f"the log has controls in it: {text!r}")
+        expect(not CONTROLS.search(text), f"the log has controls in it: {text!r}")
         expect(f"{MARKER}\\n{STAMP}Forged. Appeared\n" in text, text)
+
+    def the_terminal_shows_each_on_one_line(self):
+        tool = os.path.join(os.path.dirname(self.program), "quorrelctl")
+        # With a log of its own, so that each line of the program's is the program's.
+        environment = {**os.environ, "XDG_STATE_HOME": os.path.join(os.environ["QTB_DIR"], "tool")}
+
+        def printed(*arguments):
+            text = subprocess.run([tool, *arguments], stdin=subprocess.DEVNULL, capture_output=True, timeout=60,
+                                  env=environment, check=True).stdout.decode()
+            expect(not CONTROLS.search(text), f"quorrelctl {arguments} prints {text!r}")
+            return text
+
+        lines = printed("list").splitlines()
+        expect(len(lines) == 1 + len(NAMES), f"quorrelctl lists {lines}")
+        expect(sorted(row["host"] for row in json.loads(printed("list", "--json"))) == sorted(NAMES), "not all in JSON")
 
     def each_is_one_row_of_each_menu(self):
         wanted = sorted(shown(name).strip() for name in NAMES)
@@ -104,6 +140,7 @@ class Names:
             expect(sorted(row for row in rows if MARKER in row) == wanted, f"{menu} has {rows}")
         for name in NAMES:
             rows = self.tray.titles("Mount", shown(name).strip())
+            rows = [row.replace("\u02cd", "_") for row in rows]  # what this desktop would drop
             expect([row for row in rows if MARKER in row] == [shown(name).strip()], f"{name!r} has {rows}")
 
     def the_window_shows_them_as_they_stand(self):
@@ -126,7 +163,9 @@ class Names:
         self.tray.choose("Add Share…")
         dialog = self.run.application().find("Add Share", "dialog")
         offered = dialog.find("Server name:", "list", showing=False)
-        screen.wait_for(lambda: {node.name for node in offered.walk()} >= set(NAMES), f"not all are offered: {offered.tree()}")
+        wanted = {shown(name) for name in NAMES + [each.split("\r")[-1] for each in TOLD + LISTED]}
+        missing = lambda: wanted - {node.name for node in offered.walk()}  # noqa: E731
+        screen.wait_for(lambda: not missing(), lambda: f"not all are offered: {missing()}")
         self.picture("editor")
         dialog.find("Cancel", "push button").click()
         self.run.application().await_gone("Add Share", "dialog")
@@ -152,7 +191,8 @@ class Names:
 
 def main():
     return run_steps(Names(os.path.realpath(sys.argv[1])), (
-        "the_network_announces_them", "none_forges_a_line_of_the_log", "each_is_one_row_of_each_menu",
+        "the_network_announces_them", "none_forges_a_line_of_the_log",
+        "the_terminal_shows_each_on_one_line", "each_is_one_row_of_each_menu",
         "the_window_shows_them_as_they_stand", "the_editor_offers_them", "nothing_is_made_of_them"))
 
 

@@ -2,6 +2,7 @@
 #include "Sources/HostFileScanner.h"
 
 #include "Foundation/TextList.h"
+#include "Tests/Fakes/HostileNames.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 #include "Tests/Fakes/ThreadTime.h"
 #include "Tests/Sources/WatchFixture.h"
@@ -93,6 +94,21 @@ TEST_F(HostFileScannerTest, oneByteOutsideASCIISpoilsTheFile) {
     EXPECT_THAT(namesIn("10.0.0.5 nas\n\x80"), IsEmpty());
     EXPECT_THAT(namesIn(std::string(200'000, '\n') + "\xFF\n10.0.0.5 nas\n"), IsEmpty());
     EXPECT_THAT(namesIn("10.0.0.5 n\x7F\x01\n"), ElementsAre("n\x7F\x01"));
+}
+
+TEST_F(HostFileScannerTest, anyNameIsNamesWithoutBlanksOrNone) {
+    for (const auto& [evil, name] : hostileNames()) {
+        sink.clear();
+        const auto names = namesIn("10.0.0.5 " + name + "\n10.0.0.6 nas2\n");
+        const bool isASCII = std::all_of(name.begin(), name.end(), [](char letter) { return letter >= 0; });
+        EXPECT_EQ(!names.empty() && names.back() == "nas2", isASCII) << evil;
+        EXPECT_TRUE(isASCII || names.empty()) << evil;
+        for (const auto& each : names)
+            EXPECT_EQ(each.find_first_of(" \t\r\n"), std::string::npos) << evil;
+        EXPECT_THAT(sink.texts(),
+            ElementsAre("Scaning local hosts file thread started", "Scaning local hosts file thread ended"))
+            << evil;
+    }
 }
 
 TEST_F(HostFileScannerTest, whatIsNoReadableFileAddsNothing) {

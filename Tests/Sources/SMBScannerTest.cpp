@@ -2,8 +2,10 @@
 #include "Sources/SMBScanner.h"
 
 #include "Foundation/OperationQueue.h"
+#include "Foundation/Text.h"
 #include "Foundation/TextList.h"
 #include "Tests/Fakes/Gate.h"
+#include "Tests/Fakes/HostileNames.h"
 #include "Tests/Sources/WatchFixture.h"
 
 #include <memory>
@@ -104,6 +106,27 @@ TEST_F(SMBScannerTest, itsBeginningAndItsEndAreLoggedIfTheLogIsOn) {
     childProcess.setOutput(nmblookup, {});
     scanner->main();
     EXPECT_THAT(sink.texts(), IsEmpty());
+}
+
+TEST_F(SMBScannerTest, anyNameIsOneNameOnOneLineOrNone) {
+    for (const auto& [evil, name] : hostileNames()) {
+        sink.clear();
+        Owner fresh;
+        scanner->setSmbHosts(&fresh.names);
+        childProcess.setOutput(nmblookup, name + ", 10.0.0.2 *<00>\nnas2, 10.0.0.3 *<00>\n");
+        scanner->main();
+        const auto names = fresh.names.snapshot();
+        EXPECT_LE(names.size(), 2U) << evil;
+        EXPECT_TRUE(!names.empty() && names.back() == "nas2") << evil;
+        for (const auto& each : names) {
+            EXPECT_EQ(each.find_first_of("\r\n"), std::string::npos) << evil;
+            EXPECT_TRUE(Text::isUTF8(each)) << evil;
+        }
+        EXPECT_THAT(
+            sink.texts(), ElementsAre("Scaning for samba hosts Thread Started", "Scaning for samba hosts Thread ended"))
+            << evil;
+        scanner->setSmbHosts(nullptr);
+    }
 }
 
 TEST_F(SMBScannerTest, oneThatIsCancelledWhileItWaitsNeverRuns) {
