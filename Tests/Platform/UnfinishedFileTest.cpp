@@ -56,8 +56,8 @@ TEST_F(UnfinishedFileTest, leavesOneThatIsBeingWritten) {
 
 TEST_F(UnfinishedFileTest, leavesWhatOnlyResemblesALeftover) {
     for (const char* name : { "a.plist.new", "a.plist.-.new", "a.plist.1-.new", "a.plist.-1.new", "a.plist.1-2.newer",
-             "a.plist.1-2", "a.plist.x1-2.new", "a.plist.1-2x.new", "a.plist1-2.new", "b.plist.1-2.new",
-             "a.plist.1.new", "a.plist.1-2-3.new" })
+             "a.plist.1-2", "a.plistx1-2.new", "a.plist.x1-2.new", "a.plist.1-2x.new", "a.plist1-2.new",
+             "b.plist.1-2.new", "a.plist.1.new", "a.plist.1-2-3.new" })
         folder.put(name, "precious");
     std::filesystem::create_directory(folder.path("a.plist.5-0.new"));
     std::filesystem::create_symlink("b.plist.1-2.new", folder.path("a.plist.6-0.new"));

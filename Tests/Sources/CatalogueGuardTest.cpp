@@ -127,6 +127,50 @@ TEST_F(CatalogueGuardTest, aWriteThatFailedLeavesItKnowingWhatIsThere) {
     EXPECT_EQ(refusals, 0);
 }
 
+/// A disk that fails late: when the new file is whole, or only when it is in its place.
+class FailingDisk final : public PropertyListFile {
+public:
+    enum class Failing { Never, BeforeItsPlace, InItsPlace };
+
+    explicit FailingDisk(PropertyListFile& files)
+        : m_files(files) { }
+
+    [[nodiscard]] PropertyListReadResult read(const std::string& path) override { return m_files.read(path); }
+    using PropertyListFile::write;
+    [[nodiscard]] std::optional<std::string> write(
+        const std::string& path, const PropertyValue& root, const LastLook& lastLook) override {
+        const std::string reason = "Input/output error";
+        auto failure = m_files.write(path, root, [&](const std::string& newFile) -> std::optional<std::string> {
+            if (auto refusal = lastLook(newFile))
+                return refusal;
+            return failing == Failing::BeforeItsPlace ? std::optional(reason) : std::nullopt;
+        });
+        return failing == Failing::InItsPlace ? reason : failure;
+    }
+    [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path) override {
+        return m_files.keepDamaged(path);
+    }
+
+    Failing failing = Failing::Never;
+
+private:
+    PropertyListFile& m_files;
+};
+
+TEST_F(CatalogueGuardTest, aWriteThatFailsLateIsNobodysEdit) {
+    FailingDisk disk(files);
+    CatalogueGuard onDisk(
+        disk, fileVersion, CatalogueGuard::OnEdited::Refuse, [this](const std::string&) { ++refusals; });
+    ASSERT_EQ(onDisk.write(path, list("mine")), std::nullopt);
+    for (const auto failing : { FailingDisk::Failing::BeforeItsPlace, FailingDisk::Failing::InItsPlace }) {
+        disk.failing = failing;
+        EXPECT_EQ(onDisk.write(path, list("and mine")), "Input/output error");
+        disk.failing = FailingDisk::Failing::Never;
+        EXPECT_EQ(onDisk.write(path, list("mine again")), std::nullopt);
+    }
+    EXPECT_EQ(refusals, 0);
+}
+
 TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramWroteInPlace) {
     ASSERT_EQ(guard.write(path, list("mine")), std::nullopt);
     auto text = folder.contentOf("Quorrel2.plist");

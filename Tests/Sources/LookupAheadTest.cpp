@@ -8,6 +8,8 @@
 #include "Tests/Sources/SlowTools.h"
 
 #include <atomic>
+#include <optional>
+#include <stdexcept>
 #include <vector>
 
 namespace quorrel {
@@ -112,6 +114,14 @@ TEST_F(LookupAheadTest, APerformanceHearsWhatTheToolsSaidAndRunsNone) {
     }
     EXPECT_TRUE(NSLookUp(ahead, log).lookup("attic"));
     EXPECT_EQ(childProcess.calls().size(), 3U);
+}
+
+TEST_F(LookupAheadTest, AToolThatCannotEvenBeAskedIsNotWaitedForForEver) {
+    childProcess.setResponder(nslookup,
+        [](const FakeChildProcess::Call&) -> ChildProcessResult { throw std::runtime_error("no memory for it"); });
+    Rehearsal rehearsal(ahead);
+    EXPECT_TRUE(comesToKnow(rehearsal, { of("attic") }));
+    EXPECT_EQ(rehearsal.answer(nslookup, { "attic" }), std::nullopt);
 }
 
 TEST_F(LookupAheadTest, MayGoWhileNobodyWaitsForItsAnswers) {

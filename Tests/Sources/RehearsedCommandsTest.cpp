@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace quorrel {
@@ -232,6 +233,58 @@ TEST_F(RehearsedCommandsTest, TheNetworkMountsInTheOrderOfTheCatalogueAndBeforeW
     EXPECT_FALSE(attic->resolved.get()) << "the network went last";
 }
 
+TEST_F(RehearsedCommandsTest, WhatTheNetworkLeadsToComesRightBehindItAndOnce) {
+    tools.hold("attic");
+    const auto slow = addHost("attic", ftp, { "a" });
+    const auto numbered = addHost("192.168.1.20", ftp, { "b" });
+    controller->applicationDidFinishLaunching();
+    controller->hosts.replace({ slow, numbered });
+    occupyQueue();
+    logSink.clear();
+    controller->mountSharePoint(slow->sharePointForName("a"));
+    announceReachability(true);
+    controller->mountSharePoint(numbered->sharePointForName("b"));
+    announceReachability(false);
+    tools.letGo("attic");
+    finish();
+    const auto lines = logSink.texts();
+    const auto place = [&](const char* text) { return std::find(lines.begin(), lines.end(), text) - lines.begin(); };
+    EXPECT_LT(place("Mounting all automatic SharePoints"), place("IP Address detected, assuming resolve."));
+    EXPECT_LT(place("IP Address detected, assuming resolve."), place("Network NOT Reachable."));
+    EXPECT_EQ(countOfLogged("IP Address detected, assuming resolve."), 1U);
+    EXPECT_FALSE(numbered->resolved.get()) << "the network went last";
+    EXPECT_EQ(waitingOperations(), 2U);
+}
+
+TEST_F(RehearsedCommandsTest, NothingIsUnmountedBeforeTheNetworkIsHeardOf) {
+    tools.hold("attic");
+    const auto slow = addHost("attic", ftp, { "a" });
+    const auto other = addHost("192.168.1.20", ftp, { "b" });
+    other->sharePointForName("b")->referenceNumber.set(7);
+    mountNothingOnItsOwn(other);
+    controller->applicationDidFinishLaunching();
+    controller->hosts.replace({ slow, other });
+    occupyQueue();
+    controller->mountSharePoint(slow->sharePointForName("a"));
+    announceReachability(true);
+    controller->unmount(other->sharePointForName("b"));
+    EXPECT_EQ(waitingOperations(), 0U);
+    tools.letGo("attic");
+    finish();
+    EXPECT_EQ(waitingOperations(), 2U) << "one mount, one unmount";
+}
+
+TEST_F(RehearsedCommandsTest, WhatWaitedBehindMountsThatAreCalledOffWaitsNoLonger) {
+    tools.hold("attic");
+    const auto slow = addHost("attic", ftp, { "a" });
+    controller->mountSharePoint(slow->sharePointForName("a"));
+    announceService(0, "cellar", "_ftp._tcp.");
+    EXPECT_EQ(countOfLogged("cellar Left"), 0U);
+    controller->unmountAllListItem();
+    EXPECT_EQ(countOfLogged("cellar Left"), 1U);
+    EXPECT_TRUE(controller->workLine().isEmpty());
+}
+
 TEST_F(RehearsedCommandsTest, AServersAppearanceWaitsForItsNameAndItsLeavingForThat) {
     tools.hold("attic");
     const auto host = addHost("attic", smb, { "a" });
@@ -354,6 +407,18 @@ TEST_F(RehearsedCommandsTest, WhereDNSServiceDiscoveryIsInVainTheHostWaitsForThe
     EXPECT_TRUE(host->resolved.get());
     EXPECT_EQ(childProcess.calls().size(), 1U);
     EXPECT_EQ(countOfLogged("nslookup resolved attic to: 10.0.0.7"), 1U);
+}
+
+TEST_F(RehearsedCommandsTest, AHostThatIsResetMeanwhileIsNotBroughtBackByTheTool) {
+    tools.hold("attic");
+    const auto host = addHost("attic", afp, { "a" });
+    controller->mountSharePoint(host->sharePointForName("a"));
+    discovery.advance(Seconds(5));
+    EXPECT_TRUE(tools.isAsked("attic"));
+    host->resetStatus();
+    letAtticGo();
+    EXPECT_FALSE(host->resolved.get());
+    EXPECT_EQ(countOfLogged("nslookup resolved attic to: 10.0.0.7"), 0U);
 }
 
 TEST_F(RehearsedCommandsTest, AResolverThatGoesMeanwhileLeavesNoHostResolving) {
