@@ -48,8 +48,8 @@ std::size_t distance(const std::string& typed, const std::string& name) {
     const auto candidate = Text::lowerCase(name);
     if (wanted.size() >= shortestPart && wanted != candidate && candidate.find(wanted) != std::string::npos)
         return distanceOfPart;
-    const auto [shorter, longer] = std::minmax(wanted.size(), candidate.size());
-    return longer - shorter > farOff ? longer - shorter : editDistance(wanted, candidate);
+    const auto difference = std::max(wanted.size(), candidate.size()) - std::min(wanted.size(), candidate.size());
+    return difference > farOff ? difference : editDistance(wanted, candidate);
 }
 
 /// Of the items, those whose name is exactly that; else those whose name is that letter case aside, provided that they
