@@ -81,12 +81,15 @@ std::optional<std::string> CatalogueGuard::write(
 }
 
 std::optional<std::string> CatalogueGuard::keepDamaged(const std::string& path) {
-    if (auto reason = refusal(path))
-        return reason;
-    auto failure = m_files.keepDamaged(path);
-    if (!failure)
-        m_known[path] = { m_version(path), std::nullopt };
-    return failure;
+    const bool edited = isEdited(path);
+    if (edited && m_onEdited == OnEdited::Refuse)
+        return refusal(path);
+    if (auto failure = m_files.keepDamaged(path))
+        return failure;
+    m_known[path] = { m_version(path), std::nullopt };
+    if (edited)
+        m_edited(path);
+    return std::nullopt;
 }
 
 std::optional<std::string> CatalogueGuard::refusal(const std::string& path) {

@@ -66,6 +66,15 @@ int renameToFree(const std::string& from, const std::string& to) {
     return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
+/// Gives a file a second name unless something has that, or a new name where files have but one; returns the error
+/// number.
+int keepUnder(const std::string& file, const std::string& name) {
+    if (::link(file.c_str(), name.c_str()) == 0)
+        return 0;
+    const bool hasLinks = errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK;
+    return hasLinks ? errno : renameToFree(file, name);
+}
+
 } // namespace
 
 Content read(const std::string& path, std::size_t largest) {
@@ -138,7 +147,7 @@ std::optional<std::string> keepDamaged(const std::string& path) {
     const auto target = isFile ? behindLinks(path).value_or(path) : path;
     for (int number = 1; number < INT_MAX; ++number) {
         const auto name = target + ".damaged" + (number == 1 ? std::string() : "-" + std::to_string(number));
-        const int error = renameToFree(target, name);
+        const int error = isFile ? keepUnder(target, name) : renameToFree(target, name);
         if (error == 0 || error == ENOENT)
             return std::nullopt;
         if (error != EEXIST)

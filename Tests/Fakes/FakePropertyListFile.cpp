@@ -42,14 +42,13 @@ std::optional<std::string> FakePropertyListFile::keepDamaged(const std::string& 
     const std::lock_guard lock(m_mutex);
     if (m_keepFailure)
         return m_keepFailure;
-    auto file = m_files.extract(path);
-    if (file.empty())
+    const auto file = m_files.find(path);
+    if (file == m_files.end())
         return std::nullopt;
     std::string name = path + ".damaged";
     for (int number = 2; m_files.contains(name); ++number)
         name = path + ".damaged-" + std::to_string(number);
-    file.key() = name;
-    m_files.insert(std::move(file));
+    m_files[name] = file->second;
     return std::nullopt;
 }
 

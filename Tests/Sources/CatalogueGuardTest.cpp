@@ -281,6 +281,18 @@ TEST_F(CatalogueGuardTest, keepsWhatAnotherProgramWroteBesideAndTellsOfEach) {
     EXPECT_THAT(folder.names(), ElementsAre("Quorrel2.plist", "Quorrel2.plist.damaged", "Quorrel2.plist.damaged-2"));
 }
 
+TEST_F(CatalogueGuardTest, keepingWhatAnotherProgramWroteLeavesNoMomentWithoutACatalogue) {
+    ASSERT_EQ(files.write(path, list("mine")), std::nullopt);
+    PropertyListReadResult meanwhile;
+    CatalogueGuard watched(files, fileVersion, CatalogueGuard::OnEdited::KeepBeside,
+        [&](const std::string&) { meanwhile = files.read(path); });
+    ASSERT_EQ(watched.read(path).root, list("mine"));
+    ASSERT_EQ(files.write(path, list("hers")), std::nullopt);
+    EXPECT_EQ(watched.write(path, list("mine again")), std::nullopt);
+    EXPECT_EQ(meanwhile.root, list("hers"));
+    EXPECT_EQ(files.read(path + ".damaged").root, list("hers"));
+}
+
 TEST_F(CatalogueGuardTest, keepsWhatAnotherProgramWroteMeanwhileToo) {
     HastyEditor editor(files, true);
     CatalogueGuard hurried(
