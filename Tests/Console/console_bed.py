@@ -36,14 +36,14 @@ def share(service, name, **login):
     return service, {"displayType": service, "sharePoint": name, "automatically": True, **login}
 
 
-def catalogue(hosts):
-    """Writes the catalogue: host names with lists of share()."""
+def catalogue(hosts, form=plistlib.FMT_XML):
+    """Writes the catalogue: host names with lists of share(). Only the binary form has every character."""
     shutil.rmtree(DATA, ignore_errors=True)
     os.makedirs(DATA, 0o700)
     with open(os.path.join(DATA, "Quorrel2.plist"), "wb") as file:
         plistlib.dump([{"displayName": name, "automatically": True,
                         "services": [{"displayType": service} for service in sorted({each for each, _ in shares})],
-                        "sharePoints": [entry for _, entry in shares]} for name, shares in hosts.items()], file)
+                        "sharePoints": [entry for _, entry in shares]} for name, shares in hosts.items()], file, fmt=form)
 
 
 def run(*arguments, **more):

@@ -2,6 +2,7 @@
 #include "Desktop/AddMountDialog.h"
 
 #include "Tests/Desktop/AddMountFixture.h"
+#include "Tests/Fakes/HostileNames.h"
 
 #include <gmock/gmock.h>
 
@@ -137,6 +138,31 @@ TEST_F(AddMountDialogTest, AShareThatStandsThereAlreadyLeavesTheSheetUpWithAllTh
     EXPECT_EQ(named<QLineEdit>(sheet, "userName").text(), "berta");
     EXPECT_EQ(named<QLineEdit>(sheet, "scriptArguments").text(), "-v");
     EXPECT_FALSE(named<QWidget>(sheet, "removedNotice").isVisible()) << "nothing was removed";
+}
+
+TEST_F(AddMountDialogTest, AnyNameThatStandsThereAlreadyIsPlainTextOnALineOfItsOwn) {
+    for (const auto& [evil, name] : hostileNames()) {
+        if (name.empty())
+            continue; // has an alert of its own
+        addHost(name, { name });
+        auto& sheet = add();
+        choose(sheet, "Server");
+        controller->_Name.set(name);
+        controller->_SharePoint.set(name);
+        controller->_GuestLogin.set(true);
+        controller->addMountSaveAction();
+        auto* box = dynamic_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(box) << evil;
+        for (const auto* label : { "qt_msgbox_label", "qt_msgbox_informativelabel" })
+            EXPECT_EQ(named<QLabel>(*box, label).textFormat(), Qt::PlainText) << evil;
+        const auto text = box->informativeText();
+        EXPECT_LE(text.size(), 5001) << evil;
+        EXPECT_EQ(text.count('\n'), name.size() < 1000 ? 1 : 0) << evil;
+        EXPECT_FALSE(text.contains(QChar(0x202e)) || text.contains(QChar(0x1b)) || text.contains(QChar(0))) << evil;
+        EXPECT_EQ(closedAlert().title, "Oups!") << evil;
+        controller->cancelMountSheet();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 TEST_F(AddMountDialogTest, AnAlertShowsMarkupAsItStandsAndCallsBackOnceHoweverItIsClosed) {

@@ -2,8 +2,10 @@
 #include "Desktop/CatalogueWindow.h"
 
 #include "Desktop/RecordListModel.h"
+#include "Foundation/Text.h"
 #include "Tests/Desktop/CatalogueWindowFixture.h"
 #include "Tests/Desktop/WidgetWalk.h"
+#include "Tests/Fakes/HostileNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -324,6 +326,29 @@ TEST_F(CatalogueWindowTest, aNoticeStandsInNobodysWay) {
     QTest::mouseClick(box->findChild<QPushButton*>("noticeButton"), Qt::LeftButton);
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(box);
+}
+
+TEST_F(CatalogueWindowTest, anyNameInANoticeIsPlainTextOnOneLine) {
+    show();
+    for (const auto& [evil, name] : hostileNames()) {
+        window->showNotice(
+            Text::filledOnOneLine(strings.text("The folder %@ could not be opened."), { "/home/ann/Volumes/" + name }),
+            "No program for it could be started.");
+        auto* box = window->widget()->findChild<QDialog*>("alert");
+        ASSERT_TRUE(box) << evil;
+        for (const auto* label : { "qt_msgbox_label", "qt_msgbox_informativelabel" }) {
+            const auto* shown = box->findChild<QLabel*>(label);
+            EXPECT_EQ(shown->textFormat(), Qt::PlainText) << evil;
+            EXPECT_LE(shown->text().size(), 1001) << evil;
+            for (const QChar character : shown->text())
+                EXPECT_TRUE(character.category() != QChar::Other_Control && character != QChar(0x202e)
+                    && character != QChar(0x2028) && character != QChar(0x2066))
+                    << evil;
+        }
+        EXPECT_TRUE(box->windowTitle().startsWith("The folder /home/ann/Volumes/")) << evil;
+        QTest::mouseClick(box->findChild<QPushButton*>("noticeButton"), Qt::LeftButton);
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 TEST_F(CatalogueWindowTest, onFirstUseItIsCentredAndLaterWhereItWasLeft) {
