@@ -43,8 +43,8 @@ public:
     }
 
     /// Keeps the file at that path under a free name beside it: the path with ".damaged", then ".damaged-2" and so on
-    /// behind it. Returns why it failed, if it did; a path with nothing there succeeds. A file may stay at its path, too,
-    /// until the next write.
+    /// behind it. Returns why it failed, if it did; a path with nothing there succeeds. A file may stay at its path,
+    /// too, until the next write.
     [[nodiscard]] virtual std::optional<std::string> keepDamaged(const std::string& path) = 0;
 };
 

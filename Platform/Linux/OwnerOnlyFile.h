@@ -35,9 +35,10 @@ using LastLook = std::function<std::optional<std::string>(const std::string& new
 [[nodiscard]] std::optional<std::string> create(
     const std::string& stem, const std::string& ending, std::string_view bytes);
 
-/// Keeps what is there under the first free name of PATH.damaged, PATH.damaged-2 and so on; nothing there is no failure.
-/// A file has its own name as well until `replace` takes that, where the file system can do so, lest there be none when
-/// the program ends in between; anything else is moved. A link to a file stays, and the file is kept where it is.
+/// Keeps what is there under the first free name of PATH.damaged, PATH.damaged-2 and so on; nothing there is no
+/// failure. A file has its own name as well until `replace` takes that, where the file system can do so, lest there be
+/// none when the program ends in between; anything else is moved. A link to a file stays, and the file is kept where it
+/// is.
 [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path);
 
 /// Creates the folder and what is missing above it, each for the owner alone. One that is there stays as it is.
