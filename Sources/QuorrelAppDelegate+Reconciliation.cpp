@@ -47,6 +47,7 @@ void QuorrelAppDelegate::bonjourServiceNotigficationUpdate(const Notification& n
             .concerns = isOfServer,
         });
     } else if (action == serviceLeftAction) {
+        ++m_departures[*name];
         m_workLine.add({
             .key = "left " + *name,
             .perform = [this, name] { serviceLeft(*name); },
@@ -73,7 +74,9 @@ void QuorrelAppDelegate::serviceAppeared(const std::string& name, const Optional
 
 void QuorrelAppDelegate::serviceLeft(const std::string& name) {
     m_environment.log.line("%@ Left", { name });
-    bonjourServices.removeFirst(name);
+    // Departures that waited are one by now, but each takes one of the names.
+    const auto departures = m_departures.extract(name);
+    for (int left = departures ? departures.mapped() : 0; left > 0 && bonjourServices.removeFirst(name); --left) { }
     const auto host = firstHostNamed(name);
     if (!host)
         return;

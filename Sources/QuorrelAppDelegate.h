@@ -16,6 +16,7 @@
 
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -239,6 +240,7 @@ private:
     std::vector<std::unique_ptr<BonjourResolver>> m_resolverArray; // those whose hosts are being resolved, and the last
     std::vector<std::unique_ptr<BonjourMonitor>> m_monitorsArray;
     WorkLine m_workLine;
+    std::map<std::string, int> m_departures; // by server, of those that wait in the line
     std::optional<OperationQueue> m_opQueue;
     std::unique_ptr<DiskMonitor> m_diskMonitor;
     std::unique_ptr<StatusBarItem> m_statusBarItem;

@@ -45,15 +45,18 @@ Subscription WorkLine::observeEmptied(std::function<void()> callback) {
 }
 
 void WorkLine::add(Work work) {
-    if (const auto known = m_keyed.find(work.key); known != m_keyed.end())
+    bool wasFirst = false; // what stood behind it may be ready
+    if (const auto known = m_keyed.find(work.key); known != m_keyed.end()) {
+        wasFirst = known->second == m_line.begin();
         drop(known->second);
+    }
     const bool isFirst = isEmpty();
     const auto place = m_line.insert(m_isPerforming ? m_behind : m_line.end(), Waiting { std::move(work), nullptr });
     m_keyed[place->work.key] = place;
     // All that waits has its names looked up at the same time, and while it is prepared.
     if (!isFirst || place->work.prepare)
         static_cast<void>(isReady(*place));
-    if (isFirst)
+    if (isFirst || wasFirst)
         goOn();
 }
 
