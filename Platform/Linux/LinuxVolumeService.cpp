@@ -3,6 +3,7 @@
 
 #include "Platform/Linux/BackEndProcesses.h"
 #include "Platform/Linux/BoundedLoop.h"
+#include "Platform/Linux/FilesAhead.h"
 #include "Platform/Linux/FoundVolume.h"
 #include "Platform/Linux/GvfsLocation.h"
 #include "Platform/Linux/GvfsMount.h"
@@ -11,7 +12,6 @@
 #include "Platform/Linux/MountListMirror.h"
 #include "Platform/Linux/MountTracker.h"
 #include "Platform/Linux/ProcessTable.h"
-#include "Platform/Linux/ReadablePath.h"
 #include "Platform/Linux/TwinMount.h"
 #include "Platform/Linux/VolumeUsers.h"
 
@@ -28,7 +28,6 @@ constexpr int clumsyRounds = 2;
 constexpr Seconds answerLimit { 5 }; // for a volume that is mounted already to show that it lives
 constexpr Seconds lookUpLimit { 3 };
 constexpr Seconds fuseLimit { 2 }; // gvfs shows its mounts as files a moment after a session's first mount
-constexpr Seconds revivalLimit { 5 };
 constexpr Seconds lookAgain { 0.02 };
 constexpr auto nobodysFile = ".quorrel-nobodys-file";
 constexpr Seconds cleanupTime { 2 };
@@ -81,6 +80,16 @@ struct LinuxVolumeService::Place final {
     std::string within;
 
     [[nodiscard]] std::string readablePath() const { return mount.readablePath(within); }
+
+    /// A deeper mount of the same server is the one that gvfs itself would use.
+    static std::optional<Place> find(const std::vector<GvfsMount>& mounts, const GvfsLocation& location) {
+        std::optional<Place> place;
+        for (const auto& mount : mounts)
+            if (auto within = mount.pathWithin(location);
+                within && (!place || mount.prefix.size() > place->mount.prefix.size()))
+                place = Place { mount, std::move(*within) };
+        return place;
+    }
 };
 
 LinuxVolumeService::LinuxVolumeService(Log& log, const Preferences& preferences, const Settings& settings)
@@ -123,7 +132,8 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& aske
         const auto& location = twin ? *twin : asked;
         // AFP's program now and then waits for itself: the first one is not to have all the time there is.
         const auto limit = location.scheme == "afp" && round == 0 ? loop.remaining() / 3 : loop.remaining();
-        const auto failure = twin ? std::nullopt : attempt(loop, tracker, location, limit);
+        FilesAhead files(m_formerMounts, m_files, m_links);
+        const auto failure = twin ? std::nullopt : attempt(loop, tracker, location, limit, files);
         if (failure && !failure->isAlreadyMounted()) {
             if (!loop.isOver() && isClumsy(*failure, location, round)) {
                 m_log.line("Mounting %@ again: %@", { location.printable, failure->reason() });
@@ -140,9 +150,9 @@ MountReply LinuxVolumeService::mount(BoundedLoop& loop, const GvfsLocation& aske
             return { *status, 0 };
         if (!status)
             continue;
-        auto look = lookForFiles(*place);
+        files.begin(place->mount, place->readablePath());
         if (const auto reply = enter(*place, location, volumeName)) {
-            if (look && !waitForFiles(loop, tracker, *place, std::move(look)))
+            if (!files.wait(loop, tracker))
                 m_log.line("The files of %@ are slow to show", { location.printable });
             // AFP's program crashes in some accesses on a busy machine, and this was the first.
             if (location.scheme == "afp" && !loop.isOver() && isGone(tracker, reply->volumeReference)) {
@@ -181,42 +191,20 @@ std::optional<GvfsLocation> LinuxVolumeService::findTwin(
     return twin;
 }
 
-std::shared_ptr<ReadablePath::Look> LinuxVolumeService::lookForFiles(const Place& place) const {
-    const auto path = place.readablePath();
-    if (path.empty())
-        return nullptr; // there are none to wait for, as the log says
-    return m_formerMounts.contains(place.mount.fusePath) ? ReadablePath::lookUntilReachable(path)
-                                                         : ReadablePath::lookUntilListed(place.mount.fusePath);
-}
-
-bool LinuxVolumeService::waitForFiles(
-    BoundedLoop& loop, MountTracker& tracker, const Place& place, std::shared_ptr<ReadablePath::Look> look) {
-    // Now, since it may be somebody else who takes the mount away.
-    m_formerMounts.remember(place.mount.fusePath);
-    auto files = ReadablePath::wait(loop, *look);
-    if (files == ReadablePath::Files::CutOff) {
-        if (!m_files.revive(loop, tracker))
-            return false;
-        // What is listed may be a moment behind its folder.
-        const auto end = loop.remaining() - revivalLimit;
-        do {
-            loop.pause(lookAgain);
-            look = ReadablePath::lookAgain(*look);
-            files = ReadablePath::wait(loop, *look);
-        } while (files == ReadablePath::Files::CutOff && loop.remaining() > end && !loop.isOver());
-    }
-    return files == ReadablePath::Files::Shown;
-}
-
 std::optional<MountFailure> LinuxVolumeService::attempt(
-    BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit) {
+    BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit, FilesAhead& files) {
     if (tracker.isGioCutOff())
         return failureWithoutGio(find(loop, tracker, location).has_value());
     BackEndProcesses::Trace trace { location.backEndName(), ProcessTable::nowTicks(), {} };
     std::optional<MountFailure> failure;
     {
         MountAttempt attempt(loop, m_log, location, m_preferences.texts("trustedCertificates"));
-        failure = attempt.run(limit);
+        MountListMirror::Watch announcements(*m_mirror);
+        failure = attempt.run(limit, [&] {
+            const auto mounts = announcements.hasHeard() ? m_mirror->mounts() : std::nullopt;
+            if (const auto place = mounts ? Place::find(*mounts, location) : std::nullopt)
+                files.begin(place->mount, place->readablePath());
+        });
         trace.addresses = attempt.addresses();
     }
     if (failure && failure->end != MountFailure::End::Answered) {
@@ -239,15 +227,10 @@ std::optional<LinuxVolumeService::Place> LinuxVolumeService::find(
     BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) {
     std::optional<Place> place;
     for (int turn = 0; turn < fuseLimit / lookAgain && !loop.isOver(); ++turn) {
-        place.reset();
         const auto mounts = turn == 0 ? tracker.announcedMounts() : tracker.mounts();
         if (!mounts)
             return std::nullopt;
-        // A deeper mount of the same server is the one that gvfs itself would use.
-        for (const auto& mount : *mounts)
-            if (auto within = mount.pathWithin(location);
-                within && (!place || mount.prefix.size() > place->mount.prefix.size()))
-                place = Place { mount, std::move(*within) };
+        place = Place::find(*mounts, location);
         if (place && !place->mount.fusePath.empty())
             return place;
         if (turn == 0)

@@ -21,12 +21,10 @@
 namespace quorrel {
 
 class BoundedLoop;
+class FilesAhead;
 class MainContextPool;
 class MountListMirror;
 class MountTracker;
-namespace ReadablePath {
-class Look;
-}
 struct GvfsLocation;
 struct GvfsMount;
 struct MountFailure;
@@ -66,12 +64,7 @@ private:
     [[nodiscard]] std::optional<GvfsLocation> findTwin(
         BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location) const;
     [[nodiscard]] std::optional<MountFailure> attempt(
-        BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit);
-    /// Begins to look for the volume's files, which needs no help of ours; null where there are none to be read.
-    [[nodiscard]] std::shared_ptr<ReadablePath::Look> lookForFiles(const Place& place) const;
-    /// Whether the volume's files can be read by now.
-    [[nodiscard]] bool waitForFiles(
-        BoundedLoop& loop, MountTracker& tracker, const Place& place, std::shared_ptr<ReadablePath::Look> look);
+        BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location, Seconds limit, FilesAhead& files);
     [[nodiscard]] std::optional<Place> find(BoundedLoop& loop, MountTracker& tracker, const GvfsLocation& location);
     /// Whether the location is really there. Absent means that what hindered it is gone and the mount may be repeated.
     [[nodiscard]] std::optional<std::int32_t> check(

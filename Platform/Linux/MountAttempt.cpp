@@ -35,12 +35,12 @@ MountAttempt::~MountAttempt() {
     g_mount_operation_set_password(m_operation.get(), nullptr);
 }
 
-std::optional<MountFailure> MountAttempt::run(Seconds limit) {
+std::optional<MountFailure> MountAttempt::run(Seconds limit, const std::function<void()>& meanwhile) {
     const GObjectPointer<GFile> file(g_file_new_for_uri(m_location.uri.c_str()));
     auto mount = m_loop.begin([&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
         g_file_mount_enclosing_volume(file.get(), G_MOUNT_MOUNT_NONE, m_operation.get(), cancellable, callback, data);
     });
-    waitForAnswer(mount, limit);
+    waitForAnswer(mount, limit, meanwhile);
     if (!mount.isDone())
         return m_failure;
     GError* error = nullptr;
@@ -60,9 +60,14 @@ std::optional<MountFailure> MountAttempt::run(Seconds limit) {
     return m_failure;
 }
 
-void MountAttempt::waitForAnswer(const BoundedLoop::Pending& mount, Seconds limit) {
-    const auto needsUs
-        = [&] { return mount.isDone() || m_question || m_probe.verdict() == PortProbe::Verdict::NotResponding; };
+void MountAttempt::waitForAnswer(
+    const BoundedLoop::Pending& mount, Seconds limit, const std::function<void()>& meanwhile) {
+    const auto needsUs = [&] {
+        if (mount.isDone())
+            return true;
+        meanwhile();
+        return m_question || m_probe.verdict() == PortProbe::Verdict::NotResponding;
+    };
     const auto start = std::chrono::steady_clock::now();
     for (;;) {
         const Seconds left = limit - (std::chrono::steady_clock::now() - start);

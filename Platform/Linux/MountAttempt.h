@@ -7,6 +7,7 @@
 #include "Platform/Linux/MountFailure.h"
 #include "Platform/Linux/PortProbe.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,8 +27,9 @@ public:
     MountAttempt(const MountAttempt&) = delete;
     MountAttempt& operator=(const MountAttempt&) = delete;
 
-    /// Absent after a success. Runs once, up to that limit and to the loop's deadline.
-    [[nodiscard]] std::optional<MountFailure> run(Seconds limit);
+    /// Absent after a success. Runs once, up to that limit and to the loop's deadline. Until gvfs answers, `meanwhile`
+    /// is called after everything that wakes the loop.
+    [[nodiscard]] std::optional<MountFailure> run(Seconds limit, const std::function<void()>& meanwhile);
 
     /// The server's addresses as far as they became known.
     [[nodiscard]] const std::vector<std::string>& addresses() const { return m_probe.addresses(); }
@@ -43,7 +45,7 @@ private:
     void answerQuestion();
     [[nodiscard]] bool mayTrust(const std::string& question);
     /// Runs callbacks until gvfs answers; sets the end of the failure if it does not.
-    void waitForAnswer(const BoundedLoop::Pending& mount, Seconds limit);
+    void waitForAnswer(const BoundedLoop::Pending& mount, Seconds limit, const std::function<void()>& meanwhile);
     void explain();
 
     BoundedLoop& m_loop;

@@ -63,6 +63,7 @@ struct MountListMirror::State final {
     int listings GUARDED_BY(mutex) = 0; ///< under way
     std::vector<Change> changes GUARDED_BY(mutex); ///< while there are listings
     std::uint64_t firstChange GUARDED_BY(mutex) = 0;
+    std::vector<Watch*> watches GUARDED_BY(mutex);
     /// GLib's thread may be with us while the mirror ends: a connection that we listen to keeps us until it ends.
     std::shared_ptr<State> self GUARDED_BY(mutex);
     int keepers GUARDED_BY(mutex) = 0;
@@ -101,11 +102,20 @@ struct MountListMirror::State final {
     }
 
     void mountChanged(std::string_view sender, bool isMounted, const GvfsMount& mount) {
-        const MutexLock lock(mutex);
-        if (mounts && daemon == sender)
-            apply(isMounted, mount, *mounts);
-        if (listings > 0)
-            changes.push_back({ std::string(sender), isMounted, mount });
+        std::vector<GlibPointer<GMainContext>> contexts;
+        {
+            const MutexLock lock(mutex);
+            if (mounts && daemon == sender)
+                apply(isMounted, mount, *mounts);
+            if (listings > 0)
+                changes.push_back({ std::string(sender), isMounted, mount });
+            for (auto* const watch : watches) {
+                watch->m_hasHeard = true;
+                contexts.emplace_back(g_main_context_ref(watch->m_context.get()));
+            }
+        }
+        for (const auto& context : contexts)
+            g_main_context_wakeup(context.get());
     }
 };
 
@@ -203,6 +213,23 @@ GDBusMessage* MountListMirror::heard(
             state.daemonChanged(owner);
     }
     return message;
+}
+
+MountListMirror::Watch::Watch(MountListMirror& mirror)
+    : m_state(mirror.m_state)
+    , m_context(g_main_context_ref_thread_default()) {
+    const MutexLock lock(m_state->mutex);
+    m_state->watches.push_back(this);
+}
+
+MountListMirror::Watch::~Watch() {
+    const MutexLock lock(m_state->mutex);
+    std::erase(m_state->watches, this);
+}
+
+bool MountListMirror::Watch::hasHeard() {
+    const MutexLock lock(m_state->mutex);
+    return std::exchange(m_hasHeard, false);
 }
 
 MountListMirror::Listing::Listing(MountListMirror& mirror)

@@ -51,6 +51,25 @@ public:
         std::uint64_t m_begin = 0;
     };
 
+    /// Wakes the thread that made it, in its own default context, at every mount and unmount that is announced. One
+    /// thread.
+    class Watch final {
+    public:
+        explicit Watch(MountListMirror& mirror);
+        Watch(const Watch&) = delete;
+        Watch& operator=(const Watch&) = delete;
+        ~Watch();
+
+        /// Whether anything was announced since this was asked last.
+        [[nodiscard]] bool hasHeard();
+
+    private:
+        friend struct State;
+        const std::shared_ptr<State> m_state;
+        const GlibPointer<GMainContext> m_context;
+        bool m_hasHeard = false; ///< the state's mutex guards it
+    };
+
 private:
     void unfollow();
     static void release(GDBusConnection* connection, unsigned filter);

@@ -24,7 +24,9 @@ using ReadablePath::Files;
 using Glance = Files (*)(const std::string&);
 
 constexpr Seconds limit { 4 };
-constexpr std::chrono::milliseconds betweenLooks { 2 };
+// Mostly it is a fraction of a millisecond that is missing.
+constexpr std::chrono::microseconds firstPause { 100 };
+constexpr std::chrono::microseconds longestPause { 2000 };
 constexpr std::chrono::milliseconds interruptCheck { 20 };
 
 Files isReachable(const std::string& path) {
@@ -61,9 +63,11 @@ public:
         std::thread([wanted = std::weak_ptr(look), glance, path] {
             const auto end
                 = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
+            auto pause = firstPause;
             auto files = glance(path);
             while (files == Files::Slow && !wanted.expired() && std::chrono::steady_clock::now() < end) {
-                std::this_thread::sleep_for(betweenLooks);
+                std::this_thread::sleep_for(pause);
+                pause = std::min(2 * pause, longestPause);
                 files = glance(path);
             }
             if (const auto look = wanted.lock())

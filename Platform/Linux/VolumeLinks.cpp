@@ -90,7 +90,7 @@ std::string VolumeLinks::add(const std::string& name, const std::string& target,
             return candidate;
         const int error = errno;
         if (error == ENOENT) {
-            if (mkdir(m_folder.c_str(), S_IRWXU) == 0 || errno == EEXIST)
+            if (makeFolder() || errno == EEXIST)
                 continue;
             reason = m_folder + ": " + errorText(errno);
             return {};
@@ -105,6 +105,14 @@ std::string VolumeLinks::add(const std::string& name, const std::string& target,
     return {};
 }
 
+bool VolumeLinks::makeFolder() const {
+    return mkdir(m_folder.c_str(), S_IRWXU) == 0;
+}
+
+void VolumeLinks::removeEmptyFolder() const {
+    rmdir(m_folder.c_str()); // Fails, as it should, while anything is in there.
+}
+
 void VolumeLinks::removeLinksTo(const std::string& target) {
     const MutexLock lock(m_mutex);
     for (const auto& link : links())
@@ -114,8 +122,7 @@ void VolumeLinks::removeLinksTo(const std::string& target) {
 
 void VolumeLinks::remove(const std::string& name) {
     unlink(pathOf(name).c_str());
-    // Fails, as it should, while anything is in there.
-    rmdir(m_folder.c_str());
+    removeEmptyFolder();
 }
 
 } // namespace quorrel

@@ -28,6 +28,10 @@ public:
     /// where that is taken. On failure the name is empty and the reason filled.
     [[nodiscard]] std::string add(const std::string& name, const std::string& target, std::string& reason);
 
+    /// Makes the folder ahead of a link, if it can. Whether it was not there.
+    [[nodiscard]] bool makeFolder() const;
+    void removeEmptyFolder() const;
+
     /// Removes our links that lead exactly there.
     void removeLinksTo(const std::string& target);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/MountListMirror.h"
 
+#include "Platform/Linux/BoundedLoop.h"
 #include "Platform/Linux/GvfsMountList.h"
 #include "Tests/Platform/DesktopBus.h"
 #include "Tests/Platform/FakeMountDaemon.h"
@@ -9,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <thread>
 
 namespace quorrel {
@@ -255,6 +257,45 @@ TEST_F(MountListMirrorTest, aConnectionThatHasEndedIsNone) {
     EXPECT_EQ(mirror.connection().get(), connection.get());
     bus.stop();
     EXPECT_TRUE(runMainContextUntil([&] { return !mirror.connection(); }, patience));
+}
+
+TEST_F(MountListMirrorTest, aWatchWakesItsThreadOncePerAnnouncement) {
+    tell({});
+    MainContextPool contexts;
+    const InterruptEvent interrupted;
+    BoundedLoop loop(contexts, patience, interrupted);
+    MountListMirror::Watch watch(mirror);
+    EXPECT_FALSE(watch.hasHeard());
+    const auto start = std::chrono::steady_clock::now();
+    daemon->mount("one");
+    EXPECT_TRUE(loop.waitUntil([&] { return watch.hasHeard(); }));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, patience / 2); // it was woken, and not at the deadline
+    EXPECT_THAT(shares(), Optional(ElementsAre("one")));
+    EXPECT_FALSE(watch.hasHeard());
+}
+
+TEST_F(MountListMirrorTest, watchesMayBeginAndEndWhileTheDaemonTalks) {
+    constexpr int rounds = 100;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 3; ++number)
+        threads.emplace_back([this] {
+            MainContextPool contexts;
+            const InterruptEvent interrupted;
+            for (int round = 0; round < rounds; ++round) {
+                BoundedLoop loop(contexts, patience, interrupted);
+                MountListMirror::Watch watch(mirror);
+                static_cast<void>(watch.hasHeard());
+            }
+        });
+    for (int round = 0; round < rounds; ++round)
+        daemon->claimMounted("one");
+    for (auto& thread : threads)
+        thread.join();
+    settle();
+    tell({});
+    daemon->mount("two");
+    settle();
+    EXPECT_THAT(shares(), Optional(ElementsAre("two")));
 }
 
 TEST_F(MountListMirrorTest, severalThreadsMayBeginAndEndWhileTheDaemonTalks) {
