@@ -6,6 +6,7 @@
 #include "Platform/Linux/FileVersion.h"
 #include "Platform/Linux/FlockCatalogueLock.h"
 #include "Platform/Linux/HelpPage.h"
+#include "Platform/Linux/LoaderTables.h"
 #include "Platform/Linux/LogFile.h"
 #include "Platform/Linux/ResourcePaths.h"
 #include "Platform/Linux/SignalWatch.h"
@@ -14,8 +15,10 @@
 #include "Sources/OperationsEnd.h"
 
 #include <QApplication>
+#include <QTimer>
 
 #include <atomic>
+#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -30,6 +33,9 @@
 using namespace quorrel;
 
 namespace {
+
+/// By then the icon, the volumes and the watches have loaded what they need, and the loader has no more to look up.
+constexpr std::chrono::seconds startsEnd { 2 };
 
 int userErrors = STDERR_FILENO; // what standard error was before it became the log
 
@@ -72,6 +78,8 @@ int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly,
     DesktopProgram program(assembly.environment(), &assembly.discovery(), lock, loginItems,
         { executable, helpPage(resources.help, paths.languages), paths.logFile(), QUORREL_VERSION, fileVersion });
     running = &program;
+    // A quarter of what the idle program would hold, and needed no more.
+    QTimer::singleShot(startsEnd, [] { LoaderTables::giveBack(); });
     const int status = program.run();
     running = nullptr;
     assembly.endTools();
