@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -12,8 +14,15 @@ struct HostileName final {
     std::string name;
 };
 
+constexpr std::size_t longestHostileName = 10'000'000;
+
+/// The longest name for what turns over each character of it many times: it takes long over ten million.
+[[nodiscard]] inline std::size_t longestCostlyName() {
+    return std::getenv("QUORREL_LARGE_INPUTS") ? longestHostileName : longestHostileName / 20; // NOLINT: one thread
+}
+
 /// For whatever shows, writes, opens or hands on names.
-[[nodiscard]] inline std::vector<HostileName> hostileNames() {
+[[nodiscard]] inline std::vector<HostileName> hostileNames(std::size_t longest = longestHostileName) {
     using namespace std::string_literals;
     return {
         { "nothing at all", "" },
@@ -42,11 +51,11 @@ struct HostileName final {
         { "rich text", "<b>nas</b><img src='file:///etc/passwd'><a href='http://h/'>x</a><!--" },
         { "entities", "&lt;b&gt;&#10;&amp;" },
         { "a URL's parts", "user:secret@host:1/share?x#y" },
-        { "ten million characters", std::string(10'000'000, 'x') },
-        { "a million wide ones",
-            [] {
+        { "millions of characters", std::string(longest, 'x') },
+        { "very many wide ones",
+            [longest] {
                 std::string name;
-                for (int count = 0; count < 1'000'000; ++count)
+                for (std::size_t count = 0; count < longest / 10; ++count)
                     name += "😀";
                 return name;
             }() },

@@ -172,7 +172,7 @@ TEST_F(NSLookUpTest, aNameThatLooksLikeAnOptionStartsNothing) {
 }
 
 TEST_F(NSLookUpTest, anyNameIsOneArgumentOrNoneAndFails) {
-    for (const auto& [evil, name] : hostileNames()) {
+    for (const auto& [evil, name] : hostileNames(longestCostlyName())) {
         FakeChildProcess tools;
         tools.setOutput(nslookup, "");
         NSLookUp each(tools, log);
