@@ -105,6 +105,7 @@ void AvahiConnection::endDaemon() {
     g_dbus_connection_signal_unsubscribe(m_daemon->bus.get(), m_signals);
     m_daemon->isOver = true;
     m_daemon->early.clear();
+    m_daemon->unasked.clear();
     m_daemon.reset();
 }
 

@@ -3,8 +3,10 @@
 
 #include "Platform/Linux/GlibPointers.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,11 +22,20 @@ struct AvahiDaemonLife final {
         GlibPointer<GVariant> parameters;
     };
 
+    /// For an object that is to be made.
+    struct Question final {
+        std::string kind;
+        GlibPointer<GVariant> parameters;
+        std::weak_ptr<AvahiObject*> object;
+    };
+
     GObjectPointer<GDBusConnection> bus;
     std::string owner; ///< the daemon's name on the bus
     bool isOver = false;
     std::map<std::string, AvahiObject*> objects; ///< by path
     int unanswered = 0; ///< objects that were asked for
+    std::map<std::uint64_t, Question> unasked; ///< by their turn: those that wait for answers to others
+    std::uint64_t lastTurn = 0;
     std::multimap<std::string, Signal> early; ///< of objects whose path is not known yet
     std::function<void()> answered;
 };

@@ -13,6 +13,7 @@ namespace {
 
 constexpr auto interfaces = "org.freedesktop.Avahi.";
 constexpr auto server = "org.freedesktop.Avahi.Server";
+constexpr int mostUnanswered = 64; // the bus refuses a client more, the strictest twice as many
 
 AvahiObject::Refusal refusalOf(const GError* error) {
     const GlibPointer<gchar> name(g_dbus_error_get_remote_error(error));
@@ -40,6 +41,17 @@ struct AvahiObject::Callbacks final {
         std::weak_ptr<AvahiObject*> object;
     };
 
+    static void askWhatWaits(const std::shared_ptr<AvahiDaemonLife>& daemon) {
+        while (daemon->unanswered < mostUnanswered && !daemon->unasked.empty()) {
+            const auto next = std::move(daemon->unasked.extract(daemon->unasked.begin()).mapped());
+            ++daemon->unanswered;
+            // Without a limit: a daemon that stands still answers when it goes on, and one that ends is an answer too.
+            g_dbus_connection_call(daemon->bus.get(), daemon->owner.c_str(), "/", server, (next.kind + "New").c_str(),
+                next.parameters.get(), G_VARIANT_TYPE("(o)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, nullptr,
+                &answered, std::make_unique<Question>(Question { daemon, next.kind, next.object }).release());
+        }
+    }
+
     static void answered(GObject* bus, GAsyncResult* result, gpointer data) noexcept {
         const std::unique_ptr<Question> question(static_cast<Question*>(data));
         GError* failure = nullptr;
@@ -49,6 +61,7 @@ struct AvahiObject::Callbacks final {
         if (daemon.isOver)
             return;
         --daemon.unanswered;
+        askWhatWaits(question->daemon);
         if (reply) {
             const gchar* path = nullptr;
             g_variant_get(reply.get(), "(&o)", &path);
@@ -75,17 +88,18 @@ AvahiObject::AvahiObject(AvahiConnection& connection, const std::string& kind, G
     : m_daemon(connection.daemon())
     , m_kind(kind)
     , m_hearer(std::make_shared<const Hearer>(std::move(hearer)))
-    , m_self(std::make_shared<AvahiObject*>(this)) {
-    ++m_daemon->unanswered;
-    // Without a limit: a daemon that stands still answers when it goes on, and one that ends is an answer too.
-    g_dbus_connection_call(m_daemon->bus.get(), m_daemon->owner.c_str(), "/", server, (kind + "New").c_str(),
-        parameters, G_VARIANT_TYPE("(o)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, nullptr, &Callbacks::answered,
-        std::make_unique<Callbacks::Question>(Callbacks::Question { m_daemon, kind, m_self }).release());
+    , m_self(std::make_shared<AvahiObject*>(this))
+    , m_turn(++m_daemon->lastTurn) {
+    m_daemon->unasked.emplace(
+        m_turn, AvahiDaemonLife::Question { kind, GlibPointer<GVariant>(g_variant_ref_sink(parameters)), m_self });
+    Callbacks::askWhatWaits(m_daemon);
 }
 
 AvahiObject::~AvahiObject() {
-    if (m_path.empty())
-        return; // it is freed when its path is known
+    if (m_path.empty()) {
+        m_daemon->unasked.erase(m_turn);
+        return; // what has been asked for is freed when its path is known
+    }
     m_daemon->objects.erase(m_path);
     freeAtDaemon(*m_daemon, m_kind, m_path);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -27,7 +28,7 @@ public:
     };
 
     /// `kind` is "ServiceBrowser" and the like; of the daemon that the connection has found. Nothing is heard before
-    /// this returns. The parameters may be floating.
+    /// this returns. The parameters may be floating. Where the daemon owes many answers it is asked later.
     AvahiObject(AvahiConnection& connection, const std::string& kind, GVariant* parameters, Hearer hearer);
     AvahiObject(const AvahiObject&) = delete;
     AvahiObject& operator=(const AvahiObject&) = delete;
@@ -44,6 +45,7 @@ private:
     const std::string m_kind;
     const std::shared_ptr<const Hearer> m_hearer;
     const std::shared_ptr<AvahiObject*> m_self; ///< what a late answer finds expired
+    const std::uint64_t m_turn; ///< among those that wait until fewer questions are unanswered
     std::string m_path; ///< empty until the daemon has answered
 };
 

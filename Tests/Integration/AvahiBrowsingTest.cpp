@@ -4,6 +4,7 @@
 #include "Tests/Integration/AvahiPublisher.h"
 #include "Tests/Platform/GlibTurns.h"
 #include "Tests/Platform/RecordingNetServiceBrowserDelegate.h"
+#include "Tests/Platform/RecordingNetServiceDelegate.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <iterator>
 #include <malloc.h>
@@ -21,7 +23,9 @@
 namespace quorrel {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
+using testing::Not;
 
 constexpr auto type = "_afpovertcp._tcp.";
 
@@ -131,6 +135,32 @@ TEST_F(AvahiBrowsingTest, aDaemonThatIsNotThereIsWaitedFor) {
     EXPECT_THAT(delegate.heard, ElementsAre("will search"));
     ASSERT_TRUE(daemon.start());
     EXPECT_TRUE(runUntilHeard("found Attic"));
+}
+
+// The bus lets a client have so many unanswered questions and refuses more.
+TEST_F(AvahiBrowsingTest, aDaemonThatHangsUnderManyQuestionsIsAskedTheLastOfThemToo) {
+    ASSERT_TRUE(daemon.start());
+    constexpr int many = 300;
+    std::deque<RecordingNetServiceDelegate> hearers(many);
+    std::deque<std::unique_ptr<NetService>> services;
+    daemon.freeze();
+    for (auto& each : hearers) {
+        services.push_back(discovery.makeNetService("local.", type, "Attic"));
+        services.back()->setDelegate(&each);
+        services.back()->resolveWithTimeout(Seconds(60));
+    }
+    const auto browser = makeSearch();
+    services.erase(services.begin() + many / 3, services.begin() + many / 2); // some of them asked, others not
+    runOn(Seconds(1));
+    EXPECT_THAT(delegate.heard, ElementsAre("will search"));
+    daemon.thaw();
+    EXPECT_TRUE(runUntilHeard("found Attic", Seconds(30)));
+    const auto resolved = [&] {
+        return std::count_if(hearers.begin(), hearers.end(), [](const auto& each) { return each.heard.size() > 1; });
+    };
+    EXPECT_TRUE(runMainContextUntil([&] { return resolved() == many - (many / 2 - many / 3); }, Seconds(30)));
+    for (const auto& each : hearers)
+        EXPECT_THAT(each.heard, Not(Contains("did not resolve")));
 }
 
 TEST_F(AvahiBrowsingTest, nonsenseFailsWithoutADaemonToo) {
