@@ -48,6 +48,13 @@ bool isAboutTheFile(const GError* error) {
             || error->code == G_IO_ERROR_BUSY);
 }
 
+/// Whether it may be that the server does not even take the file's name. A connection that is gone has the same error.
+bool mayBeAboutTheName(const GError* error) {
+    return error && error->domain == G_IO_ERROR
+        && (error->code == G_IO_ERROR_INVALID_ARGUMENT || error->code == G_IO_ERROR_INVALID_FILENAME
+            || error->code == G_IO_ERROR_FILENAME_TOO_LONG);
+}
+
 /// Whether gvfs's own program failed, and not the server: the next one mostly fares better.
 bool isClumsy(const MountFailure& failure, const GvfsLocation& location, int round) {
     if (failure.isDeadBackEnd())
@@ -260,10 +267,18 @@ std::optional<std::int32_t> LinuxVolumeService::check(
     }
     if (reply.value)
         return VolumeStatus::success;
+    const bool isAboutIt = isAboutTheFile(reply.error.get());
+    // Such a name must not cost the others in this mount their files.
+    const auto answersOtherwise = [&] {
+        const auto other = ask(place.mount.isFTP() ? nobodysFile : "");
+        return other.value || isAboutTheFile(other.error.get());
+    };
+    const bool isNotThere
+        = isAboutIt || (!place.within.empty() && mayBeAboutTheName(reply.error.get()) && answersOtherwise());
     if (loop.isInterrupted())
         return VolumeStatus::notResponding;
-    if (isAboutTheFile(reply.error.get())) {
-        if (reply.error->code != G_IO_ERROR_NOT_FOUND && reply.error->code != G_IO_ERROR_NOT_DIRECTORY)
+    if (isNotThere) {
+        if (isAboutIt && reply.error->code != G_IO_ERROR_NOT_FOUND && reply.error->code != G_IO_ERROR_NOT_DIRECTORY)
             return VolumeStatus::success;
         m_log.line("Cannot mount %@: %@", { location.printable, reply.reason() });
         if (isFresh && unmountWhole(loop, tracker, place.mount) != VolumeStatus::success)

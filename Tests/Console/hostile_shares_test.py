@@ -163,10 +163,25 @@ class HostileSharesTest(unittest.TestCase):
                 self.assertEqual(told[name], name, rows[name])
 
     def test_folders_of_a_windows_server(self):
-        names = [name for name in FOLDERS if not REFUSED_BY_WINDOWS.search(name)]
-        rows, told = self.mounted({SMB_HOST: [share(SMB, f"pub/{name}", guestLogin=True) for name in names]})
-        for name in names:
-            self.assertEqual(told[f"pub/{name}"], name, rows[f"pub/{name}"])
+        rows, told = self.mounted({SMB_HOST: [share(SMB, f"pub/{name}", guestLogin=True) for name in FOLDERS]})
+        for name in FOLDERS:
+            if REFUSED_BY_WINDOWS.search(name):
+                self.assertEqual(rows[f"pub/{name}"]["status"], "Offline", name)
+            else:
+                self.assertEqual(told[f"pub/{name}"], name, rows[f"pub/{name}"])
+
+    def test_a_name_that_the_server_does_not_take_leaves_the_others_their_files(self):
+        names = ["folder"] + [name for name in FOLDERS if REFUSED_BY_WINDOWS.search(name)]
+        catalogue({SMB_HOST: [share(SMB, f"pub/{name}", guestLogin=True) for name in names]}, plistlib.FMT_BINARY)
+        self.assertEqual(run("mount", f"{SMB_HOST}/pub/folder").returncode, 0)
+        with open(os.path.join(VOLUMES, "folder", "hello.txt"), encoding="utf-8") as file:
+            done = run("mount", "--all", "--json")
+            self.assertEqual(file.read(), "Hello from pub/folder\n")
+        rows = {each["share"]: each for each in json.loads(done.stdout)}
+        self.assertEqual(rows.pop("pub/folder")["status"], "Online")
+        self.assertEqual(len(rows), len(names) - 1)
+        self.assertEqual({(row["status"], row["error"]) for row in rows.values()}, {("Offline", NOT_FOUND)}, rows)
+        self.check_log()
 
     def test_shares_of_a_windows_server(self):
         rows, told = self.mounted({SMB_HOST: [share(SMB, name, guestLogin=True) for name in SHARES]})
