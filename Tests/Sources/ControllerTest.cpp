@@ -10,6 +10,8 @@ namespace quorrel {
 namespace {
 
 constexpr auto patience = std::chrono::seconds(20);
+// A worker is held for longer than any test takes; the fixture's end lets it go.
+constexpr auto hold = std::chrono::minutes(5);
 
 class Blocker final : public Operation {
 public:
@@ -27,7 +29,7 @@ void WorkerGate::pass() {
     std::unique_lock lock(m_mutex);
     ++m_visitors;
     m_changed.notify_all();
-    m_changed.wait_for(lock, patience, [this] { return m_isOpen; });
+    m_changed.wait_for(lock, hold, [this] { return m_isOpen; });
 }
 
 void WorkerGate::open() {
