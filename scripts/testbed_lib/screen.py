@@ -38,6 +38,18 @@ def wait_for(condition, what, seconds=PATIENCE):
         time.sleep(_LOOK_AGAIN)
 
 
+def steady(look):
+    """A condition for `wait_for`: what the look gives once it gives the same twice running."""
+    last = None
+
+    def condition():
+        nonlocal last
+        before, last = last, look()
+        return last if last == before else None
+
+    return condition
+
+
 def tool(*command):
     return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=20,
                           check=True).stdout

@@ -31,13 +31,7 @@ class _Tray:
 
     def icon(self):
         """Where it is once it stays there: a tray moves new icons, and a click on the way is lost."""
-        seen = [None]
-
-        def stays():
-            seen.append(self.place())
-            return seen[-1] if seen[-1] == seen[-2] else None
-
-        return screen.wait_for(stays, lambda: f"the tray shows no icon: {self._what_is_there()}")
+        return screen.wait_for(screen.steady(self.place), lambda: f"the tray shows no icon: {self._what_is_there()}")
 
 
 class Panel(_Tray):

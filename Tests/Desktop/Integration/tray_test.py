@@ -315,13 +315,7 @@ class Shown(ProgramTest):
     def icon(self):
         """The middle of the window with the icon, once that has its place."""
         self.program.said("found")
-        seen = [None]
-
-        def stays():
-            seen.append(self.look_for_icon())
-            return seen[-1] if seen[-1] == seen[-2] else None
-
-        return wait_for(stays, f"no icon in a window of {self.icon_class}")
+        return wait_for(screen.steady(self.look_for_icon), f"no icon in a window of {self.icon_class}")
 
     def look_for_icon(self):
         for window in self.windows("--class", self.icon_class):
