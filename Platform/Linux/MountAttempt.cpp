@@ -24,6 +24,7 @@ MountAttempt::MountAttempt(
     , m_trustedCertificates(std::move(trustedCertificates))
     , m_probe(loop, location.host, location.ports())
     , m_operation(g_mount_operation_new()) {
+    m_failure.isOfFolder = location.path.size() > 1;
     g_signal_connect(m_operation.get(), "ask-password", G_CALLBACK(askPassword), this);
     g_signal_connect(m_operation.get(), "ask-question", G_CALLBACK(askQuestion), this);
     g_signal_connect(m_operation.get(), "show-processes", G_CALLBACK(showProcesses), this);

@@ -27,6 +27,11 @@ bool isText(const std::string& message, const char* text) {
     return message.find(text) != std::string::npos || message.find(g_dgettext("gvfs", text)) != std::string::npos;
 }
 
+/// How gvfs says that the server does not even take the folder's name. With an unknown server it says the same.
+bool isTextAboutName(const std::string& message) {
+    return endsWithTextOf(message, EINVAL) || endsWithTextOf(message, ENAMETOOLONG);
+}
+
 std::int32_t statusOfText(const std::string& message) {
     for (const int number : { ENOENT, ENODEV, ENOTDIR })
         if (endsWithTextOf(message, number))
@@ -122,6 +127,8 @@ std::int32_t MountFailure::status() const {
             return VolumeStatus::notResponding;
         if (const auto known = statusOfText(message); known != VolumeStatus::success)
             return known;
+        if (isOfFolder && verdict == PortProbe::Verdict::Reachable && isTextAboutName(message))
+            return VolumeStatus::notFound;
     }
     // A web server's 401 comes as a refusal like any other; its phrase is the protocol's and not translated.
     if (code == G_IO_ERROR_PERMISSION_DENIED && message.find("Unauthorized") != std::string::npos)

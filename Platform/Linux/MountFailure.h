@@ -19,6 +19,7 @@ struct MountFailure final {
     int passwordRequests = 0;
     bool loginRefused = false; ///< a login was asked for that there was none for, or once more
     bool certificateRefused = false;
+    bool isOfFolder = false; ///< of a folder in a share, and not of a share as a whole
     PortProbe::Verdict verdict = PortProbe::Verdict::Unknown;
 
     [[nodiscard]] bool isAlreadyMounted() const;

@@ -166,7 +166,8 @@ class HostileSharesTest(unittest.TestCase):
         rows, told = self.mounted({SMB_HOST: [share(SMB, f"pub/{name}", guestLogin=True) for name in FOLDERS]})
         for name in FOLDERS:
             if REFUSED_BY_WINDOWS.search(name):
-                self.assertEqual(rows[f"pub/{name}"]["status"], "Offline", name)
+                row = rows[f"pub/{name}"]
+                self.assertEqual((row["status"], row["error"]), ("Offline", NOT_FOUND), name)
             else:
                 self.assertEqual(told[f"pub/{name}"], name, rows[f"pub/{name}"])
 
@@ -181,6 +182,17 @@ class HostileSharesTest(unittest.TestCase):
         self.assertEqual(rows.pop("pub/folder")["status"], "Online")
         self.assertEqual(len(rows), len(names) - 1)
         self.assertEqual({(row["status"], row["error"]) for row in rows.values()}, {("Offline", NOT_FOUND)}, rows)
+        self.check_log()
+
+    def test_a_name_that_the_server_does_not_take_is_not_found_without_another_mount(self):
+        # The share's own name, too, and names that are too long.
+        names = [f"pub/{name}" for name in FOLDERS if REFUSED_BY_WINDOWS.search(name)]
+        names += [f"pub/{MARKER} {'x' * 300}", f"{MARKER}*:?", f"{MARKER}|/folder", f"{MARKER} {'x' * 300}"]
+        for name in names:
+            with self.subTest(name):
+                catalogue({SMB_HOST: [share(SMB, name, guestLogin=True)]}, plistlib.FMT_BINARY)
+                rows = json.loads(run("mount", "--all", "--json").stdout)
+                self.assertEqual([(row["status"], row["error"]) for row in rows], [("Offline", NOT_FOUND)], rows)
         self.check_log()
 
     def test_shares_of_a_windows_server(self):

@@ -234,6 +234,19 @@ TEST(MountFailureTest, ProbeExplainsAnErrorThatSaysNothing) {
     EXPECT_LT(silent.status(), -10000);
 }
 
+TEST(MountFailureTest, AFolderWhoseNameTheServerDoesNotTakeIsNotFound) {
+    for (const std::string reason : { "Invalid argument", "File name too long" }) {
+        auto refused = failure(G_IO_ERROR, G_IO_ERROR_FAILED, "Failed to mount Windows share: " + reason);
+        refused.isOfFolder = true;
+        refused.verdict = PortProbe::Verdict::Reachable;
+        EXPECT_EQ(refused.status(), VolumeStatus::notFound) << reason;
+        refused.verdict = PortProbe::Verdict::Unresolvable;
+        EXPECT_EQ(refused.status(), VolumeStatus::notResponding) << reason;
+        refused.verdict = PortProbe::Verdict::Unknown;
+        EXPECT_LT(refused.status(), -10000) << reason;
+    }
+}
+
 TEST(MountFailureTest, BrokenKeyExchangeIsToldFromOtherFailures) {
     const std::string message = "Got error “kFPAuthContinue” from server";
     EXPECT_TRUE(failure(G_IO_ERROR, G_IO_ERROR_FAILED, message).isBrokenKeyExchange());
