@@ -9,11 +9,14 @@ namespace quorrel::Text {
 
 namespace {
 
-void appendEscape(std::string& result, unsigned char byte) {
+void appendEscapes(std::string& result, std::string_view bytes) {
     constexpr std::string_view digits = "0123456789abcdef";
-    result += "\\x";
-    result += digits[byte >> 4];
-    result += digits[byte & 15];
+    for (const char each : bytes) {
+        const auto byte = static_cast<unsigned char>(each);
+        result += "\\x";
+        result += digits[byte >> 4U];
+        result += digits[byte & 15U];
+    }
 }
 
 void appendCodeEscape(std::string& result, unsigned code) {
@@ -34,6 +37,13 @@ std::optional<unsigned> deceptiveCode(std::string_view character) {
     const bool isDeceptive = (code >= 0x200B && code <= 0x200F) || (code >= 0x2028 && code <= 0x202E)
         || (code >= 0x2060 && code <= 0x206F) || code == 0x061C || code == 0xFEFF;
     return isDeceptive ? std::optional(code) : std::nullopt;
+}
+
+/// A control character, in ASCII or above it.
+bool isControl(std::string_view character) {
+    const auto last = static_cast<unsigned char>(character.back());
+    return character.size() == 1 ? last < 0x20 || last == 0x7F
+                                 : character.size() == 2 && character.front() == '\xC2' && last < 0xA0;
 }
 
 /// Of how many bytes from there on each is a character that is shown as it stands. Nearly all of any text is.
@@ -68,6 +78,26 @@ std::size_t sequenceLength(std::string_view text, std::size_t start) {
     return overlong || outside ? 0 : length;
 }
 
+/// Has every character that need not be shown as it stands, and every byte that is part of none, appended by somebody
+/// else, who is told which of the two it is.
+template <typename Append>
+std::string rewritten(std::string_view text, Append append) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t index = 0; index < text.size();) {
+        const auto plain = plainLength(text, index);
+        result.append(text.substr(index, plain));
+        index += plain;
+        if (index == text.size())
+            break;
+        const auto length = sequenceLength(text, index);
+        const auto character = text.substr(index, length == 0 ? 1 : length);
+        append(result, character, length > 0);
+        index += character.size();
+    }
+    return result;
+}
+
 template <typename Show>
 std::string filledWith(std::string_view format, std::initializer_list<std::string> values, Show show) {
     std::string result;
@@ -99,51 +129,38 @@ std::string filledOnOneLine(std::string_view format, std::initializer_list<std::
 }
 
 std::string escapedControls(std::string_view text) {
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t index = 0; index < text.size();) {
-        if (const auto plain = plainLength(text, index); plain > 0) {
-            result.append(text.substr(index, plain));
-            index += plain;
-            continue;
-        }
-        const auto length = sequenceLength(text, index);
-        const auto byte = static_cast<unsigned char>(text[index]);
-        const bool control = length == 1 && (byte < 0x20 || byte == 0x7F) && byte != '\n' && byte != '\t';
-        const bool upperControl = length == 2 && byte == 0xC2 && static_cast<unsigned char>(text[index + 1]) < 0xA0;
-        const auto taken = length == 0 ? 1 : length;
-        if (length == 0 || control || upperControl)
-            for (std::size_t each = 0; each < taken; ++each)
-                appendEscape(result, static_cast<unsigned char>(text[index + each]));
+    return rewritten(text, [](std::string& result, std::string_view character, bool isWellFormed) {
+        if (!isWellFormed || (isControl(character) && character != "\n" && character != "\t"))
+            appendEscapes(result, character);
         else
-            result.append(text.substr(index, taken));
-        index += taken;
-    }
-    return result;
+            result += character;
+    });
 }
 
 std::string onOneLine(std::string_view text) {
-    const auto escaped = escapedControls(text);
-    std::string result;
-    result.reserve(escaped.size());
-    for (std::size_t index = 0; index < escaped.size();) {
-        if (const auto plain = plainLength(escaped, index); plain > 0) {
-            result.append(escaped, index, plain);
-            index += plain;
-            continue;
-        }
-        const auto length = sequenceLength(escaped, index);
-        if (escaped[index] == '\n')
+    return rewritten(text, [](std::string& result, std::string_view character, bool isWellFormed) {
+        if (character == "\n")
             result += "\\n";
-        else if (escaped[index] == '\t')
+        else if (character == "\t")
             result += "\\t";
-        else if (const auto code = deceptiveCode(std::string_view(escaped).substr(index, length)))
+        else if (!isWellFormed || isControl(character))
+            appendEscapes(result, character);
+        else if (const auto code = deceptiveCode(character))
             appendCodeEscape(result, *code);
         else
-            result.append(escaped, index, length);
-        index += length;
-    }
-    return result;
+            result += character;
+    });
+}
+
+std::string withoutControls(std::string_view text, char mark) {
+    return rewritten(text, [mark](std::string& result, std::string_view character, bool isWellFormed) {
+        const auto code = deceptiveCode(character);
+        const bool isJoiner = code == 0x200CU || code == 0x200DU;
+        if (!isWellFormed || isControl(character) || (code && !isJoiner))
+            result += mark;
+        else
+            result += character;
+    });
 }
 
 bool isUTF8(std::string_view bytes) {

@@ -22,6 +22,10 @@ namespace quorrel::Text {
 /// As `filled`, each value made one line by `onOneLine` first.
 [[nodiscard]] std::string filledOnOneLine(std::string_view format, std::initializer_list<std::string> values);
 
+/// The text with a mark in the place of all that `onOneLine` escapes. Joiners alone stay: some languages write words
+/// with them, and some pictures are made of several.
+[[nodiscard]] std::string withoutControls(std::string_view text, char mark);
+
 [[nodiscard]] bool isUTF8(std::string_view bytes);
 
 /// Decodes bytes as ASCII: others become U+FFFD.

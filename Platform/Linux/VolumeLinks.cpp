@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/VolumeLinks.h"
 
+#include "Foundation/Text.h"
 #include "Platform/Linux/ProcessTable.h"
 
 #include <dirent.h>
@@ -31,10 +32,8 @@ VolumeLinks::VolumeLinks(const std::string& home, std::string mountFolder)
     , m_mountFolder(std::move(mountFolder)) { }
 
 std::string VolumeLinks::fileName(const std::string& name) {
-    std::string result = name;
-    for (char& character : result)
-        if (character == '/' || static_cast<unsigned char>(character) < 0x20 || character == 0x7f)
-            character = '_';
+    auto result = Text::withoutControls(name, '_');
+    std::replace(result.begin(), result.end(), '/', '_');
     if (result.size() > longestName) {
         std::size_t end = longestName;
         while (end > 0 && (static_cast<unsigned char>(result[end]) & 0xc0U) == 0x80U)

@@ -39,7 +39,7 @@ public:
     [[nodiscard]] std::vector<Link> links() const;
     [[nodiscard]] std::string pathOf(const std::string& name) const { return m_folder + "/" + name; }
 
-    /// The name in a form that a file may have.
+    /// The name in a form that a file may have, and that shows as it is wherever files are listed.
     [[nodiscard]] static std::string fileName(const std::string& name);
 
 private:

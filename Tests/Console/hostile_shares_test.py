@@ -125,7 +125,7 @@ class HostileSharesTest(unittest.TestCase):
             self.assertEqual(row["status"] == "Online", row["mounted"], row)
             if row["status"] == "Online":
                 self.assertEqual(os.path.dirname(row["path"]), VOLUMES, row)
-                self.assertIsNone(re.search("[\x00-\x1f\x7f]", os.path.basename(row["path"])), row)
+                self.assertIsNone(CONTROLS.search(os.path.basename(row["path"])), row)
                 with open(os.path.join(row["path"], "told.json"), encoding="utf-8") as file:
                     told[name] = json.load(file)
         links = os.listdir(VOLUMES) if os.path.lexists(VOLUMES) else []

@@ -47,6 +47,14 @@ TEST(TextTest, aNameOnOneLineHidesAndTurnsNothing) {
     EXPECT_EQ(onOneLine(""), "");
 }
 
+TEST(TextTest, aMarkStandsInThePlaceOfWhatALineWouldEscape) {
+    EXPECT_EQ(withoutControls("a\nb\tc\x1B\x7F\xC2\x80", '_'), "a_b_c___");
+    EXPECT_EQ(withoutControls("\u061C\u200B\u200F\u2028\u202E\u2066\u206F\uFEFF", '_'), "________");
+    EXPECT_EQ(withoutControls("a\xFF\xC3(", '_'), "a__(");
+    for (const auto* stays : { "", "Über uns 😀", "نیم\u200Cفاصله", "👩\u200D🔧" })
+        EXPECT_EQ(withoutControls(stays, '_'), stays);
+}
+
 TEST(TextTest, everyControlCharacterIsEscapedSaveLineFeedAndTab) {
     for (int byte = 0; byte < 0x20; ++byte) {
         const std::string text(1, static_cast<char>(byte));
