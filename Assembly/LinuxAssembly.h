@@ -25,6 +25,7 @@
 #include "Sources/ProgramEnvironment.h"
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -52,7 +53,7 @@ public:
 
 private:
     /// With two name servers that are dead, nslookup gives up by itself after 20 seconds.
-    static constexpr ProgramBounds boundsOfTools { std::chrono::seconds(25), 1024 * 1024 };
+    static constexpr ProgramBounds boundsOfTools { std::chrono::seconds(25), std::size_t { 1024 } * 1024 };
 
     const StandardPaths m_paths;
     SystemClock m_clock;
