@@ -62,7 +62,7 @@ struct MountListMirror::State final {
     std::optional<std::vector<GvfsMount>> mounts GUARDED_BY(mutex);
     int listings GUARDED_BY(mutex) = 0; ///< under way
     std::vector<Change> changes GUARDED_BY(mutex); ///< while there are listings
-    std::uint64_t firstChange GUARDED_BY(mutex) = 0;
+    std::uint64_t firstChange GUARDED_BY(mutex) = 0; ///< the number of the first of them
     std::vector<Watch*> watches GUARDED_BY(mutex);
     /// GLib's thread may be with us while the mirror ends: a connection that we listen to keeps us until it ends.
     std::shared_ptr<State> self GUARDED_BY(mutex);
@@ -87,10 +87,17 @@ struct MountListMirror::State final {
         changes.clear();
     }
 
+    /// Between two connections something may go unheard: a list that was asked for before is none to follow.
+    void beginAnew() REQUIRES(mutex) {
+        daemon.reset();
+        mounts.reset();
+        forgetChanges();
+        ++firstChange;
+    }
+
     /// Those of the daemon since then. What the list has already comes to the same once more.
     void repeatChanges(std::uint64_t begin, std::vector<GvfsMount>& list) const REQUIRES(mutex) {
-        const auto skipped = static_cast<std::size_t>(std::max(begin, firstChange) - firstChange);
-        for (std::size_t index = skipped; index < changes.size(); ++index)
+        for (auto index = static_cast<std::size_t>(begin - firstChange); index < changes.size(); ++index)
             if (changes[index].sender == daemon)
                 apply(changes[index].isMounted, changes[index].mount, list);
     }
@@ -146,6 +153,7 @@ void MountListMirror::follow(GDBusConnection* connection) {
         // Only now, since from here on others rely on it. Of two that come at once, one takes the other's place.
         std::swap(m_state->connection, followed);
         std::swap(m_state->filter, filter);
+        m_state->beginAnew();
     }
     release(followed.get(), filter);
 }
@@ -157,9 +165,7 @@ void MountListMirror::unfollow() {
         const MutexLock lock(m_state->mutex);
         former = std::move(m_state->connection);
         filter = std::exchange(m_state->filter, 0);
-        m_state->daemon.reset();
-        m_state->mounts.reset();
-        m_state->forgetChanges();
+        m_state->beginAnew();
     }
     release(former.get(), filter);
 }
@@ -247,7 +253,7 @@ MountListMirror::Listing::~Listing() {
 
 void MountListMirror::Listing::told(const std::string& sender, std::vector<GvfsMount> mounts) {
     const MutexLock lock(m_state->mutex);
-    if (!m_state->connection || m_state->daemon.value_or(sender) != sender)
+    if (!m_state->connection || m_begin < m_state->firstChange || m_state->daemon.value_or(sender) != sender)
         return; // nobody is followed, or somebody else by now
     m_state->daemon = sender;
     m_state->repeatChanges(m_begin, mounts);

@@ -253,6 +253,16 @@ TEST_F(MountListMirrorTest, anotherConnectionMakesAllUnknown) {
     EXPECT_THAT(shares(), Optional(ElementsAre("two")));
 }
 
+TEST_F(MountListMirrorTest, aListThatWasAskedForBeforeTheConnectionIsNotBelieved) {
+    MountListMirror::Listing listing(mirror);
+    const auto other = connect();
+    mirror.follow(other.get());
+    listing.told(ownerName(), mountsOf({ "one" })); // what came or went in between went unheard
+    EXPECT_FALSE(mirror.mounts());
+    tell({ "two" });
+    EXPECT_THAT(shares(), Optional(ElementsAre("two")));
+}
+
 TEST_F(MountListMirrorTest, aConnectionThatHasEndedIsNone) {
     EXPECT_EQ(mirror.connection().get(), connection.get());
     bus.stop();
