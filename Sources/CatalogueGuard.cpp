@@ -81,14 +81,23 @@ std::optional<std::string> CatalogueGuard::write(
 }
 
 std::optional<std::string> CatalogueGuard::keepDamaged(const std::string& path) {
-    const bool edited = isEdited(path);
-    if (edited && m_onEdited == OnEdited::Refuse)
-        return refusal(path);
+    if (m_onEdited == OnEdited::Refuse)
+        if (auto reason = refusal(path))
+            return reason;
+    const bool isKeptEdited = m_onEdited == OnEdited::KeepBeside && isEdited(path);
+    if (auto failure = keepBeside(path))
+        return failure;
+    if (isKeptEdited)
+        m_edited(path);
+    return std::nullopt;
+}
+
+std::optional<std::string> CatalogueGuard::keepBeside(const std::string& path) {
+    // Before it is kept: what is written in between is then taken for another's, which it is.
+    auto version = m_version(path);
     if (auto failure = m_files.keepDamaged(path))
         return failure;
-    m_known[path] = { m_version(path), std::nullopt };
-    if (edited)
-        m_edited(path);
+    m_known[path] = { std::move(version), std::nullopt };
     return std::nullopt;
 }
 
@@ -96,7 +105,7 @@ std::optional<std::string> CatalogueGuard::refusal(const std::string& path) {
     if (!isEdited(path))
         return std::nullopt;
     if (m_onEdited == OnEdited::KeepBeside)
-        if (auto failure = m_files.keepDamaged(path))
+        if (auto failure = keepBeside(path))
             return failure;
     m_edited(path);
     if (m_onEdited == OnEdited::KeepBeside)

@@ -42,6 +42,8 @@ private:
         std::optional<std::size_t> digest; // of what the file holds; absent when that is no property list
     };
 
+    /// Knows afterwards what it has kept, which may have stayed at its path: another save does not keep it once more.
+    [[nodiscard]] std::optional<std::string> keepBeside(const std::string& path);
     /// Why nothing may be done to the file, if so.
     [[nodiscard]] std::optional<std::string> refusal(const std::string& path);
     [[nodiscard]] bool isEdited(const std::string& path);

@@ -76,7 +76,10 @@ public:
         return failure;
     }
     [[nodiscard]] std::optional<std::string> keepDamaged(const std::string& path) override {
-        return m_files.keepDamaged(path);
+        auto failure = m_files.keepDamaged(path);
+        if (!m_isBefore)
+            edit(path);
+        return failure;
     }
 
     std::optional<PropertyValue> edition;
@@ -101,6 +104,21 @@ TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramReplacedRightAfter
     editor.edition.reset();
     EXPECT_NE(hurried.write(path, list("mine again")), std::nullopt);
     EXPECT_EQ(files.read(path).root, list("his"));
+    EXPECT_EQ(refusals, 1);
+}
+
+TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramRepairedRightAfterItWasKept) {
+    HastyEditor editor(files, false);
+    CatalogueGuard hurried(
+        editor, fileVersion, CatalogueGuard::OnEdited::Refuse, [this](const std::string&) { ++refusals; });
+    folder.put("Quorrel2.plist", "no property list");
+    EXPECT_EQ(hurried.read(path).outcome, PropertyListReadResult::Outcome::Malformed);
+    editor.edition = list("repaired");
+    EXPECT_EQ(hurried.keepDamaged(path), std::nullopt);
+    editor.edition.reset();
+    EXPECT_NE(hurried.write(path, list("mine")), std::nullopt);
+    EXPECT_EQ(files.read(path).root, list("repaired"));
+    EXPECT_EQ(folder.contentOf("Quorrel2.plist.damaged"), "no property list");
     EXPECT_EQ(refusals, 1);
 }
 
@@ -169,6 +187,24 @@ TEST_F(CatalogueGuardTest, aWriteThatFailsLateIsNobodysEdit) {
         EXPECT_EQ(onDisk.write(path, list("mine again")), std::nullopt);
     }
     EXPECT_EQ(refusals, 0);
+}
+
+TEST_F(CatalogueGuardTest, anEditedFileIsKeptOnceHoweverOftenTheDiskFailsLate) {
+    FailingDisk disk(files);
+    CatalogueGuard onDisk(
+        disk, fileVersion, CatalogueGuard::OnEdited::KeepBeside, [this](const std::string&) { ++kept; });
+    ASSERT_EQ(onDisk.write(path, list("mine")), std::nullopt);
+    ASSERT_EQ(files.write(path, list("his")), std::nullopt);
+    disk.failing = FailingDisk::Failing::BeforeItsPlace;
+    for (int round = 0; round < 3; ++round)
+        EXPECT_EQ(onDisk.write(path, list("mine again")), "Input/output error");
+    EXPECT_EQ(files.read(path).root, list("his"));
+    disk.failing = FailingDisk::Failing::Never;
+    EXPECT_EQ(onDisk.write(path, list("mine again")), std::nullopt);
+    EXPECT_EQ(files.read(path).root, list("mine again"));
+    EXPECT_EQ(files.read(path + ".damaged").root, list("his"));
+    EXPECT_FALSE(std::filesystem::exists(path + ".damaged-2"));
+    EXPECT_EQ(kept, 1);
 }
 
 TEST_F(CatalogueGuardTest, overwritesNothingThatAnotherProgramWroteInPlace) {
@@ -341,6 +377,23 @@ TEST_F(CatalogueGuardTest, aDamagedFileThatSomebodyRepairedMeanwhileIsKeptAndTol
     EXPECT_EQ(files.read(path + ".damaged").root, list("repaired"));
     EXPECT_EQ(files.read(path).root, list("mine"));
     EXPECT_EQ(kept, 1);
+}
+
+TEST_F(CatalogueGuardTest, aFileThatWasTheOtherOneForAMomentIsRefusedOrKept) {
+    folder.put("Quorrel2.plist", "no property list");
+    std::vector<std::string> versions { "known", "edited", "known" }; // the last for good
+    CatalogueGuard hasty(
+        files,
+        [&](const std::string&) {
+            auto version = versions.front();
+            if (versions.size() > 1)
+                versions.erase(versions.begin());
+            return version;
+        },
+        CatalogueGuard::OnEdited::Refuse, [](const std::string&) {});
+    EXPECT_EQ(hasty.read(path).outcome, PropertyListReadResult::Outcome::Malformed);
+    const bool isRefused = hasty.keepDamaged(path).has_value();
+    EXPECT_NE(isRefused, folder.contentOf("Quorrel2.plist.damaged") == "no property list");
 }
 
 } // namespace
