@@ -198,7 +198,9 @@ TEST_F(MountHazardTest, InterruptEndsEveryCallAtOnce) {
             const auto place = silentURL("http", proxy, "share" + std::to_string(number));
             EXPECT_EQ(service->mountServerVolume(asUser(place, "silent")).status, VolumeStatus::notResponding);
         });
-    EXPECT_TRUE(eventually([&] { return proxy.connections() >= 4; }));
+    // One of each process and one of each look at the port: then all four processes wait for the server.
+    EXPECT_TRUE(eventually([&] { return proxy.connections() >= 8; }));
+    EXPECT_EQ(backEnds("gvfsd-dav").size(), 4U);
     const auto start = SteadyClock::now();
     service->interrupt();
     for (auto& thread : threads)
