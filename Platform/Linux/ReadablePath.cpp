@@ -12,6 +12,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -60,19 +61,23 @@ public:
     /// On a thread of its own: a server that falls silent just now holds whoever looks, and that must not be us.
     static std::shared_ptr<Look> begin(Glance glance, const std::string& path) {
         auto look = std::make_shared<Look>(glance, path);
-        std::thread([wanted = std::weak_ptr(look), glance, path] {
-            const auto end
-                = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
-            auto pause = firstPause;
-            auto files = glance(path);
-            while (files == Files::Slow && !wanted.expired() && std::chrono::steady_clock::now() < end) {
-                std::this_thread::sleep_for(pause);
-                pause = std::min(2 * pause, longestPause);
-                files = glance(path);
-            }
-            if (const auto look = wanted.lock())
-                look->tell(files);
-        }).detach();
+        try {
+            std::thread([wanted = std::weak_ptr(look), glance, path] {
+                const auto end
+                    = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::milliseconds>(limit);
+                auto pause = firstPause;
+                auto files = glance(path);
+                while (files == Files::Slow && !wanted.expired() && std::chrono::steady_clock::now() < end) {
+                    std::this_thread::sleep_for(pause);
+                    pause = std::min(2 * pause, longestPause);
+                    files = glance(path);
+                }
+                if (const auto look = wanted.lock())
+                    look->tell(files);
+            }).detach();
+        } catch (const std::system_error&) {
+            look->tell(Files::Slow); // no thread to be had: the mount is there all the same
+        }
         return look;
     }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Linux/ReadablePath.h"
 
+#include "Tests/Fakes/NoMoreThreads.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -46,6 +47,16 @@ TEST_F(ReadablePathTest, anInterruptEndsTheWait) {
     m_interrupted.signal();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(ReadablePath::wait(m_loop, *look), Files::Slow);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+}
+
+TEST_F(ReadablePathTest, withoutAThreadNobodyLooksAndNobodyWaits) {
+    std::filesystem::create_directory(m_folder.path("mount"));
+    const NoMoreThreads noMoreThreads;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ReadablePath::wait(m_loop, *ReadablePath::lookUntilListed(m_folder.path("mount"))), Files::Slow);
+    EXPECT_EQ(ReadablePath::wait(m_loop, *ReadablePath::lookUntilReachable(m_folder.path("mount"))), Files::Slow);
+    EXPECT_FALSE(ReadablePath::isCutOff(m_loop, m_folder.path("mount")));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
 }
 
