@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Foundation/OperationQueue.h"
 #include "Tests/Fakes/Gate.h"
+#include "Tests/Fakes/NoMoreThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -371,6 +372,37 @@ TEST_F(OperationQueueTest, whatIsAskedForOverAndOverWaitsOnce) {
             for (const auto* kind : { "mount", "unmount" })
                 stopped.addOperation(work([](Work&) {}), { kind, &subject });
     EXPECT_EQ(stopped.operationCount(), 2 * subjects);
+}
+
+TEST_F(OperationQueueTest, whatNoThreadIsThereForIsCancelledAndTold) {
+    const auto never = work([](Work&) { ADD_FAILURE(); });
+    {
+        const NoMoreThreads noMoreThreads;
+        queue.addOperation(never);
+    }
+    EXPECT_TRUE(never->isCancelled());
+    EXPECT_EQ(failures.size(), 1U);
+    EXPECT_TRUE(queue.waitUntilIdle(Seconds(0)));
+    bool hasRun = false;
+    queue.addOperation(work([&](Work&) { hasRun = true; }));
+    ASSERT_TRUE(idle.wait());
+    EXPECT_TRUE(hasRun);
+}
+
+TEST_F(OperationQueueTest, whatNoFurtherThreadIsThereForWaitsForTheOneThereIs) {
+    queue.addOperation(blocked());
+    ASSERT_TRUE(started.wait());
+    Gate hasRun;
+    {
+        const NoMoreThreads noMoreThreads;
+        queue.addOperation(work([&](Work&) { hasRun.open(); }));
+    }
+    EXPECT_EQ(queue.operationCount(), 2U);
+    EXPECT_FALSE(queue.waitUntilIdle(Seconds(0)));
+    mayEnd.open();
+    EXPECT_TRUE(hasRun.wait());
+    EXPECT_TRUE(queue.waitUntilIdle(Seconds(30)));
+    EXPECT_TRUE(failures.empty());
 }
 
 TEST(OperationQueueDestructorTest, cancelsEverythingAndWaitsForWhatRuns) {

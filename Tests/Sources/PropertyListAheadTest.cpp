@@ -2,6 +2,7 @@
 #include "Sources/PropertyListAhead.h"
 
 #include "Tests/Fakes/FakePropertyListFile.h"
+#include "Tests/Fakes/NoMoreThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -73,6 +74,17 @@ TEST_F(PropertyListAheadTest, waitsForWhatIsBeingRead) {
     ahead.begin(path, [] {});
     EXPECT_EQ(text(), "first");
     ahead.begin(path, [] {}); // its end is waited for by the destructor
+}
+
+TEST_F(PropertyListAheadTest, withoutAThreadItReadsWhenItIsAsked) {
+    files.put(path, PropertyValue("first"));
+    {
+        const NoMoreThreads noMoreThreads;
+        readAhead();
+    }
+    EXPECT_EQ(reader, std::this_thread::get_id());
+    files.put(path, PropertyValue("second"));
+    EXPECT_EQ(text(), "second");
 }
 
 } // namespace quorrel

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Sources/LookupAhead.h"
 #include "Sources/LookupOperation.h"
+#include "Tests/Fakes/NoMoreThreads.h"
 #include "Tests/Sources/ControllerTest.h"
 #include "Tests/Sources/SlowTools.h"
 
@@ -415,6 +416,16 @@ TEST_F(RehearsedCommandsTest, AHostThatIsRenamedMeanwhileIsLookedUpByItsNewName)
     finish();
     EXPECT_EQ(host->hostName.get(), "cellar");
     EXPECT_EQ(childProcess.calls().size(), 2U);
+}
+
+TEST_F(RehearsedCommandsTest, WhereThereIsNoThreadForTheToolsANameIsLookedUpOnTheWay) {
+    const auto host = addHost("attic", ftp, { "a" });
+    occupyQueue();
+    const NoMoreThreads noMoreThreads;
+    controller->mountSharePoint(host->sharePointForName("a"));
+    EXPECT_TRUE(controller->workLine().isEmpty());
+    EXPECT_EQ(host->adresses.get(), std::vector<std::string> { "10.0.0.7" });
+    EXPECT_EQ(waitingOperations(), 1U);
 }
 
 TEST_F(RehearsedCommandsTest, AnEndMeanwhileLeavesNothingBehind) {

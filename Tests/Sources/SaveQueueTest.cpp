@@ -3,6 +3,7 @@
 
 #include "Sources/CatalogueGuard.h"
 #include "Sources/SaveReport.h"
+#include "Tests/Fakes/NoMoreThreads.h"
 #include "Tests/Sources/ControllerTest.h"
 
 #include <gmock/gmock.h>
@@ -213,6 +214,18 @@ TEST_F(SaveQueueTest, anExceptionOfASaveIsLoggedAndTheNextOneRuns) {
     change("a");
     EXPECT_TRUE(saves.finish(patience));
     EXPECT_THAT(namesIn(cataloguePath), ElementsAre("a"));
+}
+
+TEST_F(SaveQueueTest, aSaveForWhichThereIsNoThreadIsOverWhenItReturns) {
+    {
+        const NoMoreThreads noMoreThreads;
+        change("nas");
+        EXPECT_THAT(namesIn(controller->catalogueFile()), ElementsAre("nas"));
+        EXPECT_FALSE(saves.isSaving());
+    }
+    change("den");
+    EXPECT_TRUE(saves.finish(patience));
+    EXPECT_THAT(namesIn(controller->catalogueFile()), ElementsAre("nas", "den"));
 }
 
 TEST_F(SaveQueueTest, whatIsReportedGoesWithTheQueue) {
