@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -251,6 +252,27 @@ TEST_F(MountListMirrorTest, anotherConnectionMakesAllUnknown) {
     tell({ "two" });
     mirror.follow(other.get());
     EXPECT_THAT(shares(), Optional(ElementsAre("two")));
+}
+
+TEST_F(MountListMirrorTest, theBusTellsAConnectionNothingMoreThatIsNotFollowedAnyMore) {
+    std::atomic<int> heard = 0;
+    const auto filter = g_dbus_connection_add_filter(
+        connection.get(),
+        [](GDBusConnection*, GDBusMessage* message, gboolean, gpointer count) {
+            if (g_strcmp0(g_dbus_message_get_interface(message), GvfsMountList::trackerInterface) == 0)
+                ++*static_cast<std::atomic<int>*>(count);
+            return message;
+        },
+        &heard, nullptr);
+    daemon->mount("one");
+    settle();
+    EXPECT_EQ(heard, 1);
+    const auto other = connect();
+    mirror.follow(other.get());
+    daemon->mount("two");
+    settle();
+    EXPECT_EQ(heard, 1);
+    g_dbus_connection_remove_filter(connection.get(), filter);
 }
 
 TEST_F(MountListMirrorTest, aListThatWasAskedForBeforeTheConnectionIsNotBelieved) {

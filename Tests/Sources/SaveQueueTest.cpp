@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <functional>
 #include <future>
 #include <stdexcept>
 #include <string>
@@ -63,8 +64,14 @@ protected:
 
     std::vector<std::string> told;
     std::string version = "1";
-    CatalogueGuard guard { files, [this](const std::string&) { return version; }, CatalogueGuard::OnEdited::Refuse,
-        [this](const std::string&) { tell("edited"); } };
+    std::function<void()> atLook; // at the file's version: before each read and write of it
+    CatalogueGuard guard { files,
+        [this](const std::string&) {
+            if (atLook)
+                atLook();
+            return version;
+        },
+        CatalogueGuard::OnEdited::Refuse, [this](const std::string&) { tell("edited"); } };
     SaveReport report { guard,
         { [this](const std::string&, const std::string& reason) { tell(reason); },
             [this](const std::string&) { tell("recovered"); } } };
@@ -171,6 +178,7 @@ TEST_F(SaveQueueTest, aFileEditedBeforeTheDiskTookTheSaveIsNotOverwritten) {
 }
 
 TEST_F(SaveQueueTest, aLoadComesBehindTheSaves) {
+    atLook = [this] { EXPECT_FALSE(mainThreadQueue.isMainThread() && saves.isSaving()); };
     changeAndHang("a");
     auto releasing = std::async(std::launch::async, [this] { files.releaseWrites(); });
     controller->loadHostsArray();
