@@ -69,9 +69,7 @@ class Saves:
     def alerts(self, title=TITLE):
         return [node for node in self.run.application().walk() if node.matches(title, "alert")]
 
-    # ---- in this order -------------------------------------------------
-
-    def what_can_be_saved_is_no_news(self):
+    def open_window(self):
         self.run = running.Running(self.program)
         application = self.run.application()
         notice = application.find(role="alert")  # that there is no tray
@@ -79,6 +77,11 @@ class Saves:
         self.window = application.find("Quorrel", "frame")
         rows = self.window.find("Shares", "list")
         rows.find(lambda name: name.startswith("music"), "list item").click()
+
+    # ---- in this order -------------------------------------------------
+
+    def what_can_be_saved_is_no_news(self):
+        self.open_window()
         self.toggle_favourite()
         screen.wait_for(is_favourite, "the favourite is not saved")
         expect(not self.alerts(), "it complains")
@@ -135,6 +138,21 @@ class Saves:
         expect(self.failures() == 3, self.log())
         self.run.end(signal.SIGTERM)
 
+    def what_is_being_saved_when_it_ends_is_saved_whole(self):
+        # So much that it would have ended long before, did it not wait.
+        with open(FILE, "rb") as file:
+            hosts = plistlib.load(file)
+        hosts[0]["sharePoints"].append({"displayType": SERVICE, "sharePoint": "films", "automatically": False,
+                                        "guestLogin": True, "scriptArguments": "x" * 2_000_000})
+        with open(FILE, "wb") as file:
+            plistlib.dump(hosts, file)
+        self.open_window()
+        self.toggle_favourite()
+        self.run.process.send_signal(signal.SIGTERM)
+        expect(self.run.process.wait(30) == 0, "it did not end in order")
+        expect(is_favourite(), "the last change is not saved")
+        expect(os.listdir(FOLDER) == [os.path.basename(FILE)], f"beside it are {os.listdir(FOLDER)}")
+
     def close(self):
         if self.run:
             self.run.kill()
@@ -144,7 +162,8 @@ def main():
     return run_steps(Saves(os.path.realpath(sys.argv[1])), (
         "what_can_be_saved_is_no_news", "what_was_only_copied_over_itself_is_no_news",
         "what_somebody_edited_meanwhile_is_kept_and_told", "a_failed_save_is_told_with_file_and_cause",
-        "the_program_goes_on_and_repeats_nothing", "the_next_change_saves_it_all_and_the_alert_goes"))
+        "the_program_goes_on_and_repeats_nothing", "the_next_change_saves_it_all_and_the_alert_goes",
+        "what_is_being_saved_when_it_ends_is_saved_whole"))
 
 
 if __name__ == "__main__":
