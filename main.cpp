@@ -109,7 +109,9 @@ int main(int argumentCount, char** arguments) {
         if (auto* program = running.load()) {
             program->quit();
             std::this_thread::sleep_for(signalPatience);
-            program->waitUntilSaved();
+            // The main thread waits for the save as well, and then ends the program in order.
+            if (program->waitUntilSaved())
+                std::this_thread::sleep_for(signalPatience);
         }
         if (auto* assembly = assembled.load())
             assembly->endTools();

@@ -150,8 +150,10 @@ void DesktopProgram::quit() {
         Qt::QueuedConnection);
 }
 
-void DesktopProgram::waitUntilSaved() {
+bool DesktopProgram::waitUntilSaved() {
+    const bool isSaving = m_saves.isSaving();
     m_saves.waitUntilSaved(savePatience);
+    return isSaving;
 }
 
 void DesktopProgram::showWindowWithoutTray() {

@@ -57,8 +57,8 @@ public:
     /// Makes `run` return soon. Any thread.
     void quit();
 
-    /// Blocks while the catalogue is being saved, for some seconds at most. Any thread.
-    void waitUntilSaved();
+    /// Blocks while the catalogue is being saved, for some seconds at most; whether it was. Any thread.
+    bool waitUntilSaved();
 
 private:
     /// Whether the catalogue is ours to keep; the user reads why not.
