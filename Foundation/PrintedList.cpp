@@ -2,6 +2,7 @@
 #include "Foundation/PrintedList.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace quorrel {
@@ -15,27 +16,33 @@ bool standsBare(std::string_view item) {
     });
 }
 
-void appendPrinted(std::string& printed, std::string_view item, bool isFirst) {
-    printed.resize(printed.size() - 2); // the closing line feed and parenthesis
-    printed += isFirst ? "\n    " : ",\n    ";
+constexpr std::string_view beforeFirst = "\n    ";
+constexpr std::string_view between = ",\n    ";
+constexpr std::string_view close = "\n)";
+
+void appendPrinted(std::string& printed, std::string_view item) {
     if (standsBare(item)) {
         printed += item;
-    } else {
-        printed += '"';
-        for (const char letter : item) {
-            if (letter == '"' || letter == '\\')
-                printed += '\\';
-            printed += letter;
-        }
-        printed += '"';
+        return;
     }
-    printed += "\n)";
+    printed += '"';
+    for (const char letter : item) {
+        if (letter == '"' || letter == '\\')
+            printed += '\\';
+        printed += letter;
+    }
+    printed += '"';
 }
 
 } // namespace
 
 void PrintedList::append(std::string item) {
-    appendPrinted(m_printed, item, m_items.empty());
+    m_printed.resize(m_printed.size() - close.size());
+    m_printed += m_items.empty() ? beforeFirst : between;
+    const auto start = m_printed.size();
+    appendPrinted(m_printed, item);
+    m_lengths.push_back(m_printed.size() - start);
+    m_printed += close;
     m_items.push_back(std::move(item));
 }
 
@@ -43,12 +50,20 @@ bool PrintedList::removeFirst(std::string_view item) {
     const auto found = std::find(m_items.begin(), m_items.end(), item);
     if (found == m_items.end())
         return false;
+    const auto place = found - m_items.begin();
+    const auto length = m_lengths.begin() + place;
+    const auto start = std::accumulate(m_lengths.begin(), length,
+        1 + beforeFirst.size() + static_cast<std::size_t>(place) * between.size()); // behind the parenthesis
+    // With the comma before or, of the first item, the one behind; the only item has none.
+    if (place > 0)
+        m_printed.erase(start - between.size(), between.size() + *length);
+    else if (m_items.size() > 1)
+        m_printed.erase(start, *length + between.size());
+    else
+        m_printed.erase(start - beforeFirst.size(), beforeFirst.size() + *length);
+    m_lengths.erase(length);
     m_items.erase(found);
     ++m_removals;
-    m_printed = "(\n)";
-    bool isFirst = true;
-    for (const auto& each : m_items)
-        appendPrinted(m_printed, each, std::exchange(isFirst, false));
     return true;
 }
 

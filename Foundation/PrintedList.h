@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,8 +12,8 @@ namespace quorrel {
 /// A list of texts with its printed form, for tests of whether some text occurs anywhere in the list as printed.
 ///
 /// The form is "(", then each item on a line of its own behind four spaces, with commas between, then ")". An item of
-/// letters, digits and underscores stands bare, any other in double quotes. It grows with each item, so that a long
-/// list is never printed anew. A value type: one thread at a time.
+/// letters, digits and underscores stands bare, any other in double quotes. It grows and shrinks with each item, so
+/// that a long list is never printed anew. A value type: one thread at a time.
 class PrintedList final {
 public:
     void append(std::string item);
@@ -30,6 +31,7 @@ public:
 
 private:
     std::vector<std::string> m_items;
+    std::vector<std::size_t> m_lengths; // of the items, as printed
     std::string m_printed = "(\n)"; // always closed
     std::uint64_t m_removals = 0;
 };

@@ -57,6 +57,24 @@ TEST(PrintedListTest, removingTheFirstEqualItemPrintsTheRestAsIfItHadNeverBeen) 
     EXPECT_EQ(list.printed(), "(\n)");
 }
 
+TEST(PrintedListTest, whateverIsRemovedInWhateverOrderTheRestIsPrintedAsIfItHadNeverBeen) {
+    std::vector<std::string> texts { "a", "", "b.c", "x\ny", "a\"b", "\\", ",\n    a", "(\n)", "a,b", "d",
+        "B\xC3\xBCro", "a" };
+    for (std::size_t step = 1; step < texts.size(); step += 2) {
+        auto list = listOf(texts);
+        auto left = texts;
+        for (std::size_t place = 0; !left.empty(); place += step) {
+            const auto text = left[place % left.size()];
+            left.erase(std::find(left.begin(), left.end(), text));
+            EXPECT_TRUE(list.removeFirst(text));
+            EXPECT_EQ(list.items(), left);
+            EXPECT_EQ(list.printed(), listOf(left).printed());
+        }
+        list.append("next");
+        EXPECT_EQ(list.printed(), "(\n    next\n)");
+    }
+}
+
 TEST(PrintedListTest, aTextIsFoundAnywhereInThePrintedForm) {
     const auto list = listOf({ "server", "files.local" });
     EXPECT_TRUE(list.printedFormContains("server"));
