@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -31,6 +33,18 @@ public:
     [[nodiscard]] std::size_t count() const {
         const MutexLock lock(m_object.valueMutex());
         return m_items.size();
+    }
+
+    /// The item at that place of the list as it is now; absent behind its end.
+    [[nodiscard]] std::optional<T> itemAt(std::size_t place) const {
+        const MutexLock lock(m_object.valueMutex());
+        return place < m_items.size() ? std::optional(m_items[place]) : std::nullopt;
+    }
+
+    /// Grows with every change, announced or not.
+    [[nodiscard]] std::uint64_t changes() const {
+        const MutexLock lock(m_object.valueMutex());
+        return m_changes;
     }
 
     void append(T item) {
@@ -59,6 +73,7 @@ public:
     void replaceUnannounced(std::vector<T> items) {
         const MutexLock lock(m_object.valueMutex());
         std::swap(m_items, items);
+        ++m_changes;
     }
 
 private:
@@ -68,6 +83,7 @@ private:
         {
             const MutexLock lock(m_object.valueMutex());
             edit(m_items);
+            ++m_changes;
         }
         m_object.didChangeValueForKey(m_key);
     }
@@ -75,6 +91,7 @@ private:
     const Observable& m_object;
     const char* m_key;
     std::vector<T> m_items GUARDED_BY(m_object.valueMutex());
+    std::uint64_t m_changes GUARDED_BY(m_object.valueMutex()) = 0;
 };
 
 } // namespace quorrel

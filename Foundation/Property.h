@@ -36,11 +36,18 @@ private:
     friend Owner;
 
     void assign(T value) {
+        assign(std::move(value), [](const T&, const T&) {});
+    }
+
+    /// `stored` is told of the values before and after, with the lock held.
+    template <typename Stored>
+    void assign(T value, const Stored& stored) {
         m_object.willChangeValueForKey(m_key);
         {
             // Swapped, so that the old value is destroyed after the lock is gone.
             const MutexLock lock(m_object.valueMutex());
             std::swap(m_value, value);
+            stored(value, m_value);
         }
         m_object.didChangeValueForKey(m_key);
     }

@@ -43,6 +43,11 @@ PropertyValue::Array dictionariesOf(const Items& items) {
 HostDefinition::HostDefinition(CatalogueContextPointer context)
     : m_context(std::move(context)) { }
 
+HostDefinition::~HostDefinition() {
+    ++m_context->changes->monitoringEnds;
+    ++m_context->changes->resolvingEnds;
+}
+
 std::shared_ptr<HostDefinition> HostDefinition::initWithName(const std::string& name, CatalogueContextPointer context) {
     auto host = std::make_shared<HostDefinition>(std::move(context));
     host->m_hasLists = true;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Foundation/Clock.h"
+#include "Foundation/CountedProperty.h"
 #include "Foundation/Dictionary.h"
 #include "Foundation/ObservableList.h"
 #include "Foundation/Property.h"
@@ -24,6 +25,8 @@ class SharePointDefinition;
 /// Any thread; every field is observable under its own name. What the user configured is saved with the catalogue,
 /// what a run finds out is not.
 class HostDefinition final : public Observable, public std::enable_shared_from_this<HostDefinition> {
+    const CatalogueContextPointer m_context; // first, since fields count their changes in it
+
 public:
     using Services = std::vector<std::shared_ptr<ServiceDefinition>>;
     using SharePoints = std::vector<std::shared_ptr<SharePointDefinition>>;
@@ -35,6 +38,9 @@ public:
         const std::optional<Dictionary>& dictionary, CatalogueContextPointer context);
 
     explicit HostDefinition(CatalogueContextPointer context);
+    ~HostDefinition();
+    HostDefinition(const HostDefinition&) = delete;
+    HostDefinition& operator=(const HostDefinition&) = delete;
 
     /// The first share point of exactly that name, under whichever service; null when there is none.
     [[nodiscard]] std::shared_ptr<SharePointDefinition> sharePointForName(const OptionalText& name) const;
@@ -65,7 +71,10 @@ public:
 
     [[nodiscard]] const CatalogueContextPointer& context() const { return m_context; }
 
-    Property<OptionalText> displayName { *this, "displayName" }; ///< shown, and used to reach the host
+    using Name = CountedProperty<OptionalText, isOther<OptionalText>>;
+    using Mark = CountedProperty<bool, isCleared>;
+
+    Name displayName { *this, "displayName", m_context->changes->hostNames }; ///< shown, and used to reach the host
     ObservableList<std::shared_ptr<ServiceDefinition>> services { *this, "services" };
     ObservableList<std::shared_ptr<SharePointDefinition>> sharePoints { *this, "sharePoints" };
     Property<std::optional<Image>> icon { *this, "icon" };
@@ -74,8 +83,8 @@ public:
     Property<std::optional<Clock::Time>> passwordDate { *this, "passwordDate" };
     Property<std::optional<double>> timeout { *this, "timeout" };
     Property<bool> resolved { *this, "resolved" };
-    Property<bool> resolving { *this, "resolving" };
-    Property<bool> monitoring { *this, "monitoring" };
+    Mark resolving { *this, "resolving", m_context->changes->resolvingEnds };
+    Mark monitoring { *this, "monitoring", m_context->changes->monitoringEnds };
     Property<bool> bonjour { *this, "bonjour" }; ///< seen by browsing just now
     Property<OptionalText> domain { *this, "domain" };
     Property<OptionalText> hostName { *this, "hostName" }; ///< the resolved name
@@ -85,7 +94,6 @@ public:
 private:
     [[nodiscard]] std::string countText(std::size_t count, std::string_view singular, std::string_view plural) const;
 
-    const CatalogueContextPointer m_context;
     std::atomic<bool> m_hasLists = false;
 };
 

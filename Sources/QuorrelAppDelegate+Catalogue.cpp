@@ -85,6 +85,10 @@ void QuorrelAppDelegate::watchModel(const HostPointer& host) {
 }
 
 void QuorrelAppDelegate::dropSpentMonitors() {
+    // Each is made for a host that it marks, so that there is none to drop unless a mark has gone, or a host.
+    const auto ends = m_context->changes->monitoringEnds.load();
+    if (std::exchange(m_monitoringEnds, ends) == ends)
+        return;
     std::erase_if(m_monitorsArray, [](const auto& monitor) {
         const auto host = monitor->host();
         return !host || !host->monitoring.get();

@@ -155,7 +155,7 @@ void QuorrelAppDelegate::mountFavroiteItem(const MenuItem& item) {
     const auto separator = item.title.find(favouriteSeparator);
     if (separator == std::string::npos)
         return;
-    const auto host = firstHostNamed(item.title.substr(0, separator));
+    const auto host = m_hostIndex.firstNamed(item.title.substr(0, separator));
     if (!host)
         return;
     const auto start = separator + favouriteSeparator.size();
@@ -179,11 +179,20 @@ std::vector<NameLookup> QuorrelAppDelegate::lookupsFor(
 void QuorrelAppDelegate::resolveIfUnknown(const HostPointer& host, const std::shared_ptr<ServiceDefinition>& service) {
     if (host && (host->resolving.get() || host->resolved.get()))
         return;
-    // A host that is not being resolved, or is gone, waits for no answer any more.
-    std::erase_if(m_resolverArray, [](const auto& resolver) { return !resolver->isAwaited(); });
+    dropSpentResolvers();
     // The array first: it keeps a resolver alive whose answers come later.
     m_resolverArray.push_back(std::make_unique<BonjourResolver>(m_environment.resolving));
     m_resolverArray.back()->resolve(service, nullptr);
+}
+
+void QuorrelAppDelegate::dropSpentResolvers() {
+    // Services stay with their hosts, so that what was awaited then and has not ended since is awaited still. The one
+    // that came since need never have been.
+    const auto ends = m_context->changes->resolvingEnds.load();
+    if (std::exchange(m_resolvingEnds, ends) != ends)
+        std::erase_if(m_resolverArray, [](const auto& resolver) { return !resolver->isAwaited(); });
+    else if (!m_resolverArray.empty() && !m_resolverArray.back()->isAwaited())
+        m_resolverArray.pop_back();
 }
 
 void QuorrelAppDelegate::queueMount(const SharePointPointer& sharePoint) {

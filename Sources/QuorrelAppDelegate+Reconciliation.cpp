@@ -41,7 +41,7 @@ void QuorrelAppDelegate::bonjourServiceNotigficationUpdate(const Notification& n
             .perform = [this, name, type] { serviceAppeared(*name, type); },
             .lookups =
                 [this, name, type] {
-                    const auto host = firstHostNamed(*name);
+                    const auto host = m_hostIndex.firstNamed(*name);
                     return host ? lookupsFor(host, host->serviceForFullType(type)) : std::vector<NameLookup>();
                 },
             .concerns = isOfServer,
@@ -59,7 +59,7 @@ void QuorrelAppDelegate::bonjourServiceNotigficationUpdate(const Notification& n
 void QuorrelAppDelegate::serviceAppeared(const std::string& name, const OptionalText& type) {
     m_environment.log.line("%@ Appeared", { name });
     bonjourServices.appendUnlessPrinted(name);
-    const auto host = firstHostNamed(name);
+    const auto host = m_hostIndex.firstNamed(name);
     if (!host)
         return;
     host->bonjour.set(true);
@@ -77,7 +77,7 @@ void QuorrelAppDelegate::serviceLeft(const std::string& name) {
     // Departures that waited are one by now, but each takes one of the names.
     const auto departures = m_departures.extract(name);
     for (int left = departures ? departures.mapped() : 0; left > 0 && bonjourServices.removeFirst(name); --left) { }
-    const auto host = firstHostNamed(name);
+    const auto host = m_hostIndex.firstNamed(name);
     if (!host)
         return;
     if (m_environment.preferences.boolean("unmountDrives"))
@@ -179,13 +179,6 @@ bool QuorrelAppDelegate::isFromMonitor(const Notification& notification) const {
 
 void QuorrelAppDelegate::sendSaveNotification() {
     m_environment.notificationCenter.post("900", this);
-}
-
-QuorrelAppDelegate::HostPointer QuorrelAppDelegate::firstHostNamed(const std::string& displayName) const {
-    const auto all = hosts.snapshot();
-    const auto found = std::find_if(
-        all.begin(), all.end(), [&](const HostPointer& host) { return host->displayName.get() == displayName; });
-    return found == all.end() ? nullptr : *found;
 }
 
 } // namespace quorrel

@@ -51,6 +51,7 @@ QuorrelAppDelegate::QuorrelAppDelegate(const ControllerEnvironment& environment)
     , m_context(
           std::make_shared<const CatalogueContext>(CatalogueContext { environment.strings, environment.workspace }))
     , m_catalogueFile(std::make_shared<CatalogueFile>(environment.propertyListFile))
+    , m_hostIndex(hosts, m_context->changes->hostNames)
     , m_workLine(environment.resolving.ahead)
     , m_self(std::make_shared<QuorrelAppDelegate*>(this)) {
     m_opQueue.emplace(operationsAtOnce, [&log = environment.log](const std::string& what) {

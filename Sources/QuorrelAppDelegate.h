@@ -12,9 +12,11 @@
 #include "Sources/CatalogueContext.h"
 #include "Sources/CatalogueLists.h"
 #include "Sources/ControllerEnvironment.h"
+#include "Sources/HostIndex.h"
 #include "Sources/WorkLine.h"
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -155,6 +157,8 @@ private:
     void watchModel(const HostPointer& host);
     /// Of hosts that are gone, or that are no longer marked as monitored and so about to get a new one.
     void dropSpentMonitors();
+    /// Of hosts that are gone, or are not being resolved, and so wait for no answer any more.
+    void dropSpentResolvers();
 
     struct Browser;
     void startBrowsers();
@@ -166,7 +170,6 @@ private:
     void scanForSMBHosts();
     void lookUpHostFile();
 
-    [[nodiscard]] HostPointer firstHostNamed(const std::string& displayName) const;
     void serviceAppeared(const std::string& name, const OptionalText& type);
     void serviceLeft(const std::string& name);
     /// A model that a host tells is saved at once. Those that come close behind it are saved together: a departure ends
@@ -237,8 +240,11 @@ private:
     std::unique_ptr<BonjourScanner> m_FTP_Scanner;
     std::shared_ptr<SMBScanner> m_shellSBMScanner;
     std::shared_ptr<HostFileScanner> m_hostFileScanner;
+    HostIndex m_hostIndex;
     std::vector<std::unique_ptr<BonjourResolver>> m_resolverArray; // those whose hosts are being resolved, and the last
+    std::uint64_t m_resolvingEnds = 0; // as counted when spent resolvers were dropped last
     std::vector<std::unique_ptr<BonjourMonitor>> m_monitorsArray;
+    std::uint64_t m_monitoringEnds = 0; // likewise, of monitors
     WorkLine m_workLine;
     std::map<std::string, int> m_departures; // by server, of those that wait in the line
     std::optional<OperationQueue> m_opQueue;

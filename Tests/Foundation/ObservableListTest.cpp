@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -103,6 +105,27 @@ TEST(ObservableListTest, destroysWhatItRemovesWithNoLockHeld) {
     owner.objects.append(make());
     owner.objects.replaceUnannounced({});
     EXPECT_EQ(destroyed, 3);
+}
+
+TEST(ObservableListTest, countsEveryChangeAnnouncedOrNotBeforeItTells) {
+    Owner owner;
+    std::vector<std::uint64_t> told;
+    const auto subscription
+        = owner.observe("numbers", [&](std::string_view, Change) { told.push_back(owner.numbers.changes()); });
+    owner.numbers.append(3);
+    owner.numbers.remove(7);
+    EXPECT_EQ(told, (std::vector<std::uint64_t> { 0, 1, 1, 2 }));
+    owner.numbers.replaceUnannounced({ 1, 2 });
+    EXPECT_EQ(owner.numbers.changes(), 3U);
+    EXPECT_EQ(owner.objects.changes(), 0U);
+}
+
+TEST(ObservableListTest, tellsSingleItems) {
+    Owner owner;
+    owner.numbers.replace({ 3, 1 });
+    EXPECT_EQ(owner.numbers.itemAt(0), 3);
+    EXPECT_EQ(owner.numbers.itemAt(1), 1);
+    EXPECT_EQ(owner.numbers.itemAt(2), std::nullopt);
 }
 
 TEST(ObservableListTest, losesNothingThatManyThreadsAppend) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Foundation/Property.h"
+#include "Foundation/CountedProperty.h"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,13 @@ struct Record : Observable {
 struct Guarded : Observable {
     Property<int, Guarded> count { *this, "count" };
     void setCount(int value) { count.assign(value * 2); }
+};
+
+struct Counted : Observable {
+    ChangeCount names;
+    ChangeCount ends;
+    CountedProperty<std::string, isOther<std::string>> name { *this, "name", names };
+    CountedProperty<bool, isCleared> mark { *this, "mark", ends };
 };
 
 /// What a notification showed: key, phase and the record's values at that moment.
@@ -172,6 +180,33 @@ TEST(ObservableTest, anOwnerAnnouncesACompoundChange) {
     record.name.set("changed");
     record.didChangeValueForKey("hosts");
     EXPECT_EQ(seen, (Seen { "hosts will 0 initial", "hosts did 0 changed" }));
+}
+
+TEST(CountedPropertyTest, countsTheChangesThatItIsMadeFor) {
+    Counted record;
+    record.name.set("");
+    EXPECT_EQ(record.names, 0U) << "the same";
+    record.name.set("other");
+    EXPECT_EQ(record.names, 1U);
+    record.mark.set(false);
+    record.mark.set(true);
+    record.mark.set(true);
+    EXPECT_EQ(record.ends, 0U);
+    record.mark.set(false);
+    EXPECT_EQ(record.ends, 1U);
+    EXPECT_EQ(record.names, 1U);
+}
+
+TEST(CountedPropertyTest, tellsAsAnyPropertyDoesAndHasCountedWhenItTellsOfTheStore) {
+    Counted record;
+    Seen seen;
+    const auto subscription = record.observe("name", [&](std::string_view, Change change) {
+        seen.push_back(
+            (change == Change::Will ? "will " : "did ") + record.name.get() + std::to_string(record.names.load()));
+    });
+    record.name.set("a");
+    record.name.set("a");
+    EXPECT_EQ(seen, (Seen { "will 0", "did a1", "will a1", "did a1" }));
 }
 
 } // namespace quorrel

@@ -56,7 +56,7 @@ protected:
                 text += each + ";";
             return text;
         }
-        return (key == "resolved" ? host->resolved : host->resolving).get() ? "yes" : "no";
+        return (key == "resolved" ? host->resolved.get() : host->resolving.get()) ? "yes" : "no";
     }
 
     void resolve(const std::string& name, const std::string& displayType) {

@@ -83,8 +83,10 @@ TEST_F(CatalogueDictionariesTest, TheStateOfARunIsNeverWritten) {
     host->passwordDate.set(Clock::Time {});
     host->timeout.set(5.0);
     host->adresses.set(std::vector<std::string> { "10.0.1.2" });
-    for (auto* flag : { &host->resolved, &host->resolving, &host->monitoring, &host->bonjour })
-        flag->set(true);
+    host->resolved.set(true);
+    host->resolving.set(true);
+    host->monitoring.set(true);
+    host->bonjour.set(true);
     share->setMounted(true);
     share->setMounting(true);
     share->setUnmounting(true);

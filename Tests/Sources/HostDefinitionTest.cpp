@@ -5,6 +5,12 @@ namespace quorrel {
 
 namespace {
 
+/// Does the same to each field.
+template <typename Work, typename... Fields>
+void forEach(const Work& work, Fields&... fields) {
+    (work(fields), ...);
+}
+
 class HostDefinitionTest : public CatalogueFixture { };
 
 TEST_F(HostDefinitionTest, ANewHostMayMountAutomaticallyAndHasEmptyLists) {
@@ -42,10 +48,9 @@ TEST_F(HostDefinitionTest, ABareHostIsWrittenWithoutListsUntilSomethingIsInThem)
 TEST_F(HostDefinitionTest, EveryFieldIsAnnouncedUnderItsOwnName) {
     const auto host = hostNamed("server");
     AnnouncementRecorder recorder(*host);
-    for (auto* field : { &host->displayName, &host->password, &host->domain, &host->hostName })
-        field->set(field->get());
-    for (auto* field : { &host->resolved, &host->resolving, &host->monitoring, &host->bonjour })
-        field->set(field->get());
+    const auto setAgain = [](auto& field) { field.set(field.get()); };
+    forEach(setAgain, host->displayName, host->password, host->domain, host->hostName);
+    forEach(setAgain, host->resolved, host->resolving, host->monitoring, host->bonjour);
     host->services.replace({});
     host->sharePoints.replace({});
     host->icon.set(std::nullopt);
@@ -192,8 +197,7 @@ TEST_F(HostDefinitionTest, ResetStatusForgetsWhatTheRunFoundOut) {
     host->password.set("secret");
     host->passwordDate.set(Clock::Time {});
     host->timeout.set(5.0);
-    for (auto* flag : { &host->resolved, &host->resolving, &host->monitoring, &host->bonjour })
-        flag->set(true);
+    forEach([](auto& flag) { flag.set(true); }, host->resolved, host->resolving, host->monitoring, host->bonjour);
     host->hostName.set("server.local");
     host->adresses.set(std::vector<std::string> { "10.0.1.2" });
     const auto sharePoint = addSharePoint(host, smb, "a");
@@ -203,8 +207,8 @@ TEST_F(HostDefinitionTest, ResetStatusForgetsWhatTheRunFoundOut) {
     EXPECT_EQ(host->password.get(), std::nullopt);
     EXPECT_EQ(host->passwordDate.get(), std::nullopt);
     EXPECT_EQ(host->timeout.get(), std::nullopt);
-    for (const auto* flag : { &host->resolved, &host->resolving, &host->monitoring, &host->bonjour })
-        EXPECT_FALSE(flag->get());
+    forEach([](const auto& flag) { EXPECT_FALSE(flag.get()); }, host->resolved, host->resolving, host->monitoring,
+        host->bonjour);
     EXPECT_EQ(host->hostName.get(), "server.local");
     EXPECT_EQ(host->adresses.get(), (std::vector<std::string> { "10.0.1.2" }));
     EXPECT_FALSE(sharePoint->unmounting.get());

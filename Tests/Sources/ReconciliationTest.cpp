@@ -201,6 +201,65 @@ TEST_F(ReconciliationTest, AHostThatLeavesUnmonitoredEndsNoMonitor) {
     EXPECT_THAT(monitored(), ElementsAre("Attic"));
 }
 
+TEST_F(ReconciliationTest, AServiceIsThatOfTheHostWhichHasTheNameNow) {
+    const auto first = addHost("Office", afp, { "Public" });
+    const auto second = addHost("Attic", afp, { "Music" });
+    occupyQueue();
+    announceService(1, "Office", afpType);
+    EXPECT_TRUE(first->bonjour.get());
+    first->displayName.set("Cellar");
+    second->displayName.set("Office");
+    announceService(0, "Office", afpType);
+    EXPECT_TRUE(first->bonjour.get());
+    announceService(1, "Office", afpType);
+    EXPECT_TRUE(second->bonjour.get());
+    controller->hosts.remove(second);
+    const auto third = addHost("Office", afp, { "Films" });
+    announceService(1, "Office", afpType);
+    EXPECT_TRUE(third->bonjour.get());
+    controller->opQueue().cancelAllOperations();
+}
+
+TEST_F(ReconciliationTest, AServiceOfALoadedCatalogueReachesItsHosts) {
+    const auto former = addHost("Office", afp, { "Public" });
+    announceService(1, "Office", afpType);
+    files.put(cataloguePath, PropertyValue::Array { former->dictionary() });
+    controller->loadHostsArray();
+    former->bonjour.set(false);
+    occupyQueue();
+    announceService(1, "Office", afpType);
+    EXPECT_FALSE(former->bonjour.get());
+    EXPECT_TRUE(controller->hosts.snapshot().front()->bonjour.get());
+    controller->opQueue().cancelAllOperations();
+}
+
+TEST_F(ReconciliationTest, TheNextAppearanceEndsEveryMonitorAndResolverOfALostNetwork) {
+    for (const char* name : { "Office", "Attic", "Cellar" }) {
+        mountNothingOnItsOwn(addHost(name, afp, { "Public" }));
+        announceService(1, name, afpType);
+    }
+    EXPECT_EQ(discovery.services(), 6) << "a monitor and a resolver for each";
+    announceReachability(false);
+    EXPECT_EQ(discovery.services(), 6);
+    announceService(1, "Attic", afpType);
+    EXPECT_THAT(monitored(), ElementsAre("Attic"));
+    EXPECT_EQ(discovery.services(), 2);
+}
+
+TEST_F(ReconciliationTest, TheNextAppearanceEndsTheMonitorAndTheResolverOfAHostThatIsGone) {
+    for (const char* name : { "Office", "Attic", "Cellar" }) {
+        mountNothingOnItsOwn(addHost(name, afp, { "Public" }));
+        if (name != std::string("Cellar"))
+            announceService(1, name, afpType);
+    }
+    waitUntilIdle();
+    controller->hosts.remove(controller->hosts.snapshot().front());
+    EXPECT_THAT(monitored(), ElementsAre("Office", "Attic"));
+    announceService(1, "Cellar", afpType);
+    EXPECT_THAT(monitored(), ElementsAre("Attic", "Cellar"));
+    EXPECT_EQ(discovery.services(), 4);
+}
+
 TEST_F(ReconciliationTest, OtherServiceActionsDoNothing) {
     const auto host = addHost("Office", smb, {});
     for (const int action : { -1, 2, 91 })
