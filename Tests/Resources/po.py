@@ -11,6 +11,9 @@ MNEMONIC = re.compile(r"&(.)")
 # What nobody sees looks like this: a key of a dictionary that was taken for a text.
 IDENTIFIER = re.compile(r"^[a-z]+([A-Z][a-z]*)+$")
 QUOTED = re.compile(r'^(?:msgid |msgstr )?"(.*)"$')
+# Scripts whose words have no letters that a key types say the key in parentheses.
+KEY_AT_END = re.compile(r"[\s\u00a0]*\(&[A-Za-z0-9]\)")
+WIDE_MARKS = str.maketrans("。：！？", ".:!?")
 ESCAPES = {"n": "\n", "t": "\t", '"': '"', "\\": "\\"}
 
 
@@ -52,9 +55,14 @@ def mnemonics(text):
     return [match for match in MNEMONIC.findall(text) if match != "&"]
 
 
+def as_read(label):
+    """A label as it stands on the screen, without what belongs to the control."""
+    return re.sub(r"[\s\u00a0\u202f]*[:…]$", "", KEY_AT_END.sub("", label).replace("&", ""))
+
+
 def ending(text):
     """What a text ends with that says how it is meant."""
-    text = text.replace("\u00a0", " ").replace("\u202f", " ").rstrip()
+    text = text.replace("\u00a0", " ").replace("\u202f", " ").translate(WIDE_MARKS).rstrip()
     for mark in ("…", "...", ":", "?", "!", "."):
         if text.endswith(mark):
             return mark

@@ -26,8 +26,22 @@ class Translations(unittest.TestCase):
         keys = {entry.key for entry in po.entries(self.template)}
         self.assertLessEqual({"Mount", "Online", "Offline", "%i shares", "See log for error."}, keys)
 
-    def test_there_are_german_and_french(self):
-        self.assertEqual(LANGUAGES, ["de", "fr"])
+    def test_the_languages_are_those_that_were_promised(self):
+        self.assertEqual(LANGUAGES, ["de", "es", "fr", "it", "ja", "nl"])
+        self.assertEqual(sorted(path.stem for path in TRANSLATIONS.glob("*.po")), LANGUAGES)
+
+    def test_every_file_is_one_that_programs_read(self):
+        for language in LANGUAGES:
+            with self.subTest(language):
+                path = TRANSLATIONS / f"{language}.po"
+                check = subprocess.run(
+                    ["msgfmt", "--check", "--check-accelerators", "--output-file=/dev/null", path],
+                    env={"PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8"}, capture_output=True, text=True, timeout=60, check=False,
+                )
+                # Files that change with every run of a tool would change for nothing.
+                told = [line for line in check.stderr.splitlines() if "'PO-Revision-Date' missing" not in line]
+                self.assertEqual((check.returncode, told), (0, []))
+                self.assertIn(f'"Language: {language}\\n"', path.read_text(encoding="utf-8"))
 
     def test_every_text_is_translated_and_nothing_else(self):
         for language in LANGUAGES:
@@ -73,6 +87,9 @@ class Checks(unittest.TestCase):
             ("%@ of %i", "von %i: %@"),
             ("Name:", "Nom\u00a0:"),
             ("No.\\n Really.", "Nein.\\n Wirklich."),
+            ("&Name:", "名前(&N):"),
+            ("Really?", "本当に？"),
+            ("It is %@.", "%@ です。"),
         ):
             self.assertEqual(self.problems(key, text), [])
 
@@ -86,10 +103,15 @@ class Checks(unittest.TestCase):
             ("&Mount", "Alle& einhängen"),
             ("Mount…", "Einhängen"),
             ("Done", "Fertig."),
+            ("Done", "完了。"),
             (" Can't", "Nein"),
             ("One\\nTwo", "Eins Zwei"),
         ):
             self.assertEqual(len(self.problems(key, text)), 1, (key, text))
+
+    def test_a_label_is_read_without_its_key(self):
+        for label, read in (("&Mount", "Mount"), ("Nom\u00a0:", "Nom"), ("追加(&A)…", "追加"), ("名前 (&N):", "名前"), ("a (b)", "a (b)")):
+            self.assertEqual(po.as_read(label), read)
 
     def test_a_guess_is_a_problem(self):
         self.assertEqual(len(self.problems("Mount", "Einhängen", "#, fuzzy")), 1)
