@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Assembly/LinuxAssembly.h"
 #include "Desktop/DesktopProgram.h"
+#include "Desktop/QtLanguage.h"
 #include "Platform/Linux/AutostartLoginItems.h"
 #include "Platform/Linux/CoreFiles.h"
 #include "Platform/Linux/FileVersion.h"
@@ -121,5 +122,6 @@ int main(int argumentCount, char** arguments) {
     LinuxAssembly assembly(paths, resources.locale, resources.icons);
     assembled = &assembly;
     const QApplication application(argumentCount, arguments);
+    const QtLanguage language(paths.languages);
     return runOnDesktop(running, assembly, resources, QCoreApplication::applicationFilePath().toStdString());
 }

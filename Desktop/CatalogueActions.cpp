@@ -53,15 +53,9 @@ const Command& commandOf(const QAction& action) {
     return commands[action.data().toInt()];
 }
 
-/// The title as a sentence says it: without its mnemonic.
-QString plainTitle(const QAction& action) {
-    auto title = action.text();
-    return title.remove('&');
-}
-
 QString tip(const QAction& action, const QString& reason) {
     const auto keys = action.shortcut().toString(QKeySequence::NativeText);
-    const auto tip = plainTitle(action) + " (" + keys + ')';
+    const auto tip = ShownText::withoutMnemonic(action.text()) + " (" + keys + ')';
     return reason.isEmpty() ? tip : tip + '\n' + reason;
 }
 
@@ -114,7 +108,7 @@ QMenu* CatalogueActions::makeMenu(
 void CatalogueActions::perform(const QAction& action) {
     const auto& command = commandOf(action);
     MenuItem sender;
-    sender.title = plainTitle(action).toStdString();
+    sender.title = ShownText::withoutMnemonic(action.text()).toStdString();
     sender.action = command.selector;
     validateSoon(); // what it does may change what can be done
     m_environment.actions.perform(command.selector, sender);

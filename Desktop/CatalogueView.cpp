@@ -6,6 +6,7 @@
 #include "Desktop/EmptyPage.h"
 #include "Desktop/ImageLoader.h"
 #include "Desktop/SharePointDelegate.h"
+#include "Desktop/ShownText.h"
 #include "Desktop/WindowFrame.h"
 
 #include <QAbstractItemDelegate>
@@ -14,8 +15,10 @@
 #include <QEvent>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScreen>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -29,7 +32,8 @@ enum Page { ListsPage, NoHostsPage };
 enum SharePointPage { SharePointsPage, NoSharePointsPage, NoSelectionPage };
 
 // In characters and lines of the user's font.
-constexpr int firstColumns = 110;
+constexpr int firstHostColumns = 38;
+constexpr int firstSharePointColumns = 50; // who, and the longest name of a service
 constexpr int firstLines = 30;
 constexpr int leastNameColumns = 20;
 constexpr int leastRows = 3;
@@ -40,17 +44,22 @@ QAbstractItemView& showing(QAbstractItemView& view, QAbstractItemModel& model) {
     return view;
 }
 
-/// Leaves room for some rows, and in each for the beginning of a name beside all else.
-void keepLegible(CatalogueListView& list) {
-    const auto row = list.itemDelegate()->sizeHint(list.rowOption({}), {});
-    list.setMinimumSize(row.width() + leastNameColumns * list.fontMetrics().averageCharWidth(),
-        leastRows * row.height() + 2 * list.frameWidth());
+/// What a list takes to show so much of each name beside all else.
+int widthFor(const CatalogueListView& list, int nameColumns) {
+    return list.itemDelegate()->sizeHint(list.rowOption({}), {}).width()
+        + nameColumns * list.fontMetrics().averageCharWidth();
 }
 
-QLabel* headingFor(QWidget* list, QString text) {
+/// Leaves room for some rows, and in each for the beginning of a name.
+void keepLegible(CatalogueListView& list) {
+    const auto row = list.itemDelegate()->sizeHint(list.rowOption({}), {});
+    list.setMinimumSize(widthFor(list, leastNameColumns), leastRows * row.height() + 2 * list.frameWidth());
+}
+
+QLabel* headingFor(QWidget* list, const QString& text) {
     auto* heading = new QLabel(text);
     heading->setBuddy(list);
-    list->setAccessibleName(text.remove('&')); // of a list, the buddy does not count
+    list->setAccessibleName(ShownText::withoutMnemonic(text)); // of a list, the buddy does not count
     return heading;
 }
 
@@ -92,7 +101,11 @@ CatalogueView::CatalogueView(const DesktopEnvironment& environment, const ImageL
     lists->addWidget(makeSharePointsPane());
     lists->setStretchFactor(0, 1);
     lists->setStretchFactor(1, 2);
-    lists->setSizes({ firstColumns, 2 * firstColumns }); // in proportion
+    // Qt puts mirrored panes a pixel too far to the right, where their frame would be cut.
+    lists->setContentsMargins(0, 0, lists->isRightToLeft() ? 1 : 0, 0);
+    const QList<int> widths { widthFor(*m_hostsList, firstHostColumns),
+        widthFor(*m_sharePointsList, firstSharePointColumns) };
+    lists->setSizes(widths);
     m_pages->setObjectName("pages");
     // Below both lists, so that they end side by side.
     auto* listsPage = column({ lists, m_details });
@@ -111,7 +124,7 @@ CatalogueView::CatalogueView(const DesktopEnvironment& environment, const ImageL
     watchModel(m_sharePointsModel);
     refresh();
     m_actions->validate();
-    placeFrame();
+    placeFrame(widths[0] + lists->handleWidth() + widths[1] + 2 * margin);
     m_hostsList->setFocus();
 }
 
@@ -216,7 +229,8 @@ QWidget* CatalogueView::makeSharePointsPane() {
     m_details->setObjectName("details");
     m_details->setTextFormat(Qt::PlainText);
     m_details->setWordWrap(true);
-    m_details->setAlignment(Qt::AlignLeading | Qt::AlignTop);
+    // With the lists, also a path, which reads from left to right in every language.
+    m_details->setAlignment(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) | Qt::AlignTop);
     m_details->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_details->setFocusPolicy(Qt::NoFocus); // as long as it is empty
     m_details->setMinimumHeight(detailsLines * fontMetrics().lineSpacing());
@@ -238,10 +252,9 @@ void CatalogueView::watchModel(const QAbstractItemModel& model) {
     connect(&model, &QAbstractItemModel::modelReset, this, &CatalogueView::refresh);
 }
 
-void CatalogueView::placeFrame() {
-    const auto metrics = fontMetrics();
-    const QSize first(firstColumns * metrics.averageCharWidth(), firstLines * metrics.lineSpacing());
-    resize(first.expandedTo(sizeHint()));
+void CatalogueView::placeFrame(int firstWidth) {
+    const QSize first(firstWidth, firstLines * fontMetrics().lineSpacing());
+    resize(first.expandedTo(sizeHint()).boundedTo(screen()->availableSize()));
     auto* frame = new WindowFrame(*this, m_environment.preferences, "NSWindow Frame MainWindow");
     static_cast<void>(frame->restore());
 }

@@ -48,7 +48,7 @@ private:
     [[nodiscard]] QWidget* makeHostsPane();
     [[nodiscard]] QWidget* makeSharePointsPane();
     void watchModel(const QAbstractItemModel& model);
-    void placeFrame();
+    void placeFrame(int firstWidth);
 
     /// Brings what depends on rows and selections up to date.
     void refresh();

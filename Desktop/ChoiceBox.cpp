@@ -2,6 +2,7 @@
 #include "Desktop/ChoiceBox.h"
 
 #include "Desktop/ChoiceModel.h"
+#include "Desktop/ShownText.h"
 
 #include <QAbstractItemView>
 #include <QItemSelectionModel>
@@ -11,8 +12,7 @@ namespace quorrel {
 
 ChoiceBox::ChoiceBox(const QString& title, QWidget* parent)
     : QComboBox(parent)
-    , m_title(title) {
-    m_title.remove('&');
+    , m_title(ShownText::withoutMnemonic(title)) {
     setModel(new ChoiceModel(this));
     view()->setAccessibleName(m_title);
     // Keys and mouse move the current row along with the selection, only later in the same turn of the loop.

@@ -116,6 +116,7 @@ QWidget* PreferencesForm::generalTab(const std::string& logFile) {
     path->setObjectName("logFile");
     path->setAccessibleDescription(m_environment.text("Log file")); // what it is called by is the path
     path->setTextFormat(Qt::PlainText);
+    path->setAlignment(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) | Qt::AlignVCenter);
     path->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     below->addWidget(path);
     layout->addStretch();

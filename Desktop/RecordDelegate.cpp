@@ -72,6 +72,8 @@ QColor RecordDelegate::faintColor(const QStyleOptionViewItem& option) {
 void RecordDelegate::paintLine(QPainter& painter, const QStyleOptionViewItem& option, const QRect& place,
     const QString& text, const QColor& color) {
     painter.setPen(color);
+    // Names and paths read as they are written, whichever way the window is laid out.
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     painter.drawText(place,
         static_cast<int>(
             QStyle::visualAlignment(option.direction, Qt::AlignLeft) | Qt::AlignVCenter | Qt::TextSingleLine),

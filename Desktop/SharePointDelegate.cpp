@@ -6,12 +6,14 @@
 #include "Desktop/StatusMark.h"
 #include "Foundation/StringTable.h"
 
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPixmap>
 #include <QStyle>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace quorrel {
 
@@ -61,9 +63,11 @@ QRect SharePointDelegate::starPlace(const QStyleOptionViewItem& option) const {
 int SharePointDelegate::statusWidth(const QStyleOptionViewItem& option) const {
     if (const auto font = option.font.key(); font != m_measuredFont) {
         m_measuredFont = font;
+        // Rounded up: the longest of them would otherwise end in dots for a fraction of a pixel.
+        const QFontMetricsF metrics(option.font);
         m_measuredWidth = 0;
         for (const auto& text : m_statusTexts)
-            m_measuredWidth = std::max(m_measuredWidth, option.fontMetrics.horizontalAdvance(text));
+            m_measuredWidth = std::max(m_measuredWidth, static_cast<int>(std::ceil(metrics.horizontalAdvance(text))));
     }
     return markSize(option) + spacing(option) + m_measuredWidth;
 }

@@ -2,6 +2,7 @@
 #include "Desktop/ShownText.h"
 
 #include <QChar>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -67,6 +68,12 @@ QString message(const std::string& text) {
 
 QString toolTip(const QString& text) {
     return text.isEmpty() ? QString() : "<qt>" + text.toHtmlEscaped().replace('\n', "<br>") + "</qt>";
+}
+
+QString withoutMnemonic(QString title) {
+    static const QRegularExpression atEnd(QStringLiteral("\\s*\\(&[^&]\\)"));
+    title.remove(atEnd);
+    return title.remove('&');
 }
 
 } // namespace quorrel::ShownText

@@ -18,4 +18,7 @@ namespace quorrel::ShownText {
 /// The text for a tool tip, which wraps, and in which nothing counts as markup.
 [[nodiscard]] QString toolTip(const QString& text);
 
+/// The title of a control as a sentence says it: without its mnemonic, which some scripts put behind it in parentheses.
+[[nodiscard]] QString withoutMnemonic(QString title);
+
 } // namespace quorrel::ShownText

@@ -17,6 +17,7 @@
 #include <QTest>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace quorrel {
@@ -24,7 +25,10 @@ namespace quorrel {
 /// The share editor as the user sees it, on a main window, over a catalogue.
 class AddMountFixture : public DesktopFixture {
 protected:
-    AddMountFixture() { window.show(); }
+    explicit AddMountFixture(FakeStringTable::Texts texts = {})
+        : DesktopFixture(std::move(texts)) {
+        window.show();
+    }
 
     /// The sheet with nothing to edit.
     AddMountForm& add() {

@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quorrel {
@@ -26,7 +27,8 @@ protected:
     using HostPointer = std::shared_ptr<HostDefinition>;
     using SharePointPointer = std::shared_ptr<SharePointDefinition>;
 
-    CatalogueWindowFixture() {
+    explicit CatalogueWindowFixture(FakeStringTable::Texts texts = {})
+        : CatalogueFixture(std::move(texts)) {
         hosts.setSortDescriptors({ { "displayName", SortOrder::Ascending } });
         sharePoints.setSortDescriptors({ { "sharePoint", SortOrder::Ascending } });
         m_following = hosts.observe([this](ListChange change) {

@@ -15,6 +15,8 @@ namespace quorrel {
 /// What views need of the program, besides records to show.
 class DesktopFixture : public CatalogueFixture {
 protected:
+    using CatalogueFixture::CatalogueFixture;
+
     /// The one widget of that name and kind below the other.
     template <typename Widget>
     [[nodiscard]] static Widget& named(QWidget& parent, const char* name) {

@@ -132,4 +132,14 @@ namespace quorrel::WidgetWalk {
     return found;
 }
 
+/// Shown widgets of which a part lies where their parent is not, so that nobody sees it.
+[[nodiscard]] inline std::vector<std::string> outsideTheirParents(const QWidget& window) {
+    std::vector<std::string> found;
+    for (const auto* widget : window.findChildren<QWidget*>())
+        if (widget->window() == &window && widget->isVisibleTo(&window) && !isPart(*widget)
+            && !widget->parentWidget()->rect().contains(widget->geometry()))
+            found.push_back(described(*widget) + " in " + described(*widget->parentWidget()));
+    return found;
+}
+
 } // namespace quorrel::WidgetWalk

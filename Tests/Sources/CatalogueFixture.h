@@ -27,6 +27,9 @@ inline constexpr auto secureWebDav = "Secure WebDAV (https)";
 /// Records on a made-up desktop.
 class CatalogueFixture : public testing::Test {
 protected:
+    explicit CatalogueFixture(FakeStringTable::Texts texts = {})
+        : strings(std::move(texts)) { }
+
     [[nodiscard]] std::shared_ptr<HostDefinition> hostNamed(const std::string& name) const {
         return HostDefinition::initWithName(name, context);
     }
