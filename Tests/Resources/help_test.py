@@ -25,8 +25,7 @@ def page(language):
     return RESOURCES / "Help" / ("index.html" if language == "en" else f"index.{language}.html")
 
 
-# In the others, the program shows the English page.
-PAGES = ["en", *(language for language in LANGUAGES if language in ("de", "fr") or page(language).exists())]
+PAGES = ["en", *LANGUAGES]
 
 
 def translator(language):
