@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/WrappedLabel.h"
 
+#include <QStyle>
+
 namespace quorrel {
 
 WrappedLabel::WrappedLabel(int columns, const QString& text)
@@ -8,6 +10,7 @@ WrappedLabel::WrappedLabel(int columns, const QString& text)
     , m_columns(columns) {
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
+    setAlignment(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) | Qt::AlignVCenter);
 }
 
 QSize WrappedLabel::minimumSizeHint() const {
