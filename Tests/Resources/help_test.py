@@ -132,6 +132,14 @@ class DesktopEntry(unittest.TestCase):
             for language in LANGUAGES:
                 self.assertTrue(values[f"{key}[{language}]"], key)
 
+    def test_its_actions_are_called_as_in_the_menu(self):
+        groups = re.split(r"^\[(.*)\]$", source("Resources/org.quorrel.Quorrel.desktop"), flags=re.M)[1:]
+        for title, content in zip(groups[::2], groups[1::2]):
+            values = dict(line.split("=", 1) for line in content.splitlines() if "=" in line)
+            if title.startswith("Desktop Action "):
+                for language in LANGUAGES:
+                    self.assertEqual(values.get(f"Name[{language}]"), translator(language)(values["Name"]), title)
+
     def test_software_centres_find_the_same_program(self):
         root = ElementTree.parse(RESOURCES / "org.quorrel.Quorrel.metainfo.xml").getroot()
         self.assertEqual(root.findtext("id"), "org.quorrel.Quorrel")
