@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Draws what stands on a terminal, as letters: sharp in every size, and found by who searches the page."""
+"""Draws what stands on a terminal, as letters: sharp in every size."""
 
 from xml.sax.saxutils import escape, quoteattr
 
 _SIZE, _LINE, _MARGIN, _TOP = 14, 20, 16, 54
+_BLANK = "\u00a0"  # of plain ones, some viewers leave one in a row
 # Of the font's height; where the viewer has another font, textLength keeps the columns.
 _WIDTH = 0.602
 _COMMAND, _HEADING, _TEXT = "#61afef", "#abb2bf", "#dcdfe4"
@@ -30,5 +31,5 @@ def drawn(lines, title):
         bold = ' font-weight="bold"' if color == _HEADING else ""
         length = round(len(line) * _SIZE * _WIDTH)
         picture.append(f'    <text x="{_MARGIN}" y="{_TOP + number * _LINE}" fill="{color}"{bold} '
-                       f'textLength="{length}" lengthAdjust="spacingAndGlyphs">{escape(line)}</text>')
+                       f'textLength="{length}" lengthAdjust="spacingAndGlyphs">{escape(line.replace(" ", _BLANK))}</text>')
     return "\n".join([*picture, "  </g>", "</svg>", ""])
