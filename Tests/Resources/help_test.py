@@ -123,8 +123,8 @@ class Help(unittest.TestCase):
 
 class DesktopEntry(unittest.TestCase):
     def test_it_starts_the_program_under_its_icon(self):
-        lines = source("Resources/org.quorrel.Quorrel.desktop").splitlines()
-        values = dict(line.split("=", 1) for line in lines if "=" in line)
+        entry = source("Resources/org.quorrel.Quorrel.desktop").split("\n[Desktop Action ")[0]
+        values = dict(line.split("=", 1) for line in entry.splitlines() if "=" in line)
         self.assertEqual(values["Type"], "Application")
         self.assertEqual(values["Exec"], "quorrel")
         self.assertTrue((RESOURCES / "hicolor" / "48x48" / "apps" / f"{values['Icon']}.png").is_file())
