@@ -14,8 +14,9 @@ import tempfile
 import time
 import unittest
 
+from told import SECONDS, told_by
+
 FOLDER, QUORREL, QUORRELCTL = (os.path.realpath(path) for path in sys.argv[1:4])
-SECONDS = 60  # for a shell that a busy machine starts
 
 SMB = "Server Message Block (smb)"
 HOSTS = {
@@ -25,13 +26,6 @@ HOSTS = {
     "web": [""],
     "odd\nname": ["never"],
 }
-
-
-def options_of(program):
-    """What its help tells of: long options, and commands."""
-    said = subprocess.run([program, "--help"], capture_output=True, text=True, timeout=SECONDS, check=True).stdout
-    name = os.path.basename(program)
-    return set(re.findall(r"(?<![\w-])--[a-z][a-z-]*", said)), set(re.findall(rf"^  {name} ([a-z]+)", said, re.MULTILINE))
 
 
 class Home:
@@ -133,21 +127,21 @@ class Completions(unittest.TestCase):
         return done.stdout.splitlines()
 
     def test_bash_offers_what_the_help_tells_of(self):
-        options, commands = options_of(QUORRELCTL)
+        options, commands = told_by(QUORRELCTL)
         self.assertLessEqual({"list", "mount", "unmount", "watch"}, commands)
         self.assertEqual(set(self.offers("quorrelctl", "")) - {"help"}, commands)
         offered = set(self.offers("quorrelctl", "-"))
         for command in commands:
             offered |= set(self.offers("quorrelctl", command, "--"))
         self.assertEqual(offered, options)
-        self.assertEqual(set(self.offers("quorrel", "")), options_of(QUORREL)[0])
+        self.assertEqual(set(self.offers("quorrel", "")), told_by(QUORREL)[0])
 
     def test_zsh_knows_what_the_help_tells_of(self):
         for program in (QUORREL, QUORRELCTL):
             name = os.path.basename(program)
             with open(os.path.join(FOLDER, f"_{name}"), encoding="utf-8") as file:
                 text = file.read()
-            options, commands = options_of(program)
+            options, commands = told_by(program)
             self.assertEqual(set(re.findall(r"['}\])](--[a-z][a-z-]*)", text.replace("-h,--help", ")--help"))), options)
             self.assertEqual(set(re.findall(r"^ +'([a-z]+):", text, re.MULTILINE)) - {"help"}, commands)
 
