@@ -58,8 +58,8 @@ def session(script, **more):
     environment = {"PATH": "/usr/bin:/bin", "HOME": f"/home/{USER}", "USER": USER, "XDG_RUNTIME_DIR": RUN,
                    "LC_ALL": "C.UTF-8", **more}
     write("tmp/session", "set -eu\ncd\n" + script, 0o644)
-    return subprocess.run(["chroot", ROOT, "runuser", "-u", USER, "--", "dbus-run-session", "--", "/bin/sh", "/tmp/session"],
-                          env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=SECONDS,
+    return subprocess.run(["/usr/sbin/chroot", f"--userspec={UID}:{UID}", "--groups=", ROOT, "dbus-run-session", "--",
+                           "/bin/sh", "/tmp/session"], env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=SECONDS,
                           check=False)
 
 

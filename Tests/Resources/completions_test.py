@@ -41,7 +41,9 @@ class Home:
                            for host, shares in HOSTS.items()], file, fmt=plistlib.FMT_BINARY)
         os.makedirs(os.path.join(self.folder, "bin"))
         for program in (QUORREL, QUORRELCTL):
-            os.symlink(program, os.path.join(self.folder, "bin", os.path.basename(program)))
+            os.symlink(program, self.program(os.path.basename(program)))
+        # However slow this machine is.
+        self.script("timeout", 'shift; exec "$@"')
         with open(os.path.join(self.folder, "secret file"), "w", encoding="utf-8"):
             pass
         self.environment = {"HOME": self.folder, "PATH": os.path.join(self.folder, "bin") + ":/usr/bin:/bin",
@@ -51,6 +53,14 @@ class Home:
                             "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent",
                             "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nonexistent",
                             **{key: os.environ[key] for key in os.environ if key.endswith("SAN_OPTIONS")}}
+
+    def program(self, name):
+        return os.path.join(self.folder, "bin", name)
+
+    def script(self, name, text):
+        with open(self.program(name), "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\n{text}\n")
+        os.chmod(self.program(name), 0o755)
 
     def close(self):
         shutil.rmtree(self.folder)
@@ -164,14 +174,17 @@ class Completions(unittest.TestCase):
         # Nothing is mounted.
         self.assertEqual(self.offers("quorrelctl", "unmount", ""), [])
 
-    def test_a_silent_program_is_no_matter(self):
+    def test_a_file_is_offered_for_the_password(self):
         self.assertEqual(self.offers("quorrelctl", "mount", "--password-file", "sec"), ["secret file"])
-        place = os.path.join(self.home.folder, "bin", "quorrelctl")
-        os.unlink(place)
-        try:
-            self.assertEqual(self.offers("quorrelctl", "mount", ""), [])
-        finally:
-            os.symlink(QUORRELCTL, place)
+
+    def test_a_program_that_hangs_is_not_waited_for(self):
+        self.home = Home()
+        self.addCleanup(self.home.close)
+        os.unlink(self.home.program("timeout"))
+        os.unlink(self.home.program("quorrelctl"))
+        self.assertEqual(self.offers("quorrelctl", "mount", ""), [])
+        self.home.script("quorrelctl", "exec sleep 1000")
+        self.assertEqual(self.offers("quorrelctl", "mount", ""), [])
 
     def each_shell(self):
         for kind in Shell.PREPARE:
