@@ -19,9 +19,19 @@ def source(path):
     return (ROOT / path).read_text(encoding="utf-8")
 
 
-def names_in(text):
-    """The packages of a list with commas, without versions."""
-    return {re.split(r"[ (]", name.strip())[0] for name in text.split(",") if name.strip()}
+def packages(name, field):
+    """Those that a field of the packages' description names, in any of its paragraphs of that name."""
+    found = set()
+    for paragraph in source("debian/control").split("\n\n"):
+        if re.match(rf"(Source|Package): {name}\n", paragraph):
+            text = "".join(re.findall(rf"^{field}:((?:.*\n)(?:[ \t].*\n)*)", paragraph + "\n", re.MULTILINE))
+            found |= {re.split(r"[ (]", each.strip())[0] for each in text.split(",") if not each.strip().startswith("$")}
+    return found - {""}
+
+
+def ours(group):
+    """What our own script installs for that."""
+    return set(re.search(rf"^{group}=\(([^)]*)\)", source("scripts/install-packages"), re.MULTILINE).group(1).split())
 
 
 class Packaging(unittest.TestCase):
@@ -74,11 +84,16 @@ class Packaging(unittest.TestCase):
         self.assertEqual([heading for heading in headings if heading != "Unreleased"][0], version)
 
     def test_the_packages_are_built_with_what_we_build_with(self):
-        control = source("debian/control")
-        wanted = names_in(re.search(r"^Build-Depends:((?:.*\n)(?: .*\n)*)", control, re.MULTILINE).group(1))
-        ours = set(re.search(r"^build=\(([^)]*)\)", source("scripts/install-packages"), re.MULTILINE).group(1).split())
         # Every Debian builds with these, our benchmarks and tests are not built there, and debhelper is for that alone.
-        self.assertEqual(wanted - {"debhelper-compat"}, ours - {"g++", "python3", "libbenchmark-dev"})
+        self.assertEqual(packages("quorrel", "Build-Depends") - {"debhelper-compat"},
+                         ours("build") - {"g++", "python3", "libbenchmark-dev"})
+
+    def test_the_packages_run_with_what_we_run_with(self):
+        wanted = packages("quorrel", "Depends") | packages("quorrel", "Recommends")
+        # These come with gvfs-fuse and with the session's bus; gio is for who wants to look.
+        self.assertLessEqual(ours("program") - {"fuse3", "dbus-daemon", "libglib2.0-bin"}, wanted)
+        common = wanted - {"qt6-wayland", "quorrelctl", "xdg-utils", "qt6-translations-l10n"}
+        self.assertEqual(packages("quorrelctl", "Depends") | packages("quorrelctl", "Recommends"), common)
 
 
 if __name__ == "__main__":
