@@ -44,7 +44,6 @@ namespace quorrel {
 namespace {
 
 constexpr int mostShares = 20;
-constexpr std::chrono::milliseconds pauseBetween { 50 };
 
 // What ours may take of the others' time.
 constexpr double mostOfBare = 1.03;
@@ -266,7 +265,8 @@ void runTool(std::vector<std::string> words) {
         fail("the system's tool failed");
 }
 
-/// What the back ends of the last round leave behind is not to burden the next one.
+/// What the last mount's back end leaves behind is not to burden the next one: after a plain unmount it stays for a
+/// second, while our own unmount ends it.
 void rest() {
     std::this_thread::sleep_for(std::chrono::milliseconds(1500));
 }
@@ -301,14 +301,12 @@ public:
         for (const auto& side : sides)
             side(shares); // warms it up
         m_times = {};
+        std::array<std::size_t, 3> order { 0, 1, 2 };
         for (int round = 0; round < rounds; ++round) {
-            for (const auto& side : sides)
-                side(round % shares + 1);
+            for (const auto side : order)
+                sides[side](round % shares + 1);
             // Who goes first takes turns too, and who comes behind whom.
-            if (round % 2 == 0)
-                std::swap(sides[0], sides[1]);
-            else
-                std::rotate(sides.begin(), sides.begin() + 1, sides.end());
+            std::next_permutation(order.begin(), order.end());
         }
         return m_times;
     }
@@ -317,7 +315,7 @@ private:
     void ours(int number) {
         m_times.ours.push_back(m_engine.mount(number, number));
         m_engine.unmountAll();
-        std::this_thread::sleep_for(pauseBetween);
+        rest();
     }
 
     void bare(int number) {
@@ -326,7 +324,7 @@ private:
         mount.mount();
         m_times.bare.push_back(milliseconds(SteadyClock::now() - start));
         mount.unmount();
-        std::this_thread::sleep_for(pauseBetween);
+        rest();
     }
 
     void tool(int number) {
@@ -334,7 +332,7 @@ private:
         runTool({ "gio", "mount", "-a", url(number) });
         m_times.tool.push_back(milliseconds(SteadyClock::now() - start));
         BareMount(url(number)).unmount();
-        std::this_thread::sleep_for(pauseBetween);
+        rest();
     }
 
     [[nodiscard]] std::string url(int number) const { return m_target.url(static_cast<std::size_t>(number - 1)); }

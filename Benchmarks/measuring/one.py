@@ -31,7 +31,7 @@ def _measure(programs, table, protocol, rounds, environment):
     for left in reversed(range(_TRIES)):
         try:
             done = subprocess.run([programs.mounts, str(rounds), protocol], env=environment, capture_output=True,
-                                  text=True, timeout=20 + 6 * rounds, stdin=subprocess.DEVNULL, check=True)
+                                  text=True, timeout=20 + 10 * rounds, stdin=subprocess.DEVNULL, check=True)
             return done.stdout
         except (subprocess.TimeoutExpired, subprocess.CalledProcessError) as error:
             table.say(f"{_NAMES[protocol]}: {error}; {(error.stderr or '')[-300:]!r}")
