@@ -20,6 +20,7 @@
 #include "Sources/OperationsEnd.h"
 #include "Sources/QuorrelAppDelegate.h"
 #include "Sources/SaveReport.h"
+#include "Sources/ShareEvents.h"
 
 #include <chrono>
 #include <csignal>
@@ -84,7 +85,8 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     }
     m_guard.guard(controller.opQueue());
     controller.awakeFromNib();
-    ShareReport report(controller, world.mainThreadQueue, world.keeper.output);
+    ShareEvents events(controller, controller.hosts, world.mainThreadQueue);
+    ShareReport report(events, world.keeper.output);
     controller.applicationDidFinishLaunching();
     adoptMountedVolumes(controller);
     watchPreferences();

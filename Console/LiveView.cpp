@@ -14,18 +14,22 @@ std::string cursorUp(std::size_t lines) {
     return "\x1b[" + std::to_string(lines) + 'A';
 }
 
+std::string stateOf(const LiveView::Line& line) {
+    const auto status = DisplayText::printable(line.status);
+    return line.error.empty() ? status : status + ": " + DisplayText::printable(line.error);
+}
+
 constexpr std::size_t widestName = 40; // on a terminal of up to twice as many columns
 constexpr const char* eraseToEndOfLine = "\x1b[K";
 constexpr const char* eraseToEndOfScreen = "\x1b[J";
 
 } // namespace
 
-LiveView::LiveView(Output& output, std::vector<Line> lines, Style style)
+LiveView::LiveView(Output& output, std::vector<Line> lines)
     : m_output(output)
     , m_lines(std::move(lines))
     // The line below the last one is where the cursor rests.
-    , m_isInPlace(style == Style::InPlaceIfPossible && output.isTerminal() && !m_lines.empty()
-          && m_lines.size() < output.size().rows) {
+    , m_isInPlace(output.isTerminal() && !m_lines.empty() && m_lines.size() < output.size().rows) {
     // One long name must not drive the states of all shares off the screen.
     const auto widest = std::max(output.size().columns / 2, widestName);
     for (const auto& line : m_lines)
@@ -59,12 +63,14 @@ void LiveView::clear() {
     m_isDrawn = false;
 }
 
+std::string LiveView::text(const Line& line) {
+    return line.name + ": " + stateOf(line);
+}
+
 std::string LiveView::shown(const Line& line) const {
-    const auto name = m_isInPlace
-        ? DisplayText::padded(DisplayText::clipped(line.name, m_nameColumns), m_nameColumns) + "  "
-        : line.name + ": ";
-    const auto text = name + DisplayText::printable(line.status);
-    return line.error.empty() ? text : text + ": " + DisplayText::printable(line.error);
+    return m_isInPlace
+        ? DisplayText::padded(DisplayText::clipped(line.name, m_nameColumns), m_nameColumns) + "  " + stateOf(line)
+        : text(line);
 }
 
 } // namespace quorrel

@@ -9,8 +9,8 @@
 
 namespace quorrel {
 
-/// Shows shares while they change: on a terminal one line for each, rewritten in place; elsewhere, where the terminal
-/// has too few lines, and where it is asked for, one line for each new status or error. Main thread only.
+/// Shows shares while they change: on a terminal one line for each, rewritten in place; elsewhere, and where the
+/// terminal has too few lines, one line for each new status or error. Main thread only.
 class LiveView final {
 public:
     struct Line final {
@@ -19,10 +19,10 @@ public:
         std::string error;
     };
 
-    enum class Style { InPlaceIfPossible, LineByLine };
+    LiveView(Output& output, std::vector<Line> lines);
 
-    LiveView(Output& output, std::vector<Line> lines, Style style = Style::InPlaceIfPossible);
-    [[nodiscard]] const std::vector<Line>& lines() const { return m_lines; }
+    /// One share as a line of its own tells of it, without the line feed.
+    [[nodiscard]] static std::string text(const Line& line);
 
     /// A share's new state; a terminal shows it with the next `refresh`.
     void change(std::size_t index, const std::string& status, const std::string& error);

@@ -3,12 +3,14 @@
 
 #include "Console/InterruptGuard.h"
 #include "Console/ShareRow.h"
-#include "Console/ShareWatch.h"
 #include "Foundation/MainThreadQueue.h"
 #include "Foundation/OperationQueue.h"
 #include "Platform/RunLoop.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/ShareEvents.h"
 #include "Sources/SharePointDefinition.h"
+
+#include <unordered_map>
 
 namespace quorrel {
 
@@ -39,11 +41,16 @@ void ShareOperations::run(Kind kind, const SharePoints& sharePoints, Output* pro
     if (progress != nullptr)
         m_view.emplace(*progress, linesFor(sharePoints));
 
-    ShareWatch watch(m_sharePoints, m_mainThreadQueue, [this](const ShareWatch::Changes& changes) {
+    std::unordered_map<const SharePointDefinition*, std::size_t> lines;
+    for (std::size_t index = 0; index < m_sharePoints.size(); ++index)
+        lines.emplace(m_sharePoints[index].get(), index);
+    ShareEvents feed(m_controller, m_controller.hosts, m_mainThreadQueue);
+    const auto events = feed.observe([&](const ShareEvents::Events& all) {
         if (!m_view || m_guard.isInterrupted())
             return;
-        for (const auto& change : changes)
-            m_view->change(change.index, change.status, change.error);
+        for (const auto& event : all)
+            if (const auto line = lines.find(event.sharePoint.get()); line != lines.end())
+                m_view->change(line->second, event.status, event.error);
         m_view->refresh();
     });
     const auto idle = m_controller.opQueue().observeIdle([this] { post(&ShareOperations::endIfDone); });
@@ -57,7 +64,7 @@ void ShareOperations::run(Kind kind, const SharePoints& sharePoints, Output* pro
     for (const auto& sharePoint : m_sharePoints)
         if (!m_guard.isInterrupted())
             sharePoint->resetStatus();
-    watch.deliverPending();
+    feed.deliverPending();
     if (!m_guard.isInterrupted())
         stepAside();
 }

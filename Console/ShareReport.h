@@ -1,44 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Console/LiveView.h"
-#include "Console/ShareWatch.h"
 #include "Foundation/Subscription.h"
-
-#include <memory>
-#include <optional>
-#include <vector>
+#include "Sources/ShareEvents.h"
 
 namespace quorrel {
 
-class MainThreadQueue;
 class Output;
-class QuorrelAppDelegate;
-class SharePointDefinition;
 
 /// Writes one line for each new status or error of each share in the catalogue, whenever it came there. Main thread
 /// only.
 class ShareReport final {
 public:
-    /// Everything must outlive the report. What the catalogue holds now is taken as known.
-    ShareReport(QuorrelAppDelegate& controller, MainThreadQueue& mainThreadQueue, Output& output);
-    ShareReport(const ShareReport&) = delete;
-    ShareReport& operator=(const ShareReport&) = delete;
+    /// Both must outlive the report. What the catalogue holds now is taken as known.
+    ShareReport(ShareEvents& events, Output& output);
 
     /// Writes what has not been written yet.
-    void finish();
+    void finish() { m_events.deliverPending(); }
 
 private:
-    void follow();
+    void write(const ShareEvents::Events& events);
 
-    QuorrelAppDelegate& m_controller;
-    MainThreadQueue& m_mainThreadQueue;
+    ShareEvents& m_events;
     Output& m_output;
-    std::vector<std::shared_ptr<SharePointDefinition>> m_sharePoints;
-    std::optional<LiveView> m_view;
-    std::unique_ptr<ShareWatch> m_watch; // ends before the view that it fills
-    std::vector<Subscription> m_hostSubscriptions;
-    Subscription m_hostsSubscription;
+    Subscription m_subscription;
 };
 
 } // namespace quorrel

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console/NameMatcher.h"
 
-#include "Tests/Console/Catalogue.h"
+#include "Tests/Fakes/Catalogue.h"
 #include "Tests/Fakes/HostileNames.h"
 
 #include <gmock/gmock.h>

@@ -29,12 +29,13 @@ protected:
 
     FakePasswordWindow passwordWindow;
     QuorrelAppDelegate controller { { environment(), passwordWindow } };
+    ShareEvents events { controller, controller.hosts, mainThreadQueue };
 };
 
 TEST_F(ShareReportTest, writesALineForEachNewStatusAndError) {
     const auto docs = addHost("nas", { "docs" })->sharePoints.snapshot()[0];
     controller.hosts.append(catalogue.hosts()[0]);
-    ShareReport report(controller, mainThreadQueue, output);
+    ShareReport report(events, output);
     EXPECT_EQ(written(), "");
     docs->setMounting(true);
     EXPECT_EQ(written(), "nas/docs: Mounting\n");
@@ -53,14 +54,14 @@ TEST_F(ShareReportTest, writesLinesOnATerminalToo) {
     RecordingOutput terminal({ 80, 24 });
     const auto docs = addHost("nas", { "docs" })->sharePoints.snapshot()[0];
     controller.hosts.append(catalogue.hosts()[0]);
-    ShareReport report(controller, mainThreadQueue, terminal);
+    ShareReport report(events, terminal);
     docs->setMounted(true);
     report.finish();
     EXPECT_EQ(terminal.text(), "nas/docs: Online\n");
 }
 
 TEST_F(ShareReportTest, followsHostsAndSharesThatCome) {
-    ShareReport report(controller, mainThreadQueue, output);
+    ShareReport report(events, output);
     const auto host = addHost("nas", { "docs" });
     controller.hosts.append(host);
     host->sharePoints.snapshot()[0]->setMounted(true);
@@ -75,7 +76,7 @@ TEST_F(ShareReportTest, followsHostsAndSharesThatCome) {
 TEST_F(ShareReportTest, losesNothingThatChangedWhenTheCatalogueDid) {
     const auto host = addHost("nas", { "docs" });
     controller.hosts.append(host);
-    ShareReport report(controller, mainThreadQueue, output);
+    ShareReport report(events, output);
     host->sharePoints.snapshot()[0]->setMounted(true);
     addShare(host, "music");
     EXPECT_EQ(written(), "nas/docs: Online\n");
@@ -84,7 +85,7 @@ TEST_F(ShareReportTest, losesNothingThatChangedWhenTheCatalogueDid) {
 TEST_F(ShareReportTest, leavesSharesThatGo) {
     const auto host = addHost("nas", { "docs" });
     controller.hosts.append(host);
-    ShareReport report(controller, mainThreadQueue, output);
+    ShareReport report(events, output);
     const auto docs = host->sharePoints.snapshot()[0];
     controller.hosts.remove(host);
     docs->setMounted(true);
