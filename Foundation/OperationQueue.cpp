@@ -219,6 +219,13 @@ std::size_t OperationQueue::maxConcurrentOperationCount() const {
     return m_state->maxConcurrent;
 }
 
+bool OperationQueue::holds(const OperationKey& key) const {
+    const MutexLock lock(m_state->mutex);
+    const auto& running = m_state->running;
+    return m_state->keyed.contains(key)
+        || std::any_of(running.begin(), running.end(), [&](const Entry& each) { return each.key == key; });
+}
+
 bool OperationQueue::waitUntilIdle(Seconds duration) {
     using std::chrono::steady_clock;
     const auto end = steady_clock::now() + std::chrono::ceil<steady_clock::duration>(duration);

@@ -48,6 +48,8 @@ public:
     /// Waiting and running operations together.
     [[nodiscard]] std::size_t operationCount() const;
     [[nodiscard]] std::size_t maxConcurrentOperationCount() const;
+    /// Whether one of that key waits or runs.
+    [[nodiscard]] bool holds(const OperationKey& key) const;
 
     /// Blocks until there are none, at most so long; whether there are none. Any thread but the queue's own.
     [[nodiscard]] bool waitUntilIdle(Seconds duration);

@@ -19,6 +19,9 @@ namespace quorrel {
 
 namespace {
 
+constexpr std::string_view mountKind = "mount";
+constexpr std::string_view unmountKind = "unmount";
+
 std::string keyFor(std::string_view kind, const SharePointDefinition* sharePoint) {
     return std::string(kind) + ' ' + std::to_string(reinterpret_cast<std::uintptr_t>(sharePoint)); // NOLINT
 }
@@ -197,12 +200,12 @@ void QuorrelAppDelegate::dropSpentResolvers() {
 
 void QuorrelAppDelegate::queueMount(const SharePointPointer& sharePoint) {
     queueOperation(
-        "mount", sharePoint, MountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
+        mountKind, sharePoint, MountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
 }
 
 void QuorrelAppDelegate::queueUnmount(const SharePointPointer& sharePoint) {
     queueOperation(
-        "unmount", sharePoint, UnmountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
+        unmountKind, sharePoint, UnmountOperation::initWithSharePointDefinition(sharePoint, m_environment.mounting));
 }
 
 void QuorrelAppDelegate::queueOperation(
@@ -213,6 +216,11 @@ void QuorrelAppDelegate::queueOperation(
         m_opQueue->addOperation(std::move(operation), { kind, sharePoint.get() });
     else
         m_opQueue->addOperation(std::move(operation));
+}
+
+bool QuorrelAppDelegate::isBusyWith(const SharePointDefinition& sharePoint) const {
+    return m_workLine.concerns(sharePoint) || m_opQueue->holds({ mountKind, &sharePoint })
+        || m_opQueue->holds({ unmountKind, &sharePoint });
 }
 
 void QuorrelAppDelegate::mountManually(const HostPointer& host) {

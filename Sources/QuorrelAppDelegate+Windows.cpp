@@ -113,12 +113,16 @@ void QuorrelAppDelegate::showSharePoints() {
 }
 
 void QuorrelAppDelegate::getHostPassword(const SharePointPointer& sharePoint) {
-    if (!sharePoint || !isSet(sharePoint->passwordPrompt.get()))
-        return;
-    const auto service = sharePoint->parentService.get().lock();
-    const auto host = service ? service->parentHost.get().lock() : nullptr;
-    if (!host || host->passwordIsEmpty())
+    if (sharePoint && wantsPassword(*sharePoint))
         showHostPasswordWindow(sharePoint);
+}
+
+bool QuorrelAppDelegate::wantsPassword(const SharePointDefinition& sharePoint) {
+    if (!isSet(sharePoint.passwordPrompt.get()))
+        return false;
+    const auto service = sharePoint.parentService.get().lock();
+    const auto host = service ? service->parentHost.get().lock() : nullptr;
+    return !host || host->passwordIsEmpty();
 }
 
 void QuorrelAppDelegate::showHostPasswordWindow(const SharePointPointer& sharePoint) {

@@ -85,6 +85,8 @@ public:
     void mount(const SharePointPointer& sharePoint);
     void mountSharePoint(const SharePointPointer& sharePoint);
     void unmount(const SharePointPointer& sharePoint);
+    /// As the user's wish, whether or not it mounts automatically.
+    void mountManually(const SharePointPointer& sharePoint) { mountInTurn(sharePoint, Manner::Manually); }
     void mountAll();
     void mountAllListItem();
     void unmountAllListItem();
@@ -129,6 +131,12 @@ public:
     [[nodiscard]] OperationQueue& opQueue() { return *m_opQueue; }
     /// What waits for names; it comes to the queue from there.
     [[nodiscard]] WorkLine& workLine() { return m_workLine; }
+    /// Whether a mount or an unmount of it waits or runs.
+    [[nodiscard]] bool isBusyWith(const SharePointDefinition& sharePoint) const;
+    /// Whether the user is asked for a password just now.
+    [[nodiscard]] bool isPrompting() const { return m_isPrompting; }
+    /// Whether mounting it would ask for a password.
+    [[nodiscard]] static bool wantsPassword(const SharePointDefinition& sharePoint);
 
     ObservableList<HostPointer> hosts { *this, "hosts" };
     TextList bonjourServices { *this, "bonjourServices" }; ///< names of servers seen
@@ -195,7 +203,6 @@ private:
     void queueUnmount(const SharePointPointer& sharePoint);
     void queueOperation(
         std::string_view kind, const SharePointPointer& sharePoint, std::shared_ptr<Operation> operation);
-    void mountManually(const SharePointPointer& sharePoint) { mountInTurn(sharePoint, Manner::Manually); }
     void mountManually(const HostPointer& host);
     void unmountAllOf(const HostPointer& host);
     void cancelQueueIfBusy();
