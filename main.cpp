@@ -7,6 +7,7 @@
 #include "Platform/Linux/FileVersion.h"
 #include "Platform/Linux/FlockCatalogueLock.h"
 #include "Platform/Linux/HelpPage.h"
+#include "Platform/Linux/LinuxRemoteControl.h"
 #include "Platform/Linux/LoaderTables.h"
 #include "Platform/Linux/LogFile.h"
 #include "Platform/Linux/ResourcePaths.h"
@@ -62,22 +63,42 @@ bool answeredWithoutDisplay(int argumentCount, char** arguments) {
     if (option == "--version")
         std::printf("quorrel %s\n", QUORREL_VERSION);
     else if (option == "--help")
-        std::puts(
-            "quorrel [--version | --help]\n\nKeeps network shares mounted, from the desktop's tray. Started again, "
-            "it shows its window.\nquorrelctl does the same from a terminal.");
+        std::puts("quorrel [--show-shares | --mount-all | --preferences | --version | --help]\n\n"
+                  "Keeps network shares mounted, from the desktop's tray. Started again, it shows its window.\n\n"
+                  "  --show-shares  shows the window, whether or not it runs already\n"
+                  "  --mount-all    mounts every share\n"
+                  "  --preferences  shows the preferences\n\n"
+                  "quorrelctl does the same from a terminal.");
     else
         return false;
     return true;
 }
 
-int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly, const ResourcePaths& resources,
-    const std::string& executable) {
+/// The desktop entry's name for what it is started for; empty for nothing in particular.
+std::string actionAmong(int argumentCount, char** arguments) {
+    for (int index = 1; index < argumentCount; ++index)
+        for (const std::string_view action : { "show-shares", "mount-all", "preferences" })
+            if (const std::string_view argument = arguments[index];
+                argument.starts_with("--") && argument.substr(2) == action)
+                return std::string(action);
+    return {};
+}
+
+/// What the one that starts a program leaves there for it alone, not for those that it starts in turn.
+std::string takenFromEnvironment(const char* name) {
+    const char* value = std::getenv(name);
+    std::string result = value ? value : "";
+    unsetenv(name);
+    return result;
+}
+
+int runOnDesktop(std::atomic<DesktopProgram*>& running, LinuxAssembly& assembly, const DesktopProgramOptions& options) {
     const auto& paths = assembly.paths();
     AutostartLoginItems loginItems(
         { paths.autostartFolder(), paths.programs, { paths.volumesFolder(), paths.runtime.value_or("") + "/gvfs" } });
     FlockCatalogueLock lock(paths.lockFile());
-    DesktopProgram program(assembly.environment(), &assembly.discovery(), lock, loginItems,
-        { executable, helpPage(resources.help, paths.languages), paths.logFile(), QUORREL_VERSION, fileVersion });
+    LinuxRemoteControl remoteControl({ paths.sessionBus, getuid() });
+    DesktopProgram program(assembly.environment(), &assembly.discovery(), lock, loginItems, remoteControl, options);
     running = &program;
     // A quarter of what the idle program would hold, and needed no more.
     QTimer::singleShot(startsEnd, [] { LoaderTables::giveBack(); });
@@ -99,6 +120,9 @@ int main(int argumentCount, char** arguments) {
         return EXIT_SUCCESS;
     std::signal(SIGPIPE, SIG_IGN);
 
+    // Qt would take the first for the first window that it shows, whenever that is.
+    const auto token = takenFromEnvironment("XDG_ACTIVATION_TOKEN");
+    const auto startupId = takenFromEnvironment("DESKTOP_STARTUP_ID");
     userErrors = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     const auto paths = StandardPaths::fromEnvironment();
     LogFile::reopenStandardError(paths.logFile());
@@ -121,7 +145,10 @@ int main(int argumentCount, char** arguments) {
     const auto resources = ResourcePaths::find();
     LinuxAssembly assembly(paths, resources.locale, resources.icons);
     assembled = &assembly;
+    const auto action = actionAmong(argumentCount, arguments);
     const QApplication application(argumentCount, arguments);
     const QtLanguage language(paths.languages);
-    return runOnDesktop(running, assembly, resources, QCoreApplication::applicationFilePath().toStdString());
+    return runOnDesktop(running, assembly,
+        { QCoreApplication::applicationFilePath().toStdString(), helpPage(resources.help, paths.languages),
+            paths.logFile(), QUORREL_VERSION, fileVersion, action, token, startupId });
 }

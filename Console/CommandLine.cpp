@@ -26,6 +26,8 @@ bool givesPassword(std::string_view option) {
 }
 
 std::optional<CommandLine::Command> commandNamed(std::string_view word) {
+    if (word == "status")
+        return CommandLine::Command::Status;
     if (word == "list")
         return CommandLine::Command::List;
     if (word == "mount")
@@ -49,6 +51,8 @@ bool takeFlag(std::string_view option, CommandLine& line, std::optional<CommandL
         line.all = true;
     else if (option == "--json")
         line.json = true;
+    else if (option == "--follow")
+        line.follow = true;
     else
         return false;
     return true;
@@ -59,6 +63,12 @@ std::optional<UsageError> contradiction(const CommandLine& line) {
     const std::string name = line.command == Command::Mount ? "mount" : "unmount";
     if (line.command != Command::Mount && line.command != Command::Watch && line.passwordFile)
         return wrongUsage(std::string(passwordOption) + " goes with mount and watch alone");
+    if (line.follow && line.command != Command::Status)
+        return wrongUsage("--follow goes with status alone");
+    if (line.command == Command::Status)
+        return line.all || !line.names.empty()
+            ? std::optional(wrongUsage("status takes no names: it tells of every share"))
+            : std::nullopt;
     if (line.command == Command::Watch)
         return line.all || line.json || !line.names.empty()
             ? std::optional(wrongUsage("watch takes no names: it keeps every share that mounts automatically"))
@@ -105,10 +115,11 @@ std::variant<CommandLine, UsageError> CommandLine::parse(const std::vector<std::
         return line;
     }
     if (words.empty())
-        return wrongUsage("a command is needed: list, mount, unmount or watch");
+        return wrongUsage("a command is needed: status, list, mount, unmount or watch");
     const auto command = commandNamed(words.front());
     if (!command)
-        return wrongUsage("unknown command " + quoted(words.front()) + ": there are list, mount, unmount and watch");
+        return wrongUsage(
+            "unknown command " + quoted(words.front()) + ": there are status, list, mount, unmount and watch");
     line.command = *command;
     if (line.command == Command::Help)
         return line;
@@ -122,18 +133,23 @@ std::string CommandLine::helpText() {
     return "Mounts and unmounts the network shares of the Quorrel catalogue.\n"
            "\n"
            "  quorrelctl list                                    every share and how it is\n"
+           "  quorrelctl status  [--follow]                      the same, a line for each; and each change\n"
            "  quorrelctl mount   (--all | HOST | HOST/SHARE ...)\n"
            "  quorrelctl unmount (--all | HOST | HOST/SHARE ...)\n"
            "  quorrelctl watch                                   keeps mounted what mounts automatically, until ended\n"
            "\n"
            "  --all                 every share of the catalogue\n"
-           "  --json                the result as JSON on standard output\n"
+           "  --json                the result as JSON on standard output; of status, an object on each line\n"
+           "  --follow              goes on with a line for each change, until it is interrupted\n"
            "  --password-file FILE  for the shares whose password is asked for: the first line of a file\n"
            "                        that nobody else may read; without it the terminal asks, save for watch\n"
            "  --help, --version\n"
            "\n"
            "HOST is a host's name in the catalogue; letter case matters only where names differ in nothing else.\n"
            "Every host of that name is meant. A mounted share is found in ~/Volumes.\n"
+           "\n"
+           "Where Quorrel or quorrelctl watch runs, that one mounts and unmounts for the other commands; else they do\n"
+           "it by themselves, with the same result. status --follow waits for one that does not run.\n"
            "\n"
            "watch follows servers, network and volumes as they come and go, and prints a line for each share whose\n"
            "status changes. It acts on edited preferences at once. A hang-up signal has it read the catalogue anew,\n"

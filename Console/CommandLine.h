@@ -15,11 +15,12 @@ struct UsageError final {
 
 /// What the user asked for.
 struct CommandLine final {
-    enum class Command { Help, Version, List, Mount, Unmount, Watch };
+    enum class Command { Help, Version, Status, List, Mount, Unmount, Watch };
 
     Command command = Command::Help;
     bool all = false;
     bool json = false;
+    bool follow = false;
     std::optional<std::string> passwordFile;
     std::vector<std::string> names; ///< HOST or HOST/SHARE, as typed
 

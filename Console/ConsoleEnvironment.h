@@ -10,6 +10,7 @@ namespace quorrel {
 
 class Output;
 class PasswordPrompt;
+class RemoteClient;
 class RunLoop;
 
 /// What the program needs of the world; all of it must outlive the program.
@@ -22,6 +23,7 @@ struct ConsoleEnvironment final : ProgramEnvironment {
     std::string logFile;
     std::string version;
     KeeperEnvironment keeper;
+    RemoteClient* remote = nullptr; ///< to the program that keeps the catalogue; null where none is looked for
 };
 
 } // namespace quorrel

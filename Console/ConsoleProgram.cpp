@@ -7,10 +7,12 @@
 #include "Console/InterruptGuard.h"
 #include "Console/JsonWriter.h"
 #include "Console/NameMatcher.h"
+#include "Console/OwnShares.h"
 #include "Console/PasswordFile.h"
-#include "Console/ShareOperations.h"
+#include "Console/RemoteShares.h"
 #include "Console/ShareTable.h"
-#include "Sources/HostDefinition.h"
+#include "Console/StatusReport.h"
+#include "Platform/RunLoop.h"
 #include "Sources/MountedVolumes.h"
 #include "Sources/MountEnvironment.h"
 #include "Sources/OperationsEnd.h"
@@ -85,42 +87,75 @@ int ConsoleProgram::carryOut(const CommandLine& commandLine) {
         return m_keeper->run(std::move(password), commandLine.passwordFile);
 
     const auto& world = m_environment;
-    ShareOperations* operations = nullptr;
-    ConsolePasswordWindow passwordWindow(std::move(password), world.prompt, world.errors, [&operations] {
-        if (operations != nullptr)
-            operations->stepAside();
+    OwnShares* own = nullptr;
+    ConsolePasswordWindow passwordWindow(password, world.prompt, world.errors, [&own] {
+        if (own != nullptr)
+            own->stepAside();
     });
     QuorrelAppDelegate controller({ world, passwordWindow });
-    controller.awakeFromNib();
-    controller.applicationDidFinishLaunching();
-    m_guard->guard(controller.opQueue());
-    int status = exitNotAsAsked;
-    if (catalogueIsReadable(controller)) {
-        adoptMountedVolumes(controller.hosts.snapshot(), world.mounting.volumes.mountedVolumes());
-        ShareOperations shareOperations(controller, world.mainThreadQueue, world.runLoop, *m_guard);
-        operations = &shareOperations;
-        status = carryOut(commandLine, controller, shareOperations);
-        operations = nullptr;
+    const auto isFollowed = commandLine.command == CommandLine::Command::Status && commandLine.follow && world.remote;
+    std::optional<int> status;
+    if (world.remote && !isFollowed)
+        status = carryOutElsewhere(commandLine, controller.catalogueFile(), std::move(password));
+    if (!status && !m_guard->isInterrupted()) {
+        m_guard->guard(controller.opQueue());
+        OwnShares shares(world, controller, *m_guard);
+        own = &shares;
+        const auto launched = [&] { return launch(controller) ? shares.shares() : std::vector<RemoteShare>(); };
+        if (isFollowed)
+            status = follow(commandLine, controller.catalogueFile(), launched);
+        else
+            status = launch(controller) ? carryOut(commandLine, shares) : exitNotAsAsked;
+        own = nullptr;
+        controller.applicationWillTerminate();
     }
-    controller.applicationWillTerminate();
     const auto signal = m_guard->release();
-    return signal ? exitSignalled + *signal : status;
+    return signal ? exitSignalled + *signal : status.value_or(exitNotAsAsked);
 }
 
-int ConsoleProgram::carryOut(
-    const CommandLine& commandLine, QuorrelAppDelegate& controller, ShareOperations& operations) {
-    const NameMatcher matcher(controller.hosts.snapshot());
+bool ConsoleProgram::launch(QuorrelAppDelegate& controller) const {
+    controller.awakeFromNib();
+    controller.applicationDidFinishLaunching();
+    if (!catalogueIsReadable(controller))
+        return false;
+    adoptMountedVolumes(controller.hosts.snapshot(), m_environment.mounting.volumes.mountedVolumes());
+    return true;
+}
+
+std::optional<int> ConsoleProgram::carryOutElsewhere(
+    const CommandLine& commandLine, const std::string& catalogue, std::optional<std::string> password) {
+    m_isElsewhere = true;
+    RemoteShares shares(m_environment, *m_environment.remote, *m_guard, catalogue, std::move(password));
+    if (shares.connect())
+        return carryOut(commandLine, shares);
+    m_isElsewhere = false;
+    return std::nullopt;
+}
+
+int ConsoleProgram::follow(const CommandLine& commandLine, const std::string& catalogue,
+    const std::function<std::vector<RemoteShare>()>& own) {
+    m_isElsewhere = true;
+    StatusReport(m_environment, commandLine.json).follow(*m_environment.remote, *m_guard, catalogue, own);
+    return exitSuccess;
+}
+
+int ConsoleProgram::carryOut(const CommandLine& commandLine, ShareAgent& agent) {
+    if (commandLine.command == CommandLine::Command::Status) {
+        StatusReport(m_environment, commandLine.json).write(agent.shares());
+        return exitSuccess;
+    }
+    const NameMatcher matcher(agent.hosts());
     const auto sharePoints = sharePointsFor(commandLine, matcher);
     if (!sharePoints)
         return exitWrongUsage;
     const bool mounts = commandLine.command == CommandLine::Command::Mount;
     const bool lists = commandLine.command == CommandLine::Command::List;
     if (!lists && !sharePoints->empty())
-        operations.run(mounts ? ShareOperations::Kind::Mount : ShareOperations::Kind::Unmount, *sharePoints,
-            progressOutput(commandLine));
+        agent.run(
+            mounts ? ShareAgent::Kind::Mount : ShareAgent::Kind::Unmount, *sharePoints, progressOutput(commandLine));
     if (m_guard->isInterrupted())
         return exitNotAsAsked;
-    const auto rows = rowsOf(*sharePoints, commandLine.command);
+    const auto rows = agent.rows(*sharePoints);
     print(rows, commandLine.json);
     const bool asAsked = std::all_of(rows.begin(), rows.end(), [&](const auto& row) { return row.mounted == mounts; });
     if (lists || asAsked)
@@ -170,21 +205,6 @@ Output* ConsoleProgram::progressOutput(const CommandLine& commandLine) const {
     return m_environment.errors.isTerminal() ? &m_environment.errors : nullptr;
 }
 
-std::vector<ShareRow> ConsoleProgram::rowsOf(const SharePoints& sharePoints, CommandLine::Command command) const {
-    const auto volumes = m_environment.mounting.volumes.mountedVolumes();
-    std::vector<ShareRow> rows;
-    for (const auto& sharePoint : sharePoints) {
-        auto row = ShareRow::of(*sharePoint, volumes);
-        const auto host = sharePoint->parentHost.get().lock();
-        // A mount that waited for the host's address in vain leaves no error behind.
-        if (command == CommandLine::Command::Mount && !row.mounted && row.error.empty() && host
-            && !host->resolved.get())
-            row.error = m_environment.strings.text("The host's address could not be found.");
-        rows.push_back(std::move(row));
-    }
-    return rows;
-}
-
 void ConsoleProgram::print(const std::vector<ShareRow>& rows, bool json) const {
     auto& output = m_environment.output;
     if (json) {
@@ -205,6 +225,8 @@ std::optional<int> ConsoleProgram::interrupt(int signal) {
         return m_keeper->interrupt(signal);
     m_environment.prompt.restore();
     const bool isIdle = m_guard->interrupt(signal);
+    if (m_isElsewhere)
+        m_environment.runLoop.quit(); // nothing here comes to an end
     const std::string cause = signal == SIGINT ? "interrupted" : "ended by a signal";
     const std::string_view rest = isIdle ? "" : "; a server that does not answer was left to itself";
     const std::string begin = m_environment.errors.isTerminal() ? "\n" : ""; // behind what the keys left there

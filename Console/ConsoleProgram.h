@@ -6,7 +6,10 @@
 #include "Console/KeeperProgram.h"
 #include "Console/ShareRow.h"
 #include "Foundation/WakeSignal.h"
+#include "Platform/RemoteShare.h"
 
+#include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +20,7 @@ namespace quorrel {
 class InterruptGuard;
 class NameMatcher;
 class QuorrelAppDelegate;
-class ShareOperations;
+class ShareAgent;
 class SharePointDefinition;
 
 /// One run of quorrelctl: the application's controller without windows, and a command carried out by it.
@@ -38,19 +41,25 @@ private:
     using SharePoints = std::vector<std::shared_ptr<SharePointDefinition>>;
 
     [[nodiscard]] int carryOut(const CommandLine& commandLine);
-    [[nodiscard]] int carryOut(
-        const CommandLine& commandLine, QuorrelAppDelegate& controller, ShareOperations& operations);
+    [[nodiscard]] int carryOut(const CommandLine& commandLine, ShareAgent& agent);
+    /// Absent where no other program keeps the catalogue.
+    [[nodiscard]] std::optional<int> carryOutElsewhere(
+        const CommandLine& commandLine, const std::string& catalogue, std::optional<std::string> password);
+    [[nodiscard]] int follow(const CommandLine& commandLine, const std::string& catalogue,
+        const std::function<std::vector<RemoteShare>()>& own);
+    /// Whether the catalogue could be read; what is wrong with it has been said.
+    [[nodiscard]] bool launch(QuorrelAppDelegate& controller) const;
     [[nodiscard]] bool catalogueIsReadable(QuorrelAppDelegate& controller) const;
     [[nodiscard]] std::optional<SharePoints> sharePointsFor(
         const CommandLine& commandLine, const NameMatcher& matcher) const;
     [[nodiscard]] Output* progressOutput(const CommandLine& commandLine) const;
-    [[nodiscard]] std::vector<ShareRow> rowsOf(const SharePoints& sharePoints, CommandLine::Command command) const;
     void print(const std::vector<ShareRow>& rows, bool json) const;
     void say(const std::string& message) const;
 
     const ConsoleEnvironment m_environment;
     const std::unique_ptr<InterruptGuard> m_guard;
     std::unique_ptr<KeeperProgram> m_keeper; // what "watch" runs
+    std::atomic<bool> m_isElsewhere = false; // another program carries it out, or is followed
     WakeSignal m_hasBegun; // what is to be done is known
 };
 

@@ -23,6 +23,7 @@ void FileOutput::write(std::string_view text) {
             pollfd waiting { m_descriptor, POLLOUT, 0 };
             poll(&waiting, 1, -1);
         } else if (errno != EINTR) {
+            m_isLost = true;
             return;
         }
     }

@@ -14,10 +14,12 @@ public:
     void write(std::string_view text) override;
     [[nodiscard]] bool isTerminal() const override { return m_isTerminal; }
     [[nodiscard]] Size size() const override;
+    [[nodiscard]] bool isLost() const override { return m_isLost; }
 
 private:
     const int m_descriptor;
     const bool m_isTerminal;
+    bool m_isLost = false;
 };
 
 } // namespace quorrel

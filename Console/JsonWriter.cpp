@@ -61,4 +61,18 @@ std::string JsonWriter::text(const std::vector<ShareRow>& rows) {
     return withoutControls(array.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
+std::string JsonWriter::line(const RemoteShare& share) {
+    Json object;
+    object["id"] = share.id;
+    object["host"] = share.host;
+    object["share"] = share.share;
+    object["service"] = share.service;
+    object["state"] = share.state;
+    object["status"] = share.status;
+    object["mounted"] = share.mounted;
+    object["path"] = textOrNull(share.path);
+    object["error"] = textOrNull(share.error);
+    return withoutControls(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
 } // namespace quorrel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Console/ShareRow.h"
+#include "Platform/RemoteShare.h"
 
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ public:
     /// "status", "mounted", "path" and "error", the last two null where there is none. Bytes that are not UTF-8 are
     /// replaced; controls, and what turns the direction of writing, are escapes.
     [[nodiscard]] static std::string text(const std::vector<ShareRow>& rows);
+    /// One object on one line. Its keys besides: "id", and "state" with a word that is the same in every language.
+    [[nodiscard]] static std::string line(const RemoteShare& share);
 };
 
 } // namespace quorrel

@@ -9,6 +9,7 @@ namespace quorrel {
 class CatalogueLock;
 class FileWatch;
 class Output;
+class RemoteControl;
 class ServiceManager;
 struct DiscoveryEnvironment;
 
@@ -25,6 +26,7 @@ struct KeeperEnvironment final {
     bool reloadsOnHangUp = false; ///< a hang-up asks for a reload, where it does not tell of a terminal that is gone
     /// What watches network and volumes, made when it is asked for; without one, nothing is watched.
     std::function<const DiscoveryEnvironment&()> discovery;
+    RemoteControl* control = nullptr; ///< for other programs; null where none are let in
 };
 
 } // namespace quorrel

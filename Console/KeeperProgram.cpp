@@ -19,6 +19,7 @@
 #include "Sources/MountEnvironment.h"
 #include "Sources/OperationsEnd.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/RemoteCommands.h"
 #include "Sources/SaveReport.h"
 #include "Sources/ShareEvents.h"
 
@@ -90,10 +91,17 @@ int KeeperProgram::keep(std::optional<std::string> password) {
     controller.applicationDidFinishLaunching();
     adoptMountedVolumes(controller);
     watchPreferences();
+    std::optional<RemoteCommands> remote;
+    if (world.keeper.control) {
+        remote.emplace(controller, events, *world.keeper.control, world.mainThreadQueue, world.strings, world.version);
+        remote->begin();
+    }
     world.keeper.serviceManager.ready();
     follow(controller);
 
     world.keeper.preferencesFile.stop();
+    if (remote)
+        remote->end();
     controller.applicationWillTerminate();
     m_saves.finish(savePatience);
     int status = exitSuccess;

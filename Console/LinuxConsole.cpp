@@ -16,7 +16,9 @@ LinuxConsole::LinuxConsole(const StandardPaths& paths, int output, int errors, c
     , m_keeperErrors(errors)
     , m_lock(paths.lockFile())
     , m_preferencesFile(paths.preferencesFile())
-    , m_serviceManager(paths.serviceManager, m_assembly.environment().log) { }
+    , m_serviceManager(paths.serviceManager, m_assembly.environment().log)
+    , m_control({ paths.sessionBus, getuid() })
+    , m_remote(paths.sessionBus) { }
 
 ConsoleEnvironment LinuxConsole::environment(
     const std::string& version, const std::function<std::string()>& beginAnew) {
@@ -25,9 +27,9 @@ ConsoleEnvironment LinuxConsole::environment(
     const bool reloadsOnHangUp = isatty(STDIN_FILENO) != 1;
     const KeeperEnvironment keeper { m_lock, m_preferencesFile, m_serviceManager, m_keeperOutput, m_keeperErrors,
         fileVersion, beginAnew, reloadsOnHangUp,
-        [this]() -> const DiscoveryEnvironment& { return m_assembly.discovery(); } };
+        [this]() -> const DiscoveryEnvironment& { return m_assembly.discovery(); }, &m_control };
     return { m_assembly.environment(), m_assembly.runLoop(), m_output, m_errors, m_prompt, paths.home, paths.logFile(),
-        version, keeper };
+        version, keeper, &m_remote };
 }
 
 } // namespace quorrel

@@ -8,6 +8,8 @@
 #include "Console/TerminalPassword.h"
 #include "Platform/Linux/FlockCatalogueLock.h"
 #include "Platform/Linux/InotifyFileWatch.h"
+#include "Platform/Linux/LinuxRemoteClient.h"
+#include "Platform/Linux/LinuxRemoteControl.h"
 #include "Platform/Linux/NotifySocket.h"
 
 #include <functional>
@@ -38,6 +40,8 @@ private:
     FlockCatalogueLock m_lock;
     InotifyFileWatch m_preferencesFile;
     NotifySocket m_serviceManager;
+    LinuxRemoteControl m_control;
+    LinuxRemoteClient m_remote;
 };
 
 } // namespace quorrel

@@ -22,6 +22,8 @@ public:
     [[nodiscard]] virtual bool isTerminal() const = 0;
     /// Of the terminal, as it is now.
     [[nodiscard]] virtual Size size() const = 0;
+    /// Whether its reader has gone, as far as a write has told.
+    [[nodiscard]] virtual bool isLost() const { return false; }
 };
 
 } // namespace quorrel

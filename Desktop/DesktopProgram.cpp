@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/DesktopProgram.h"
 
+#include "Desktop/ActivationToken.h"
 #include "Desktop/AlertBox.h"
 #include "Desktop/X11EmbeddingTray.h"
 #include "Foundation/Log.h"
@@ -31,7 +32,7 @@ constexpr Seconds patienceAtEnd { 0.45 };
 } // namespace
 
 DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery,
-    CatalogueLock& lock, LoginItems& loginItems, const DesktopProgramOptions& options)
+    CatalogueLock& lock, LoginItems& loginItems, RemoteControl& remoteControl, const DesktopProgramOptions& options)
     : m_saveAlert(world.strings)
     , m_guard(world.propertyListFile, options.fileVersion, CatalogueGuard::OnEdited::KeepBeside,
           [this](const std::string& path) {
@@ -62,18 +63,26 @@ DesktopProgram::DesktopProgram(const ProgramEnvironment& world, const DiscoveryE
     , m_passwordDialog(m_environment)
     , m_windows { m_application, m_window, m_preferences, m_addMountDialog }
     , m_controller(
-          { m_world, m_passwordDialog, discovery, &m_statusItem, &m_windows, options.helpPage, options.version }) {
+          { m_world, m_passwordDialog, discovery, &m_statusItem, &m_windows, options.helpPage, options.version })
+    , m_events(m_controller, m_controller.hosts, world.mainThreadQueue)
+    , m_remote(m_controller, m_events, remoteControl, world.mainThreadQueue, world.strings, options.version)
+    , m_action(options.action)
+    , m_platformData(ActivationToken::platformData(options.activationToken, options.startupId)) {
     // Even the tray icon counts as a window, so none of the large sizes.
     QApplication::setWindowIcon(m_images.icon({ "quorrel.png", 16 }));
 }
 
 int DesktopProgram::run() {
-    if (m_instance.launch() == SingleInstance::Launch::Repeated)
+    if (m_instance.launch(QString::fromStdString(m_action), m_platformData) == SingleInstance::Launch::Repeated)
         return 0;
     if (!takeLock())
         return QApplication::exec();
-    QObject::connect(&m_instance, &SingleInstance::activated,
-        [this] { whenLaunched([this] { m_application.perform("showMountList", {}); }); });
+    QObject::connect(
+        &m_instance, &SingleInstance::activated, [this](const QString& action, const QVariantMap& platformData) {
+            whenLaunched([this, name = action.toStdString(), platformData] { activate(name, platformData); });
+        });
+    if (!m_action.empty())
+        whenLaunched([this] { activate(m_action, m_platformData); });
     // A prompt that is open comes first.
     QObject::connect(&m_trayHosts, &TrayHostWatch::noneFound,
         [this] { whenLaunched([this] { m_world.mainThreadQueue.post([this] { showWindowWithoutTray(); }); }); });
@@ -85,6 +94,7 @@ int DesktopProgram::run() {
             QCoreApplication::instance(), [this] { launch(); }, Qt::QueuedConnection);
     });
     const int status = QApplication::exec();
+    m_remote.end();
     m_controller.applicationWillTerminate();
     // Whether anything is left does not matter: the process ends without it.
     static_cast<void>(endOperations(m_controller.opQueue(), m_world.mounting.volumes, patienceAtEnd));
@@ -96,9 +106,20 @@ void DesktopProgram::launch() {
     m_controller.awakeFromNib();
     m_controller.applicationDidFinishLaunching();
     adoptMountedVolumes();
+    m_remote.begin();
     m_isLaunched = true;
     for (const auto& task : std::exchange(m_afterLaunch, {}))
         task();
+}
+
+void DesktopProgram::activate(const std::string& action, const QVariantMap& platformData) {
+    const ActivationToken token(platformData);
+    if (action == "mount-all")
+        m_application.perform("mountAllListItem", {});
+    else if (action == "preferences")
+        m_application.perform("showPreferences", {});
+    else
+        m_application.perform("showMountList", {});
 }
 
 void DesktopProgram::whenLaunched(std::function<void()> task) {

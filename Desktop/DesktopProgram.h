@@ -20,9 +20,13 @@
 #include "Sources/ProgramEnvironment.h"
 #include "Sources/PropertyListAhead.h"
 #include "Sources/QuorrelAppDelegate.h"
+#include "Sources/RemoteCommands.h"
 #include "Sources/SaveQueue.h"
 #include "Sources/SaveReport.h"
+#include "Sources/ShareEvents.h"
 #include "Sources/StatusBarEnvironment.h"
+
+#include <QVariantMap>
 
 #include <functional>
 #include <string>
@@ -32,6 +36,7 @@ namespace quorrel {
 
 class CatalogueLock;
 class LoginItems;
+class RemoteControl;
 struct DiscoveryEnvironment;
 
 /// What the desktop program is told by its entry point.
@@ -41,6 +46,9 @@ struct DesktopProgramOptions final {
     std::string logFile;
     std::string version;
     CatalogueGuard::Version fileVersion;
+    std::string action {}; ///< what it was started for, by an action's name in the desktop entry
+    std::string activationToken {}; ///< of the user's wish that started it, as the desktop hands it over
+    std::string startupId {}; ///< likewise
 };
 
 /// The program on a desktop: the controller with its windows and its status item. Main thread, with a QApplication.
@@ -48,9 +56,9 @@ class DesktopProgram final {
 public:
     /// All of it must outlive the program. Without a discovery it neither browses nor watches anything.
     DesktopProgram(const ProgramEnvironment& world, const DiscoveryEnvironment* discovery, CatalogueLock& lock,
-        LoginItems& loginItems, const DesktopProgramOptions& options);
+        LoginItems& loginItems, RemoteControl& remoteControl, const DesktopProgramOptions& options);
 
-    /// Until the user quits; at once in a second launch, which asks the first to show its window. Where another program
+    /// Until the user quits; at once in a second launch, which hands its wish to the first. Where another program
     /// keeps the catalogue, it says so and does nothing else: the result is 1 then.
     int run();
 
@@ -70,6 +78,8 @@ private:
     /// What an earlier run left mounted shows as such.
     void adoptMountedVolumes();
     void showWindowWithoutTray();
+    /// What the desktop, or another launch, asks for.
+    void activate(const std::string& action, const QVariantMap& platformData);
 
     SaveAlert m_saveAlert;
     CatalogueGuard m_guard;
@@ -94,6 +104,10 @@ private:
     PasswordDialog m_passwordDialog;
     ControllerWindows m_windows;
     QuorrelAppDelegate m_controller;
+    ShareEvents m_events;
+    RemoteCommands m_remote;
+    const std::string m_action;
+    const QVariantMap m_platformData;
     bool m_isLaunched = false;
     std::vector<std::function<void()>> m_afterLaunch;
 };

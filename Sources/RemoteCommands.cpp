@@ -253,8 +253,12 @@ void RemoteCommands::updateIdentities() {
 }
 
 RemoteShare RemoteCommands::remoteShare(const SharePointDefinition& sharePoint) const {
+    return describe(sharePoint, m_identities.identityOf(sharePoint));
+}
+
+RemoteShare RemoteCommands::describe(const SharePointDefinition& sharePoint, std::string identity) {
     RemoteShare share;
-    share.id = m_identities.identityOf(sharePoint);
+    share.id = std::move(identity);
     if (const auto host = sharePoint.parentHost.get().lock())
         share.host = textOf(host->displayName.get());
     const auto service = textOf(sharePoint.displayType.get());

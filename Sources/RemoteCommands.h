@@ -37,6 +37,9 @@ public:
     /// The program ends: who waits is told so, and nobody is let in any more.
     void end();
 
+    /// A share by that name, for whoever tells others of it.
+    [[nodiscard]] static RemoteShare describe(const SharePointDefinition& sharePoint, std::string identity);
+
     [[nodiscard]] RemoteProgram program() const override;
     [[nodiscard]] std::vector<RemoteHost> hosts() override;
     [[nodiscard]] std::vector<RemoteShare> shares() override;

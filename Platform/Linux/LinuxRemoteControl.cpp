@@ -169,7 +169,7 @@ void LinuxRemoteControl::tellShareChanged(const RemoteShare& share) {
     if (!m_connection)
         return;
     if (m_untold < mostUntold) {
-        emit(share);
+        send(share);
         flush();
         return;
     }
@@ -193,7 +193,7 @@ void LinuxRemoteControl::tellSharesChanged() {
     flush();
 }
 
-void LinuxRemoteControl::emit(const RemoteShare& share) {
+void LinuxRemoteControl::send(const RemoteShare& share) {
     ++m_untold;
     const GlibPointer<gchar> identity(g_utf8_make_valid(share.id.c_str(), -1));
     g_dbus_connection_emit_signal(m_connection, nullptr, RemoteInterface::path, RemoteInterface::name, "ShareChanged",

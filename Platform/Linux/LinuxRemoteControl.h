@@ -44,7 +44,7 @@ private:
     void leave();
     void flush();
     void flushed();
-    void emit(const RemoteShare& share);
+    void send(const RemoteShare& share);
     /// The caller is one of ours.
     void answer(std::unique_ptr<Call> call);
     void readPassword(std::unique_ptr<Call> call);

@@ -5,13 +5,14 @@
 #include <QDBusContext>
 #include <QDBusError>
 #include <QObject>
+#include <QVariantMap>
 
 namespace quorrel {
 
 /// The program as it is about to end: it gives its name up and answers no more, of which the bus tells the caller.
 class EndingLaunch final : public QObject, public QDBusContext {
     Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.quorrel.Quorrel")
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
     explicit EndingLaunch(const QDBusConnection& bus) {
@@ -21,7 +22,7 @@ public:
     }
 
 public slots:
-    Q_SCRIPTABLE void Activate() { // NOLINT(readability-identifier-naming)
+    Q_SCRIPTABLE void Activate(const QVariantMap&) { // NOLINT(readability-identifier-naming)
         connection().unregisterService("org.quorrel.Quorrel");
         sendErrorReply(QDBusError::NoReply);
     }

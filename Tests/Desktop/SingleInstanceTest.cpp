@@ -9,6 +9,8 @@
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusError>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QObject>
 #include <QSignalSpy>
 #include <QTest>
@@ -24,8 +26,10 @@ using Launch = SingleInstance::Launch;
 constexpr int bound = 10000; // milliseconds
 
 /// Launches as another program does, while this one's event loop runs.
-Launch launchElsewhere(const QDBusConnection& connection) {
-    auto launched = std::async(std::launch::async, [&] { return SingleInstance(connection).launch(); });
+Launch launchElsewhere(
+    const QDBusConnection& connection, const QString& action = {}, const QVariantMap& platformData = {}) {
+    auto launched
+        = std::async(std::launch::async, [&] { return SingleInstance(connection).launch(action, platformData); });
     const auto isDone = [&] { return launched.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
     EXPECT_TRUE(QTest::qWaitFor(isDone, bound));
     return launched.get();
@@ -46,6 +50,33 @@ TEST(SingleInstance, AsksTheFirstToShowItself) {
     EXPECT_EQ(activated.size(), 1);
     EXPECT_EQ(launchElsewhere(bus.connection()), Launch::Repeated);
     EXPECT_EQ(activated.size(), 2);
+}
+
+TEST(SingleInstance, HandsItsWishToTheFirst) {
+    PrivateBus bus;
+    SingleInstance first(bus.connection());
+    QSignalSpy activated(&first, &SingleInstance::activated);
+    ASSERT_EQ(first.launch(), Launch::First);
+    const QVariantMap data { { "activation-token", "token" }, { "desktop-startup-id", "id_TIME7" } };
+    EXPECT_EQ(launchElsewhere(bus.connection(), "mount-all", data), Launch::Repeated);
+    ASSERT_EQ(activated.size(), 1);
+    EXPECT_EQ(activated[0][0].toString(), "mount-all");
+    EXPECT_EQ(activated[0][1].toMap(), data);
+}
+
+TEST(SingleInstance, AnswersTheDesktopByTheInterfaceThatItCalls) {
+    PrivateBus bus;
+    SingleInstance first(bus.connection());
+    QSignalSpy activated(&first, &SingleInstance::activated);
+    ASSERT_EQ(first.launch(), Launch::First);
+    auto desktop = bus.connection();
+    auto call = QDBusMessage::createMethodCall(
+        "org.quorrel.Quorrel", "/org/quorrel/Quorrel", "org.freedesktop.Application", "Open");
+    call << QStringList { "file:///nothing" } << QVariantMap();
+    const auto open = desktop.asyncCall(call);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return open.isFinished(); }, bound));
+    EXPECT_FALSE(open.isError()) << open.error().message().toStdString();
+    EXPECT_EQ(activated.size(), 1);
 }
 
 TEST(SingleInstance, StaysTheOnlyOneThoughTheFirstDoesNotAnswer) {

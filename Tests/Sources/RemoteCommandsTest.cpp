@@ -179,6 +179,7 @@ TEST_F(RemoteCommandsTest, RefusesWhatItDoesNotKnow) {
 
 TEST_F(RemoteCommandsTest, AsksNobodyForAPasswordThatDidNotComeWithTheCommand) {
     docs->userName.set("ann");
+    docs->guestLogin.set(false);
     docs->passwordPrompt.set(true);
     EXPECT_TRUE(commands->shares()[0].needsPassword);
     EXPECT_EQ(failureOf({ Kind::Mount, docsId }),
