@@ -6,11 +6,10 @@
 namespace quorrel {
 
 ShareState::Kind ShareState::of(const SharePointDefinition& sharePoint) {
-    if (sharePoint.unmounting.get())
-        return Kind::Unmounting;
-    // While its script runs it is being mounted still, and mounted as well.
+    // Both flags stand while one is over already: when its script runs, and when the volume has gone but the unmount
+    // has not returned.
     if (sharePoint.mounted.get())
-        return Kind::Mounted;
+        return sharePoint.unmounting.get() ? Kind::Unmounting : Kind::Mounted;
     if (sharePoint.mounting.get())
         return Kind::Mounting;
     if (sharePoint.resolving.get())

@@ -91,10 +91,10 @@ def _processes_of(session):
 class Running:
     """The program, in a process session of its own."""
 
-    def __init__(self, program):
+    def __init__(self, program, *options):
         self.name = os.path.basename(program)
         self.process = subprocess.Popen(  # pylint: disable=consider-using-with
-            [program], env=dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1"), stdin=subprocess.DEVNULL,
+            [program, *options], env=dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1"), stdin=subprocess.DEVNULL,
             start_new_session=True)
 
     def application(self):
