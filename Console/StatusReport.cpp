@@ -20,7 +20,7 @@ using Presence = RemoteClient::Presence;
 
 bool tellsTheSame(const RemoteShare& one, const RemoteShare& other) {
     return one.state == other.state && one.status == other.status && one.error == other.error
-        && one.mounted == other.mounted;
+        && one.mounted == other.mounted && one.path == other.path;
 }
 
 } // namespace
@@ -52,9 +52,9 @@ void StatusReport::write(const std::vector<RemoteShare>& shares) {
 
 void StatusReport::write(const RemoteShare& share) {
     const auto [known, isNew] = m_written.try_emplace(share.id, share);
-    if (!isNew && tellsTheSame(known->second, share))
+    const auto before = std::exchange(known->second, share);
+    if (!isNew && (m_json ? tellsTheSame(before, share) : before.status == share.status && before.error == share.error))
         return;
-    known->second = share;
     if (m_json)
         m_environment.output.write(JsonWriter::line(share));
     else

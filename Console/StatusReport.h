@@ -39,7 +39,6 @@ private:
     const bool m_json;
     bool m_wasTold = false; // that there is nobody
     bool m_wasThere = false;
-    std::vector<std::string> m_order;
     std::unordered_map<std::string, RemoteShare> m_written; // by identity
 };
 

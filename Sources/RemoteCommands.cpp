@@ -287,8 +287,7 @@ void RemoteCommands::tell(const ShareEvents::Events& events) {
         share.status = event.status;
         share.error = event.error;
         share.mounted = event.state == ShareState::Kind::Mounted || event.state == ShareState::Kind::Unmounting;
-        if (!share.mounted)
-            share.path.clear();
+        share.path = event.path;
         m_control.tellShareChanged(share);
     }
 }

@@ -28,20 +28,30 @@ ShareEvent eventOf(const SharePointDefinition& sharePoint) {
     event.state = ShareState::of(sharePoint);
     event.status = sharePoint.shownStatus();
     event.error = textOf(sharePoint.lastError.get());
+    if (sharePoint.mounted.get())
+        event.path = textOf(sharePoint.volumePath.get());
     event.isByHand = sharePoint.manualMount.get();
     return event;
 }
 
+/// What would be true for no more than a moment.
+bool isOvertaken(const ShareEvent& one, const ShareEvent& next) {
+    // A status and the error that explains it come one after the other, and belong together.
+    if (one.status == next.status)
+        return true;
+    // A volume that is announced ends the mount before it is marked as there.
+    return one.state == ShareState::Kind::Unmounted && next.state == ShareState::Kind::Mounted;
+}
+
 bool tellsTheSame(const ShareEvent& one, const ShareEvent& other) {
-    return one.state == other.state && one.status == other.status && one.error == other.error;
+    return one.state == other.state && one.status == other.status && one.error == other.error && one.path == other.path;
 }
 
 } // namespace
 
 void ShareEvents::Pending::add(Seen next) {
-    // A status and the error that explains it come one after the other, and belong together.
     const auto [last, isFirst] = lastOf.try_emplace(next.sharePoint, seen.size());
-    if (!isFirst && seen[last->second].event.status == next.event.status) {
+    if (!isFirst && isOvertaken(seen[last->second].event, next.event)) {
         seen[last->second] = std::move(next);
     } else {
         last->second = seen.size();

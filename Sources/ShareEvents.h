@@ -26,6 +26,7 @@ struct ShareEvent final {
     ShareState::Kind state = ShareState::Kind::Unmounted;
     std::string status; ///< in the user's language
     std::string error; ///< empty when there is none
+    std::string path; ///< where its files are, as far as that is known; empty when it is not mounted
     bool isByHand = false; ///< the user asked for the mount that it comes from
     bool isNews = true; ///< for a person: the status is another one, or there is an error that there was not
 };

@@ -146,6 +146,20 @@ TEST_F(ShareEventsTest, SaysThatAShareIsOnlineStillWhenItsUnmountWasRefused) {
     EXPECT_EQ(words.back(), "unmounting > mounted");
 }
 
+TEST_F(ShareEventsTest, DoesNotShowAMountAsOverBeforeItIsThere) {
+    docs->setMounting(true);
+    queue.runPending();
+    docs->setMounting(false); // as the announcement of a volume is taken
+    docs->setMounted(true);
+    queue.runPending();
+    onWorker([this] {
+        docs->setVolume(7, "/home/user/Volumes/docs");
+        docs->setMounted(true);
+    });
+    queue.runPending();
+    EXPECT_THAT(words, ElementsAre("unmounted > mounting", "mounting > mounted", "mounted > mounted unchanged"));
+}
+
 TEST_F(ShareEventsTest, SaysNothingTwice) {
     docs->setMounted(true);
     queue.runPending();
