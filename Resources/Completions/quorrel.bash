@@ -6,5 +6,5 @@ _quorrel()
     local cur prev words cword
     _init_completion || return
     # It takes one option.
-    ((cword > 1)) || mapfile -t COMPREPLY < <(compgen -W "--help --version" -- "$cur")
+    ((cword > 1)) || mapfile -t COMPREPLY < <(compgen -W "--show-shares --mount-all --preferences --help --version" -- "$cur")
 } && complete -F _quorrel quorrel

@@ -58,6 +58,7 @@ _quorrelctl()
     case $command in
     "") options="--help --version" ;;
     list) options="--json" ;;
+    status) options="--follow --json" ;;
     mount) options="--all --json --password-file" ;;
     unmount | umount) options="--all --json" ;;
     watch) options="--password-file" ;;
@@ -70,7 +71,7 @@ _quorrelctl()
     elif [[ $cur == -* ]] && ! $ended; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
     elif [[ -z $command ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "list mount unmount watch help" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "list status mount unmount watch help" -- "$cur")
     elif [[ $command == @(mount|unmount|umount) ]] && ! $all; then
         local mounted=true plain=$cur quote="" name quoted
         [[ $command == mount ]] && mounted=false

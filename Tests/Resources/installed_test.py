@@ -30,6 +30,7 @@ def expected():
         "lib/systemd/user/quorrelctl-watch.service",
         f"share/applications/{NAME}.desktop",
         "share/bash-completion/completions/quorrel", "share/bash-completion/completions/quorrelctl",
+        f"share/dbus-1/interfaces/{NAME}1.xml",
         f"share/dbus-1/services/{NAME}.service",
         f"share/icons/hicolor/scalable/apps/{NAME}.svg",
         "share/man/man1/quorrel.1", "share/man/man1/quorrelctl.1",
