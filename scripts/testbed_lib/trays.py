@@ -25,9 +25,11 @@ class _Tray:
         return self.place() is not None
 
     @staticmethod
-    def _place_of(window_class):
+    def _place_of(window_class, above=None):
+        """Of the window that can be an icon; the program's tips and menus are of the same class, and hang lower."""
         return next(((x, y, width, height) for x, y, width, height in screen.shapes_of(window_class)
-                     if _SMALLEST <= width <= _LARGEST and _SMALLEST <= height <= _LARGEST), None)
+                     if _SMALLEST <= width <= _LARGEST and _SMALLEST <= height <= _LARGEST
+                     and (above is None or y < above)), None)
 
     def icon(self):
         """Where it is once it stays there: a tray moves new icons, and a click on the way is lost."""
@@ -42,9 +44,16 @@ class Panel(_Tray):
         self._bus = Gio.bus_get_sync(Gio.BusType.SESSION)
 
     def place(self):
-        # The part of the panel that holds icons is a program of its own, with no width while there are none. Its menus
-        # are windows of the same class.
-        return self._place_of("wrapper-2.0") if self._items() else None
+        # The part of the panel that holds icons is a program of its own, with no width while there are none.
+        return self._place_of("wrapper-2.0", self._panel_bottom()) if self._items() else None
+
+    @staticmethod
+    def _panel_bottom():
+        return max((y + height for _, y, _, height in screen.shapes_of("xfce4-panel")), default=0)
+
+    def _tips(self):
+        """What hangs below the panel while no menu is open: the tip of an icon that came up under the pointer."""
+        return [shape for shape in self.places() if shape[1] >= self._panel_bottom()]
 
     def _what_is_there(self):
         return f"registered are {self._items()}, drawn {self.places()}"
@@ -104,6 +113,8 @@ class Panel(_Tray):
     def open(self, *titles):
         """Opens the menu and goes to that row, without choosing it. How many menus were open before."""
         screen.wait_for(lambda: self._has_path(titles), lambda: f"no rows {titles} in {self._layout()}")
+        screen.move_away()
+        screen.wait_for(lambda: not self._tips(), "the icon's tip stays")
         open_menus = self._menus()
         self.click_icon(3)
         node = self._layout()
