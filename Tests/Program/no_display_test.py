@@ -42,7 +42,8 @@ class NoDisplayTest(unittest.TestCase):
         self.assertIn("could not connect to display", ended.stderr)
 
     def test_version_and_help_need_none_and_leave_nothing(self):
-        for option, wanted in ("--version", "quorrel "), ("--help", "quorrel [--version | --help]\n"):
+        usage = "quorrel [--show-shares | --mount-all | --preferences | --version | --help]\n"
+        for option, wanted in ("--version", "quorrel "), ("--help", usage):
             ended = self.start(option)
             self.assertEqual((ended.returncode, ended.stderr), (0, ""), option)
             self.assertTrue(ended.stdout.startswith(wanted), ended.stdout)
