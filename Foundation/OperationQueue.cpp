@@ -221,9 +221,9 @@ std::size_t OperationQueue::maxConcurrentOperationCount() const {
 
 bool OperationQueue::holds(const OperationKey& key) const {
     const MutexLock lock(m_state->mutex);
-    const auto& running = m_state->running;
     return m_state->keyed.contains(key)
-        || std::any_of(running.begin(), running.end(), [&](const Entry& each) { return each.key == key; });
+        || std::any_of(
+            m_state->running.begin(), m_state->running.end(), [&](const Entry& each) { return each.key == key; });
 }
 
 bool OperationQueue::waitUntilIdle(Seconds duration) {
