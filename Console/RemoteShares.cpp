@@ -8,7 +8,6 @@
 #include "Sources/HostDefinition.h"
 #include "Sources/SharePointDefinition.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace quorrel {
@@ -93,8 +92,12 @@ bool RemoteShares::refresh() {
     std::optional<bool> isAnswered;
     m_client.listShares([&](auto answer) {
         isAnswered = answer.index() == 0;
-        if (*isAnswered)
+        if (*isAnswered) {
             m_shares = std::get<0>(std::move(answer));
+            m_places.clear();
+            for (std::size_t place = 0; place < m_shares.size(); ++place)
+                m_places.emplace(m_shares[place].id, place);
+        }
         m_environment.runLoop.quit();
     });
     while (!isAnswered && !m_guard.isInterrupted())
@@ -222,9 +225,8 @@ const RemoteShare* RemoteShares::shareOf(const SharePointDefinition& sharePoint)
     const auto identity = m_identities.find(&sharePoint);
     if (identity == m_identities.end())
         return nullptr;
-    const auto found = std::find_if(
-        m_shares.begin(), m_shares.end(), [&](const RemoteShare& each) { return each.id == identity->second; });
-    return found == m_shares.end() ? nullptr : &*found;
+    const auto place = m_places.find(identity->second);
+    return place == m_places.end() ? nullptr : &m_shares[place->second];
 }
 
 } // namespace quorrel

@@ -61,6 +61,7 @@ private:
     ConsolePasswordWindow m_passwordWindow;
     std::optional<RemoteClient::Presence> m_presence;
     std::vector<RemoteShare> m_shares;
+    std::unordered_map<std::string, std::size_t> m_places; // of those, by identity
     Hosts m_hosts; // as they were at first
     std::unordered_map<const SharePointDefinition*, std::string> m_identities;
     std::unordered_map<const SharePointDefinition*, std::string> m_errors; // of commands that failed
