@@ -26,8 +26,7 @@ ShareAgent::Hosts OwnShares::hosts() {
 
 void OwnShares::run(Kind kind, const SharePoints& sharePoints, Output* progress) {
     m_done = kind;
-    m_operations.run(
-        kind == Kind::Mount ? ShareOperations::Kind::Mount : ShareOperations::Kind::Unmount, sharePoints, progress);
+    m_operations.run(kind, sharePoints, progress);
 }
 
 std::vector<ShareRow> OwnShares::rows(const SharePoints& sharePoints) {

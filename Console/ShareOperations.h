@@ -3,6 +3,7 @@
 
 #include "Console/LiveView.h"
 #include "Console/Output.h"
+#include "Console/ShareAgent.h"
 
 #include <cstddef>
 #include <memory>
@@ -20,8 +21,8 @@ class SharePointDefinition;
 /// Mounts or unmounts shares through the controller and shows them meanwhile. Main thread only.
 class ShareOperations final {
 public:
-    enum class Kind { Mount, Unmount };
-    using SharePoints = std::vector<std::shared_ptr<SharePointDefinition>>;
+    using Kind = ShareAgent::Kind;
+    using SharePoints = ShareAgent::SharePoints;
 
     /// Everything must outlive this object.
     ShareOperations(QuorrelAppDelegate& controller, MainThreadQueue& mainThreadQueue, RunLoop& runLoop,
