@@ -53,7 +53,8 @@ class Panel(_Tray):
 
     def _tips(self):
         """What hangs below the panel while no menu is open: the tip of an icon that came up under the pointer."""
-        return [shape for shape in self.places() if shape[1] >= self._panel_bottom()]
+        bottom = self._panel_bottom()
+        return [shape for shape in self.places() if shape[1] >= bottom]
 
     def _what_is_there(self):
         return f"registered are {self._items()}, drawn {self.places()}"
